@@ -1,0 +1,63 @@
+# libppl.so, libppl.a and, for the tests alone, libppl_test.a, which can be held to a level.
+include(cmake/sources.cmake)
+
+set(PPL_LEVELS ${PPL_XMM_LEVELS} ${PPL_WIDE_LEVELS})
+set(PPL_OBJECTS)
+function(ppl_objects name)
+  add_library(${name} OBJECT ${ARGN})
+  target_include_directories(${name} PUBLIC ${PPL_ROOT}/include PRIVATE ${PPL_ROOT})
+  target_compile_definitions(${name} PRIVATE PPL_BUILDING)
+  target_compile_options(${name} PRIVATE ${PPL_WARNINGS} ${PPL_CORE_FLAGS})
+  set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON
+    CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  if(PPL_SANITIZE)
+    target_compile_options(${name} PRIVATE -fsanitize=address,undefined -fno-sanitize-recover=all)
+  endif()
+endfunction()
+
+ppl_objects(ppl_core ${PPL_CORE_SOURCES})
+list(APPEND PPL_OBJECTS $<TARGET_OBJECTS:ppl_core>)
+foreach(level IN LISTS PPL_LEVELS)
+  if(PPL_KERNEL_SOURCES)
+    ppl_objects(ppl_${level} ${PPL_KERNEL_SOURCES})
+    target_compile_definitions(ppl_${level} PRIVATE PPL_LEVEL=${level} PPL_LEVEL_${level}=1)
+    target_compile_options(ppl_${level} PRIVATE ${PPL_FLAGS_${level}})
+    list(APPEND PPL_OBJECTS $<TARGET_OBJECTS:ppl_${level}>)
+  endif()
+endforeach()
+ppl_objects(ppl_platform ${PPL_ROOT}/platform/linux.cpp)
+ppl_objects(ppl_platform_test ${PPL_ROOT}/platform/linux_test.cpp)
+
+# The version script names exactly the exported functions.
+file(STRINGS ${PPL_ROOT}/cmake/exports.txt PPL_EXPORTS)
+list(JOIN PPL_EXPORTS ";\n    " PPL_EXPORT_LINES)
+file(CONFIGURE OUTPUT ppl.map CONTENT "{\n  global:\n    @PPL_EXPORT_LINES@;\n  local: *;\n};\n" @ONLY)
+
+add_library(ppl SHARED ${PPL_OBJECTS} $<TARGET_OBJECTS:ppl_platform>)
+add_library(ppl_static STATIC ${PPL_OBJECTS} $<TARGET_OBJECTS:ppl_platform>)
+add_library(ppl_test STATIC ${PPL_OBJECTS} $<TARGET_OBJECTS:ppl_platform_test>)
+add_library(ppl::ppl ALIAS ppl)
+add_library(ppl::ppl_static ALIAS ppl_static)
+foreach(lib ppl ppl_static ppl_test)
+  target_include_directories(${lib} PUBLIC $<BUILD_INTERFACE:${PPL_ROOT}/include>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  set_target_properties(${lib} PROPERTIES ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}
+    LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
+endforeach()
+# C++ sources, but nothing of the C++ run-time library: the shared object depends on nothing.
+set_target_properties(ppl PROPERTIES LINK_DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/ppl.map
+  SOVERSION 1 VERSION ${PROJECT_VERSION})
+target_link_options(ppl PRIVATE -Wl,--version-script=${CMAKE_CURRENT_BINARY_DIR}/ppl.map)
+if(NOT PPL_SANITIZE)
+  target_link_options(ppl PRIVATE -Wl,--no-undefined)
+else()
+  foreach(lib ppl ppl_static ppl_test)
+    target_link_options(${lib} PUBLIC -fsanitize=address,undefined)
+  endforeach()
+endif()
+set_target_properties(ppl_static PROPERTIES OUTPUT_NAME ppl)
+
+install(FILES ${PPL_ROOT}/include/ppl.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(TARGETS ppl ppl_static EXPORT ppl-targets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(EXPORT ppl-targets NAMESPACE ppl:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ppl)

@@ -1,0 +1,42 @@
+// Vector levels: the same kernels compiled for several register widths, and the choice among them.
+//
+// Every *_kernels.cpp is compiled once per level with PPL_LEVEL set to the level's name, and puts its functions
+// in ppl::PPL_LEVEL. Each such file ends with one table of its entry points; a level is the set of its tables.
+#pragma once
+
+namespace ppl {
+
+struct tile_kernels;      // tile/kernels.h
+struct bulk_kernels;      // paths/bulk_kernels.h
+struct output_kernels;    // output/output_kernels.h
+struct convert_kernels;   // convert/convert_kernels.h
+struct scaler_kernels;    // frame/scaler_kernels.h
+
+struct kernels {
+  const char* name;
+  const tile_kernels* tile;
+  const bulk_kernels* bulk;
+  const output_kernels* output;
+  const convert_kernels* convert;
+  const scaler_kernels* scaler;
+};
+
+// The tables of one level.
+#define PPL_DECLARE_LEVEL(level)            \
+  namespace level {                         \
+  extern const tile_kernels tile_table;     \
+  extern const bulk_kernels bulk_table;     \
+  extern const output_kernels output_table; \
+  extern const convert_kernels convert_table; \
+  extern const scaler_kernels scaler_table; \
+  }
+PPL_DECLARE_LEVEL(sse2)
+PPL_DECLARE_LEVEL(sse41)
+PPL_DECLARE_LEVEL(avx2)
+PPL_DECLARE_LEVEL(avx512)
+#undef PPL_DECLARE_LEVEL
+
+// Asks the processor once; ppl_init stores the answer in the record. Defined in platform/.
+const kernels* choose_kernels();
+
+}  // namespace ppl
