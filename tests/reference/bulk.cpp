@@ -1,12 +1,12 @@
-#include "tests/reference/bulk.h"
+#include "bulk.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <vector>
 
-#include "tests/reference/mosaic.h"
-#include "tests/reference/place.h"
-#include "tests/reference/plan.h"
+#include "mosaic.h"
+#include "place.h"
+#include "plan.h"
 
 namespace ref {
 namespace {

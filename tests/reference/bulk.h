@@ -6,9 +6,9 @@
 
 #include <cstdint>
 
-#include "tests/reference/canvas.h"
-#include "tests/reference/finished.h"
-#include "tests/reference/state.h"
+#include "canvas.h"
+#include "finished.h"
+#include "state.h"
 
 namespace ref {
 

@@ -1,13 +1,13 @@
-#include "tests/reference/frame.h"
+#include "frame.h"
 
 #include <cstring>
 
-#include "tests/reference/bulk.h"
-#include "tests/reference/canvas.h"
-#include "tests/reference/place.h"
-#include "tests/reference/raw.h"
-#include "tests/reference/reconstruct.h"
-#include "tests/reference/scaler.h"
+#include "bulk.h"
+#include "canvas.h"
+#include "place.h"
+#include "raw.h"
+#include "reconstruct.h"
+#include "scaler.h"
 
 namespace ref {
 namespace {

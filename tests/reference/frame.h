@@ -5,8 +5,8 @@
 
 #include <cstdint>
 
-#include "tests/reference/finished.h"
-#include "tests/reference/state.h"
+#include "finished.h"
+#include "state.h"
 
 namespace ref {
 

@@ -1,4 +1,4 @@
-#include "tests/reference/place.h"
+#include "place.h"
 
 #include <array>
 #include <initializer_list>

@@ -7,9 +7,9 @@
 
 #include <cstdint>
 
-#include "tests/reference/canvas.h"
-#include "tests/reference/finished.h"
-#include "tests/reference/plan.h"
+#include "canvas.h"
+#include "finished.h"
+#include "plan.h"
 
 namespace ref {
 

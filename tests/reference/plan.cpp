@@ -1,4 +1,4 @@
-#include "tests/reference/plan.h"
+#include "plan.h"
 
 namespace ref {
 namespace {

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "tests/reference/finished.h"
+#include "finished.h"
 
 namespace ref {
 

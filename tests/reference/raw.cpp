@@ -1,4 +1,4 @@
-#include "tests/reference/raw.h"
+#include "raw.h"
 
 namespace ref {
 namespace {

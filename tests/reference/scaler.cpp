@@ -1,4 +1,4 @@
-#include "tests/reference/scaler.h"
+#include "scaler.h"
 
 #include <functional>
 #include <vector>
