@@ -98,7 +98,7 @@ void store_row_packed(const convert_state& s, const row422& row, int64_t r, pack
 // memory_row counts from the start of the destination; image rows go from its end towards it.
 void store_row_rgb24(const convert_state& s, const row422& row, int64_t memory_row, picture& out) {
   for (int x = 0; x < row.width(); ++x) {
-    const rgb pixel = to_rgb(row, x);
+    const rgb_pixel pixel = to_rgb(row, x);
     const int64_t at = (memory_row * s.out_width + x) * 3;
     out.store(at, pixel.b);
     out.store(at + 1, pixel.g);

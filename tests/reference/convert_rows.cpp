@@ -5,7 +5,7 @@
 
 namespace ref {
 
-uint8_t mean(uint8_t a, uint8_t b) {
+uint8_t rounded_mean(uint8_t a, uint8_t b) {
   return static_cast<uint8_t>((a + b + 1) >> 1);
 }
 
@@ -31,8 +31,8 @@ uint8_t packed_byte(const row422& row, int x, packing p) {
 row422 mean_row(const row422& a, const row422& b) {
   row422 out = a;
   for (int x = 0; x < out.width(); ++x) {
-    out.luma[x] = mean(a.luma[x], b.luma[x]);
-    out.chroma[x] = mean(a.chroma[x], b.chroma[x]);
+    out.luma[x] = rounded_mean(a.luma[x], b.luma[x]);
+    out.chroma[x] = rounded_mean(a.chroma[x], b.chroma[x]);
   }
   return out;
 }
@@ -53,7 +53,8 @@ row422 blend_row(const row422& earlier, const row422& later, const row422& kept_
                  const row422& kept_below, int threshold) {
   row422 out = later;
   for (int x = 0; x < out.width(); ++x)
-    if (moves(earlier, later, x, threshold)) out.chroma[x] = mean(kept_above.chroma[x], kept_below.chroma[x]);
+    if (moves(earlier, later, x, threshold))
+      out.chroma[x] = rounded_mean(kept_above.chroma[x], kept_below.chroma[x]);
   return out;
 }
 
@@ -64,10 +65,10 @@ row422 shrink(const row422& row, int step, int apart) {
   row422 out;
   for (int m = 0; (step * m + apart) * 2 + 1 < row.width(); ++m) {
     const int a = 2 * step * m, b = 2 * (step * m + apart);  // their first pixels
-    out.luma.push_back(mean(row.luma[a], row.luma[a + 1]));
-    out.luma.push_back(mean(row.luma[b], row.luma[b + 1]));
-    out.chroma.push_back(mean(row.chroma[a], row.chroma[b]));
-    out.chroma.push_back(mean(row.chroma[a + 1], row.chroma[b + 1]));
+    out.luma.push_back(rounded_mean(row.luma[a], row.luma[a + 1]));
+    out.luma.push_back(rounded_mean(row.luma[b], row.luma[b + 1]));
+    out.chroma.push_back(rounded_mean(row.chroma[a], row.chroma[b]));
+    out.chroma.push_back(rounded_mean(row.chroma[a + 1], row.chroma[b + 1]));
   }
   return out;
 }
@@ -90,18 +91,18 @@ row422 widen_row(const row422& row) {
   row422 out;
   for (int x = 0; x < row.width(); ++x) {
     out.luma.push_back(longer.luma[x]);
-    out.luma.push_back(mean(longer.luma[x], longer.luma[x + 1]));
+    out.luma.push_back(rounded_mean(longer.luma[x], longer.luma[x + 1]));
   }
   for (int x = 0; x + 1 < row.width(); x += 2) {
     out.chroma.push_back(longer.chroma[x]);
     out.chroma.push_back(longer.chroma[x + 1]);
-    out.chroma.push_back(mean(longer.chroma[x], longer.chroma[x + 2]));
-    out.chroma.push_back(mean(longer.chroma[x + 1], longer.chroma[x + 3]));
+    out.chroma.push_back(rounded_mean(longer.chroma[x], longer.chroma[x + 2]));
+    out.chroma.push_back(rounded_mean(longer.chroma[x + 1], longer.chroma[x + 3]));
   }
   return out;
 }
 
-rgb to_rgb(const row422& row, int x) {
+rgb_pixel to_rgb(const row422& row, int x) {
   const int u = row.chroma[x & ~1] - 128, v = row.chroma[x | 1] - 128;
   const int y = 74 * std::max(row.luma[x] - 16, 0);
   const auto colour = [](int sum) {

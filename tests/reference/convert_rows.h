@@ -15,12 +15,12 @@ struct row422 {
   int width() const { return static_cast<int>(luma.size()); }
 };
 
-struct rgb {
+struct rgb_pixel {
   uint8_t r, g, b;
 };
 
 // (a + b + 1) / 2 rounded down.
-uint8_t mean(uint8_t a, uint8_t b);
+uint8_t rounded_mean(uint8_t a, uint8_t b);
 
 row422 read_row(const uint8_t* bytes, int pixels, packing p);
 row422 black_row(int pixels);
@@ -46,6 +46,6 @@ row422 quarter_row(const row422& row);
 row422 widen_row(const row422& row);
 
 // Pixel x of the row in fixed colour arithmetic with 6 fraction bits; blue wraps in 16 bits before its shift.
-rgb to_rgb(const row422& row, int x);
+rgb_pixel to_rgb(const row422& row, int x);
 
 }  // namespace ref
