@@ -21,4 +21,6 @@ set(PPL_FLAGS_sse2 -msse2 -mno-sse3)
 set(PPL_FLAGS_sse41 -msse4.1 -mno-avx)
 set(PPL_FLAGS_avx2 -mavx2 -mbmi -mbmi2 -mno-avx512f)
 set(PPL_FLAGS_avx512 -mavx2 -mbmi -mbmi2 -mavx512f -mavx512bw -mavx512dq -mavx512vl -mavx512vbmi
-  -mprefer-vector-width=512)
+  -mprefer-vector-width=512
+  # gcc 12 takes its own 512-bit intrinsics' undefined vectors for mistakes
+  -Wno-uninitialized -Wno-maybe-uninitialized)
