@@ -21,7 +21,9 @@ planes chroma_at(const output_writer& w, int64_t at) {
 }
 
 // What a doubled row takes for the sample left of its first one.
-int outside_sample(const output_writer& w, const uint8_t* row) { return w.h_mirror ? 0 : row[0]; }
+int outside_sample(const output_writer& w, const uint8_t* row) {
+  return w.h_mirror ? 0 : row[0];
+}
 
 // ---- ordinary frames: one run for each row
 
@@ -108,7 +110,9 @@ void put_tiles(output_writer& w, int p, const finished_rows& rows) {
 // ---- the rows between, at double size
 
 // `at` is a place in the row as the tiles' pointers give it: the row's first byte, under the mirror its last block.
-int64_t row_start(const output_writer& w, int64_t at, int row_bytes) { return w.h_mirror ? at + 16 - row_bytes : at; }
+int64_t row_start(const output_writer& w, int64_t at, int row_bytes) {
+  return w.h_mirror ? at + 16 - row_bytes : at;
+}
 
 void fill_gaps(output_writer& w, int p) {
   const auto& plan = w.context->plan.i420;

@@ -32,9 +32,9 @@ struct output_writer {
   const output_kernels* kernels;
   const ppl_context* context;
   uint8_t* base;
-  int64_t bytes;   // of the frame that the caller handed over
-  int64_t luma;    // next tile's place; packed and RGB formats use this one alone
-  int64_t chroma;  // I420: next U block's place; V lies out_quarter_pixels behind
+  int64_t bytes;                    // of the frame that the caller handed over
+  int64_t luma;                     // next tile's place; packed and RGB formats use this one alone
+  int64_t chroma;                   // I420: next U block's place; V lies out_quarter_pixels behind
   int32_t tiles, row_pairs, width;  // width: 16 * tiles
   int32_t decimation;
   uint8_t quality;

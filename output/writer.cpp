@@ -19,7 +19,9 @@ bool is_ordinary(const ppl_context& c, int64_t bytes) {
   return c.out_height >= height && c.out_height <= height + 65536;
 }
 
-bool inside(const output_writer& w, int64_t at, int n) { return at >= 0 && at + n <= w.bytes; }
+bool inside(const output_writer& w, int64_t at, int n) {
+  return at >= 0 && at + n <= w.bytes;
+}
 
 }  // namespace
 
@@ -55,11 +57,19 @@ output_writer make_writer(const frame_job& job, uint32_t quality) {
   w.ordinary = is_ordinary(c, job.destination_bytes);
   w.fills_gaps = c.decimation < 0 && (quality < 10 || quality == 15);
   switch (job.format) {
-    case out_format::i420: start_i420(w, job); break;
+    case out_format::i420:
+      start_i420(w, job);
+      break;
     case out_format::yuyv:
-    case out_format::uyvy: start_packed(w, job); break;
-    case out_format::rgb24: start_rgb24(w, job); break;
-    case out_format::rgb32: start_rgb32(w, job); break;
+    case out_format::uyvy:
+      start_packed(w, job);
+      break;
+    case out_format::rgb24:
+      start_rgb24(w, job);
+      break;
+    case out_format::rgb32:
+      start_rgb32(w, job);
+      break;
   }
   return w;
 }

@@ -10,7 +10,9 @@ namespace {
 
 // ---- rows
 
-void copy(uint8_t* to, const uint8_t* from, int bytes) { __builtin_memcpy(to, from, static_cast<size_t>(bytes)); }
+void copy(uint8_t* to, const uint8_t* from, int bytes) {
+  __builtin_memcpy(to, from, static_cast<size_t>(bytes));
+}
 
 // Columns -2, -1 and width, width + 1: the row mirrored about its border samples.
 void pad_samples(uint8_t* row, int width) {
@@ -29,12 +31,24 @@ void pad_words(uint8_t* row, int width) {
 }
 
 // The record's scratch rows during a frame.
-enum scratch_row { kBlackEven, kBlackOdd, kValueEven, kValueOdd, kFlatMask, kFlatR, kFlatG, kFlatB, kColour0 };
+enum scratch_row {
+  kBlackEven,
+  kBlackOdd,
+  kValueEven,
+  kValueOdd,
+  kFlatMask,
+  kFlatR,
+  kFlatG,
+  kFlatB,
+  kColour0
+};
 constexpr int kScratchPitch = 2048 + 64;
 constexpr int kLensScratch = (kColour0 + 4) * kScratchPitch;  // two rows of factors
 static_assert(64 + kLensScratch + 2 * 2 * 2048 <= kScratchBytes);
 
-uint8_t* scratch_row_at(const walk& w, int row) { return w.context->scratch + 64 + row * kScratchPitch; }
+uint8_t* scratch_row_at(const walk& w, int row) {
+  return w.context->scratch + 64 + row * kScratchPitch;
+}
 
 // ---- stages
 
@@ -124,7 +138,8 @@ void median_stage(walk& w, int first) {
 void green_stage(walk& w, int first) {
   for (int r = first; r < first + 2; ++r) {
     if (!w.inside(r)) continue;
-    green_args a = {.context = w.context, .rows = {}, .out = w.row(kGreen, r), .odd_row = r & 1, .width = w.width};
+    green_args a = {
+        .context = w.context, .rows = {}, .out = w.row(kGreen, r), .odd_row = r & 1, .width = w.width};
     for (int i = 0; i < 5; ++i) a.rows[i] = w.row(kMosaic, r - 2 + i);
     w.kernels->green_fill(a);
     pad_samples(a.out, w.width);
@@ -169,10 +184,14 @@ void find_flat_blocks(walk& w, int r) {
 // enhancement behind them row 1 and rows 3 .. height - 2.
 bool flat_in_row(const walk& w, int r) {
   switch (w.path->flat) {
-    case flat_colours::none: return false;
-    case flat_colours::even_blocks: return true;
-    case flat_colours::odd_blocks: return r >= 1 && r <= w.height - 2;
-    case flat_colours::left_over: break;
+    case flat_colours::none:
+      return false;
+    case flat_colours::even_blocks:
+      return true;
+    case flat_colours::odd_blocks:
+      return r >= 1 && r <= w.height - 2;
+    case flat_colours::left_over:
+      break;
   }
   if (w.flat_mask == nullptr) return false;
   return !w.path->edge || r == 1 || (r >= 3 && r <= w.height - 2);
@@ -200,13 +219,18 @@ void demosaic_stage(walk& w, int first) {
                        .width = w.width};
     for (int i = 0; i < 3; ++i) a.rows[i] = w.row(kMosaic, r - 1 + i);
     switch (path.demosaic) {
-      case interpolator::gradient: w.kernels->demosaic_gradient(a); break;
-      case interpolator::bilinear: w.kernels->demosaic_bilinear(a); break;
+      case interpolator::gradient:
+        w.kernels->demosaic_gradient(a);
+        break;
+      case interpolator::bilinear:
+        w.kernels->demosaic_bilinear(a);
+        break;
       case interpolator::directed:
         for (int i = 0; i < 3; ++i) a.green[i] = w.row(kGreen, r - 1 + i);
         w.kernels->demosaic_directed(a);
         break;
-      case interpolator::mosaic_edge: break;
+      case interpolator::mosaic_edge:
+        break;
     }
     if (path.edge) pad_samples(a.luma, w.width);
     if (path.noise_filter) pad_words(a.chroma, w.width);
@@ -346,8 +370,7 @@ void plan_stages(walk& w) {
       break;
   }
   if (path.noise_filter) plan.add(noise_stage, {{kLuma, 1, 1}, {kChroma, 1, 1}}, {kLumaNf, kChromaNf});
-  if (path.edge)
-    plan.add(edge_stage, {{path.noise_filter ? kLumaNf : kLuma, 1, 1}}, {kLumaOut});
+  if (path.edge) plan.add(edge_stage, {{path.noise_filter ? kLumaNf : kLuma, 1, 1}}, {kLumaOut});
   if (path.noise_filter) plan.add(smooth_stage, {{kChromaNf, 1, 1}}, {kChromaOut});
 
   const ring_id none[] = {kRaw};
@@ -381,7 +404,10 @@ void load_matrix(walk& w) {
       w.matrix.bias[row].lane[lane] = chroma ? 128 : 0;
       w.matrix.offset[row].lane[lane] = 32;
     }
-    if (!chroma) w.matrix.offset[row] = !w.three_planes ? c.luma_offset : yuv2 ? c.yuv2_offset_vector : c.rgb_offset_vector;
+    if (!chroma)
+      w.matrix.offset[row] = !w.three_planes ? c.luma_offset
+                             : yuv2          ? c.yuv2_offset_vector
+                                             : c.rgb_offset_vector;
   }
 }
 

@@ -61,7 +61,8 @@ struct ring_read {
   uint8_t above, below;
 };
 struct stage {
-  void (*run)(walk&, int first_row);  // makes rows first_row and first_row + 1, those of them inside the frame
+  void (*run)(walk&,
+              int first_row);  // makes rows first_row and first_row + 1, those of them inside the frame
   int lag;
 };
 
@@ -71,8 +72,8 @@ struct walk {
   const tile_kernels* kernels;
   const path_traits* path;
   int tiles, row_pairs, width, height;
-  bool three_planes;       // the conversion forms planes instead of luma and chroma words
-  bool chroma_in_odd_rows; // the output needs finished chroma of odd rows too
+  bool three_planes;        // the conversion forms planes instead of luma and chroma words
+  bool chroma_in_odd_rows;  // the output needs finished chroma of odd rows too
   uint8_t *flat_mask, *flat_r, *flat_g, *flat_b;  // one row each; null while no flat colours apply
   row_ring rings[kRings];
   stage stages[6];
