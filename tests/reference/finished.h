@@ -12,8 +12,8 @@ enum class format { i420, yuyv, uyvy, rgb24, rgb32 };
 struct finished {
   int width = 0, height = 0;
   // I420, YUYV, UYVY: luma of every pixel; signed chroma of every column pair of every row (before 128 is added).
-  std::vector<uint8_t> y;     // height * width
-  std::vector<int8_t> u, v;   // height * (width / 2)
+  std::vector<uint8_t> y;    // height * width
+  std::vector<int8_t> u, v;  // height * (width / 2)
   // RGB24, RGB32: the final colours of every pixel.
   std::vector<uint8_t> r, g, b;  // height * width
   // RGB24 of quality 15 at double size alone: the planes it packs unconverted, as bytes.

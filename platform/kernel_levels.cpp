@@ -1,0 +1,24 @@
+// The kernel image's choice among the XMM levels. Wider registers would need the system to save them, which
+// takes imports; XMM registers a 64-bit driver may use at any time.
+#include "platform/levels.h"
+
+#include <cpuid.h>
+
+namespace ppl {
+
+#define PPL_LEVEL_TABLES(level)                                                                  \
+  {                                                                                              \
+#level, &level::tile_table, &level::bulk_table, &level::output_table, &level::convert_table, \
+        &level::scaler_table                                                                     \
+  }
+static constexpr kernels sse2_kernels = PPL_LEVEL_TABLES(sse2);
+static constexpr kernels sse41_kernels = PPL_LEVEL_TABLES(sse41);
+#undef PPL_LEVEL_TABLES
+
+const kernels* choose_kernels() {
+  unsigned a, b, c, d;
+  __cpuid(1, a, b, c, d);
+  return (c & bit_SSE4_1) != 0 ? &sse41_kernels : &sse2_kernels;
+}
+
+}  // namespace ppl
