@@ -3,6 +3,8 @@ if(NOT TARGET ppl_tool)
   message(STATUS "tests of the command line tool left out: the tool is not built")
   return()
 endif()
+find_package(PNG REQUIRED)
+find_package(nlohmann_json CONFIG REQUIRED)
 add_executable(tool_test ${CMAKE_CURRENT_SOURCE_DIR}/tool/convert_test.cpp
   ${CMAKE_CURRENT_SOURCE_DIR}/tool/reports_test.cpp ${CMAKE_CURRENT_SOURCE_DIR}/tool/deinterlace_test.cpp
   ${CMAKE_CURRENT_SOURCE_DIR}/tool/bad_input_test.cpp ${CMAKE_CURRENT_SOURCE_DIR}/tool/run.cpp)

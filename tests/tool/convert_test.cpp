@@ -280,7 +280,7 @@ TEST_F(Convert, StrideSkipAndFrame) {
   for (int frame = 0; frame < 2; ++frame)
     for (size_t y = 0; y < 480; ++y) {
       for (size_t x = 0; x < 640; ++x) padded.push_back(frame ? raw[640 * y + x] : 77);
-      padded.insert(padded.end(), 13, 0x55);
+      padded.resize(padded.size() + 13, 0x55);
     }
   write("padded.raw", padded);
   ok(Arguments{"convert", "padded.raw", "-o", "b.png", "--stride", "653", "--skip", "10", "--frame", "1"} +
@@ -319,9 +319,9 @@ TEST_F(Convert, ReadsItsOwnFrames) {
 // One pixel worked out by hand: Y 100, B - Y 20, R - Y 30, so R 130, B 120 and, as Y is 0.299 R + 0.587 G + 0.114 B,
 // G 100 - (0.299 * 30 + 0.114 * 20) / 0.587 = 80.8.
 TEST_F(Convert, CameraChromaByHand) {
-  Bytes frame(32 * 2, 100);
-  frame.insert(frame.end(), 16, 148);
-  frame.insert(frame.end(), 16, 158);
+  Bytes frame(96, 100);
+  std::fill(frame.begin() + 64, frame.begin() + 80, uint8_t{148});
+  std::fill(frame.begin() + 80, frame.end(), uint8_t{158});
   write("a.i420", frame);
   ok({"convert", "a.i420", "-W", "32", "-H", "2", "--input", "i420", "-o", "a.png"});
   const Rgb picture = png("a.png");
