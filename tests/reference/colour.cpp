@@ -5,6 +5,7 @@
 #include "wrapping.h"
 
 namespace ref {
+
 namespace {
 
 constexpr matrix default_sensor_matrix = {389, -15, -120, -118, 509, -137, -19, -229, 503};

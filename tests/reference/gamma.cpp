@@ -5,6 +5,7 @@
 #include "state.h"
 
 namespace ref {
+
 namespace {
 
 // Row k of the gamma tables has this offset in its power part.

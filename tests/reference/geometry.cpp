@@ -5,6 +5,7 @@
 #include "wrapping.h"
 
 namespace ref {
+
 static int32_t shifted(int32_t size, int32_t d) {
   return d >= 0 ? size >> d : static_cast<int32_t>(static_cast<uint32_t>(size) << -d);
 }

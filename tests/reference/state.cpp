@@ -5,6 +5,7 @@
 #include "wrapping.h"
 
 namespace ref {
+
 namespace {
 
 bool fits16(int64_t value) {

@@ -2,6 +2,7 @@
 #include "state.h"
 
 namespace ref {
+
 void state::clear_statistics() {
   sub_window_means = {};
   all_windows_means = whole_frame_means = qAE_means = qual_means = {};
