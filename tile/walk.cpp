@@ -290,7 +290,11 @@ void edge_stage(walk& w, int first) {
 void smooth_stage(walk& w, int first) {
   for (int r = first; r < first + 2; ++r) {
     if (!w.inside(r) || ((r & 1) != 0 && !w.chroma_in_odd_rows)) continue;
-    smooth_args a = {.chroma = {}, .out = w.row(kChromaOut, r), .width = w.width};
+    smooth_args a = {.chroma = {},
+                     .u_sums = scratch_row_at(w, kValueEven),
+                     .v_sums = scratch_row_at(w, kValueOdd),
+                     .out = w.row(kChromaOut, r),
+                     .width = w.width};
     for (int i = 0; i < 3; ++i) a.chroma[i] = w.row(kChromaNf, r - 1 + i);
     w.kernels->smooth(a);
   }
