@@ -121,6 +121,7 @@ struct mosaic_edge_args {
 // tile/chroma_smoothing.h: rows r - 1 .. r + 1
 struct smooth_args {
   const uint8_t* chroma[3];
+  uint8_t *u_sums, *v_sums;  // row storage of width + 4 bytes, for the sums of three rows
   uint8_t* out;
   int32_t width;
 };
