@@ -127,6 +127,8 @@ struct smooth_args {
 };
 
 struct tile_kernels {
+  // Once per frame, before its first row pair: whatever the level keeps of the tone curve.
+  void (*prepare_tone)(ppl_context& context, const uint8_t* tone);
   void (*front_end)(const front_end_args&);
   void (*statistics)(const statistics_args&);
   void (*median)(const median_args&);

@@ -117,11 +117,27 @@ PPL_INLINE void qAE_step(const ppl_context& c, row_totals& total, cells s) {
   total.qAE = total.qAE + sum({keep(pass, s.even_row), keep(pass, s.odd_row)});
 }
 
-PPL_INLINE rgb32& cell_of(ppl_context& c, int row_pair, int tile) {
-  if (row_pair < c.grid_row_pairs && tile < c.grid_tiles)
-    return c.sub_window_means[kGridColumns * (row_pair / c.cell_row_pairs) + tile / c.cell_tiles];
-  return c.sub_window_means[kCells];
-}
+// The cells along a row pair, tile by tile from left to right.
+struct cell_walk {
+  ppl_context& c;
+  rgb32* cell;   // of the current tile
+  int end_tile;  // where it ends
+  bool in_grid;
+
+  cell_walk(ppl_context& context, int row_pair)
+      : c(context), cell(outside_cell(&context)), end_tile(0), in_grid(false) {
+    if (row_pair >= c.grid_row_pairs || c.grid_tiles == 0) return;
+    in_grid = true;
+    cell = &c.sub_window_means[kGridColumns * (row_pair / c.cell_row_pairs)];
+    end_tile = c.cell_tiles;
+  }
+  rgb32* at(int tile) {
+    if (!in_grid) return cell;
+    if (tile >= c.grid_tiles) return outside_cell(&c);
+    for (; tile >= end_tile; end_tile += c.cell_tiles) ++cell;
+    return cell;
+  }
+};
 
 }  // namespace statistics_detail
 
@@ -132,7 +148,8 @@ static void statistics(const statistics_args& a) {
   const vec16 none = zero<vec16>();
   row_totals total = {{none, none}, {none, none}, none, none};
   sums plain = {none, none};  // of the cell that the walk is in
-  rgb32* cell = &cell_of(c, a.row_pair, 1);
+  cell_walk walk(c, a.row_pair);
+  rgb32* cell = walk.at(1);
   for (int t = 1; t <= a.last_tile; t += 2) {
     const int now = (t + a.tile_lead) * kTile, before = now - kTile;
     if (full) {
@@ -144,7 +161,7 @@ static void statistics(const statistics_args& a) {
     const cells s = {sampled(a.tone_even + before, a.value_even + now),
                      sampled(a.tone_odd + before, a.value_odd + now)};
     if (full) qAE_step(c, total, s);
-    rgb32* const now_in = &cell_of(c, a.row_pair, t);
+    rgb32* const now_in = walk.at(t);
     if (now_in != cell) {
       add_to(*cell, plain);
       plain = {none, none};

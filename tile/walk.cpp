@@ -459,6 +459,7 @@ void run_tile_path(const frame_job& job) {
   w.chroma_in_odd_rows = job.format != out_format::i420;
   w.writer = make_writer(job, path->bottom);
   load_matrix(w);
+  w.kernels->prepare_tone(*c, c->rgb_gamma_table);
   prepare_flat_colours(w);
   plan_stages(w);
 
