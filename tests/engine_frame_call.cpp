@@ -233,8 +233,8 @@ TEST_P(raw_path, honours_no_mirror) {
     const bytes plain = run(f, in, 160, 48);
     for (int m = 1; m < 4; ++m) {
       c->mark_position = 3;
-      ppl_set_h_mirror(c, m & 1);
-      ppl_set_v_mirror(c, m >> 1);
+      ppl_set_h_mirror(c, uint8_t(m & 1));
+      ppl_set_v_mirror(c, uint8_t(m >> 1));
       EXPECT_EQ(run(f, in, 160, 48), plain);
     }
   }

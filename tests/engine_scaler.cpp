@@ -113,7 +113,7 @@ TEST_P(scaler, agrees_with_the_reference_at_any_size) {
     const int f = n % 2 == 0 ? I420 : YUYV, step = n % 3 == 0 ? 1 : 2;
     size in = {pick(1, 100) * step, pick(1, 20)}, out = {pick(1, 150) * step, pick(1, 40)};
     if (n % 10 == 0) in.w = pick(1000, 2036) / 2 * 2, out.w = pick(1, 4000) * 2;
-    const bytes frame = frame_of(f, in, random());
+    const bytes frame = frame_of(f, in, uint32_t(random()));
     const bytes got = scale(f, frame, in, out);
     ref::state s;
     s.quality = 5;
