@@ -5,6 +5,9 @@
 // to the next multiple of 64. A row that a neighbourhood reads has its two bytes on either side filled (pads).
 // Caller's memory is touched at exactly the `width` bytes given.
 //
+// Kernels take their arguments, and the vectors of the record that they need, by value before the loop: a byte store
+// could change anything that memory holds, so a pointer would be followed anew for every vector.
+//
 // Chroma rows hold words: the U byte, then the V byte of two columns, each with 128 added, so that all bytes in
 // row storage are unsigned.
 #pragma once
