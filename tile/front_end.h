@@ -66,20 +66,16 @@ static void front_end_rows(const front_end_args& args) {
       store(a.row_even + x, e);
       store(a.row_odd + x, o);
     }
-    if (!kToneInRegisters && a.value_even == nullptr) return;
+    if (!kToneInRegisters && a.black_even == nullptr) return;
     e = subs_u8(e, repeat16<V>(&black_b_gb));
     o = subs_u8(o, repeat16<V>(&black_gr_r));
     if (a.black_even != nullptr) {
       store(a.black_even + x, e);
       store(a.black_odd + x, o);
     }
-    e = white_balance<V>(gain_b_g, delta_b_g)(e);
-    o = white_balance<V>(gain_g_r, delta_g_r)(o);
-    if (a.value_even != nullptr) {
-      store(a.value_even + x, e);
-      store(a.value_odd + x, o);
-    }
     if constexpr (kToneInRegisters) {
+      e = white_balance<V>(gain_b_g, delta_b_g)(e);
+      o = white_balance<V>(gain_g_r, delta_g_r)(o);
       e = tone(e);
       o = tone(o);
       if (a.frame_even != nullptr) {
@@ -99,7 +95,7 @@ static void front_end(const front_end_args& a) {
     green ? front_end_rows<true, true>(a) : front_end_rows<true, false>(a);
   else if (green)
     front_end_rows<false, true>(a);
-  else if (kToneInRegisters || a.value_even != nullptr)
+  else if (kToneInRegisters || a.black_even != nullptr)
     front_end_rows<false, false>(a);
   else
     front_end_detail::look_up_rows(a, a.source_even, a.source_odd);
