@@ -161,6 +161,10 @@ bulk_frame plan_frame(const frame_job& job) {
 
 // ---- front end and statistics
 
+const uint8_t* tone_of(const bulk_frame& f) {
+  return f.grey ? f.context->yuv_contrast_gamma_table : f.context->rgb_gamma_table;
+}
+
 void front_end(const bulk_frame& f, int row_pair) {
   ppl_context* const c = f.context;
   const int r = 2 * row_pair;
@@ -172,7 +176,7 @@ void front_end(const bulk_frame& f, int row_pair) {
   const auto row_if = [&](bool wanted, plane_row row) { return wanted ? plane(c, row) : nullptr; };
   const tile_kernels& k = *c->kernels->tile;
   k.front_end({.context = c,
-               .tone = f.grey ? c->yuv_contrast_gamma_table : c->rgb_gamma_table,
+               .tone = tone_of(f),
                .source_even = even,
                .source_odd = odd,
                .frame_even = even,
@@ -561,6 +565,7 @@ void run_bulk_path(const frame_job& job) {
   if (f.tiles <= 0 || f.row_pairs <= 0) return;
   group_store groups = start_groups(f);
   const row_sink sink = {&f, job.destination_bytes};
+  job.context->kernels->tile->prepare_tone(*job.context, tone_of(f));
   for (int p = 0; p < f.row_pairs; ++p) {
     front_end(f, p);
     if (f.doubled)
