@@ -20,18 +20,7 @@ namespace {
 // ---- row storage, in the record's ring pool: rows of a plane, and rows of a format or of a doubled plane
 
 constexpr int kPlanePitch = 2048 + 128, kWidePitch = 4096 + 128, kPackedPitch = 8192;
-enum plane_row : uint8_t {
-  kEven,
-  kOdd,
-  kBlackEven,
-  kBlackOdd,
-  kValueEven,
-  kValueOdd,
-  kLuma0,
-  kLuma1,
-  kU,
-  kV
-};
+enum plane_row : uint8_t { kEven, kOdd, kBlackEven, kBlackOdd, kLuma0, kLuma1, kU, kV };
 constexpr int kPlaneRows = 10;
 constexpr int kWideRows = 3;    // doubled planes
 constexpr int kPackedRows = 2;  // finished rows that are not made in place
@@ -191,10 +180,8 @@ void front_end(const bulk_frame& f, int row_pair) {
                .row_odd = plane(c, kOdd),
                .lens_even = lens_row(*c, r, f.columns, spare),
                .lens_odd = lens_row(*c, r + 1, f.columns, spare + 2048),
-               .black_even = row_if(full, kBlackEven),
-               .black_odd = row_if(full, kBlackOdd),
-               .value_even = row_if(collect, kValueEven),
-               .value_odd = row_if(collect, kValueOdd),
+               .black_even = row_if(collect, kBlackEven),
+               .black_odd = row_if(collect, kBlackOdd),
                .width = f.columns});
   if (!collect) return;
   if (full) {
@@ -204,12 +191,11 @@ void front_end(const bulk_frame& f, int row_pair) {
   }
   // These paths have no sub-windows: a row pair outside the grid makes all plain sums meet in one cell.
   k.statistics({.context = c,
-                .black_even = row_if(full, kBlackEven),
-                .black_odd = row_if(full, kBlackOdd),
-                .value_even = plane(c, kValueEven),
-                .value_odd = plane(c, kValueOdd),
+                .black_even = plane(c, kBlackEven),
+                .black_odd = plane(c, kBlackOdd),
                 .tone_even = plane(c, kEven),
                 .tone_odd = plane(c, kOdd),
+                .plain_only = !full,
                 .row_pair = INT32_MAX,
                 .last_tile = f.tiles - 1,
                 .tile_lead = 0});
