@@ -17,15 +17,6 @@ template <layout L, class V>
 PPL_INLINE V chroma16(V a) {
   return L == layout::yuyv ? odd(a) : even(a);
 }
-// Luma (chroma) bytes of a, then of b.
-template <layout L, class V>
-PPL_INLINE V luma_bytes(V a, V b) {
-  return L == layout::yuyv ? even_bytes(a, b) : odd_bytes(a, b);
-}
-template <layout L, class V>
-PPL_INLINE V chroma_bytes(V a, V b) {
-  return L == layout::yuyv ? odd_bytes(a, b) : even_bytes(a, b);
-}
 // The luma bytes of one and the chroma bytes of the other.
 template <layout L, class V>
 PPL_INLINE V with_chroma(V luma, V chroma) {
@@ -35,6 +26,60 @@ template <class V>
 PPL_INLINE V swap_bytes(V a) {
   return sll16<8>(a) | srl16<8>(a);
 }
+
+// Luma (chroma) bytes of a, then of b.
+template <layout L, class V>
+PPL_INLINE V luma_bytes(V a, V b) {
+  return L == layout::yuyv ? even_bytes(a, b) : odd_bytes(a, b);
+}
+// U and V of 2 * V::size pixels: four vectors of packed words.
+template <layout L>
+PPL_INLINE void split_chroma(const vec<16> (&a)[4], vec<16>& u, vec<16>& v) {
+  const vec<16> x = pack_u8(chroma16<L>(a[0]), chroma16<L>(a[1]));
+  const vec<16> y = pack_u8(chroma16<L>(a[2]), chroma16<L>(a[3]));
+  u = even_bytes(x, y);
+  v = odd_bytes(x, y);
+}
+PPL_INLINE void store_half(uint8_t* out, vec<16> a) {
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(out), a.v);
+}
+#if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
+// Packing twice within 128 bits leaves 32-bit lanes in the order 0 2 4 6, 1 3 5 7.
+template <layout L>
+PPL_INLINE void split_chroma(const vec<32> (&a)[4], vec<32>& u, vec<32>& v) {
+  const vec<32> x = {_mm256_packus_epi16(chroma16<L>(a[0]).v, chroma16<L>(a[1]).v)};
+  const vec<32> y = {_mm256_packus_epi16(chroma16<L>(a[2]).v, chroma16<L>(a[3]).v)};
+  const __m256i order = _mm256_set_epi32(7, 3, 6, 2, 5, 1, 4, 0);
+  u.v = _mm256_permutevar8x32_epi32(_mm256_packus_epi16(even(x).v, even(y).v), order);
+  v.v = _mm256_permutevar8x32_epi32(_mm256_packus_epi16(odd(x).v, odd(y).v), order);
+}
+#endif
+#if defined(PPL_LEVEL_avx512)
+struct byte_order {
+  alignas(64) uint8_t at[64];
+};
+constexpr byte_order every_second_byte(int from) {
+  byte_order t = {};
+  for (int i = 0; i < 64; i++) t.at[i] = static_cast<uint8_t>(2 * i + from);
+  return t;
+}
+template <int From>
+PPL_INLINE vec<64> pick_bytes(vec<64> a, vec<64> b) {
+  static constexpr byte_order order = every_second_byte(From);
+  return {_mm512_permutex2var_epi8(a.v, load<vec<64>>(order.at).v, b.v)};
+}
+template <layout L>
+PPL_INLINE vec<64> luma_bytes(vec<64> a, vec<64> b) {
+  return pick_bytes < L == layout::yuyv ? 0 : 1 > (a, b);
+}
+template <layout L>
+PPL_INLINE void split_chroma(const vec<64> (&a)[4], vec<64>& u, vec<64>& v) {
+  constexpr int chroma = L == layout::yuyv ? 1 : 0;
+  const vec<64> x = pick_bytes<chroma>(a[0], a[1]), y = pick_bytes<chroma>(a[2], a[3]);
+  u = pick_bytes<0>(x, y);
+  v = pick_bytes<1>(x, y);
+}
+#endif
 
 // ---- 32-bit lanes in memory order
 
@@ -68,12 +113,6 @@ PPL_INLINE vec<16> repeat_high16(vec<16> a) {
   return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(a.v, 0xf5), 0xf5)};
 #endif
 }
-// The even bytes to u, the odd ones to v, half a vector each.
-PPL_INLINE void store_split(uint8_t* u, uint8_t* v, vec<16> mixed) {
-  const __m128i planes = _mm_packus_epi16(even(mixed).v, odd(mixed).v);
-  _mm_storel_epi64(reinterpret_cast<__m128i*>(u), planes);
-  _mm_storeh_pd(reinterpret_cast<double*>(v), _mm_castsi128_pd(planes));
-}
 
 #if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
 PPL_INLINE vec<32> even32(vec<32> a, vec<32> b) {
@@ -96,12 +135,6 @@ PPL_INLINE vec<32> repeat_low16(vec<32> a) {
 PPL_INLINE vec<32> repeat_high16(vec<32> a) {
   return {_mm256_shuffle_epi8(a.v, _mm256_broadcastsi128_si256(_mm_set_epi8(15, 14, 15, 14, 11, 10, 11, 10, 7,
                                                                             6, 7, 6, 3, 2, 3, 2)))};
-}
-PPL_INLINE void store_split(uint8_t* u, uint8_t* v, vec<32> mixed) {
-  const __m256i x = _mm256_packus_epi16(even(mixed).v, odd(mixed).v);
-  const __m256i planes = _mm256_permute4x64_epi64(x, 0xd8);
-  storeu(u, vec<16>{_mm256_castsi256_si128(planes)});
-  storeu(v, vec<16>{_mm256_extracti128_si256(planes, 1)});
 }
 #endif
 
@@ -127,10 +160,6 @@ PPL_INLINE vec<64> repeat_low16(vec<64> a) {
 PPL_INLINE vec<64> repeat_high16(vec<64> a) {
   return {_mm512_shuffle_epi8(
       a.v, _mm512_broadcast_i32x4(_mm_set_epi8(15, 14, 15, 14, 11, 10, 11, 10, 7, 6, 7, 6, 3, 2, 3, 2)))};
-}
-PPL_INLINE void store_split(uint8_t* u, uint8_t* v, vec<64> mixed) {
-  storeu(u, vec<32>{_mm512_cvtepi16_epi8(mixed.v)});
-  storeu(v, vec<32>{_mm512_cvtepi16_epi8(odd(mixed).v)});
 }
 #endif
 
