@@ -1,0 +1,169 @@
+#include "frame/frame_call.h"
+
+#include "frame/geometry.h"
+#include "frame/output_plan.h"
+
+namespace ppl {
+namespace {
+
+void clear_statistics(ppl_context* c) {
+  for (rgb32& cell : c->sub_window_means) cell = {};
+  c->all_windows_means = {};
+  c->whole_frame_means = {};
+  c->qAE_means = {};
+  c->qual_means = {};
+  c->qAE_count = 0;
+  c->qual_count = 0;
+  for (int i = 0; i < 256; ++i) c->r_histogram[i] = c->g_histogram[i] = c->b_histogram[i] = 0;
+}
+
+// The rounded mean of `sites` samples, in units of 1/256 of a sample step; 0 without sites.
+uint32_t mean(uint32_t sum, uint32_t half, uint32_t sites) {
+  return sites == 0 ? 0 : static_cast<uint32_t>(((static_cast<uint64_t>(sum) << 8) + half) / sites);
+}
+
+// One component of the 49 cells: raw sums become means, and the whole frame and the grid get their shares.
+void roll_up_cells(ppl_context* c, uint32_t rgb32::*colour, uint32_t divisor) {
+  const uint32_t scale = static_cast<uint32_t>(c->stats_scale);
+  uint32_t frame = c->whole_frame_means.*colour, grid = 0;
+  for (int i = 0; i <= kCells; ++i) {
+    uint32_t& cell = c->sub_window_means[i].*colour;
+    const uint32_t sum = cell * scale >> 8;
+    frame += sum;
+    cell = sum * divisor >> 12;
+    if (i < kCells) grid += cell;
+  }
+  c->whole_frame_means.*colour = frame;
+  c->all_windows_means.*colour = grid * 341 >> 14;  // 341 / 16384: the mean of 48 cells, a hair low
+}
+
+// Sums over counted cells become means, the count an estimate for the whole frame.
+void roll_up_counted(rgb32& sums, uint32_t& count, uint32_t scale) {
+  const uint32_t n = count;
+  if (n == 0) return;
+  sums.r = mean(sums.r, n >> 1, n);
+  sums.g = mean(sums.g, n, 2 * n);
+  sums.b = mean(sums.b, n >> 1, n);
+  count = n * scale >> 8;
+}
+
+void roll_up_statistics(ppl_context* c) {
+  roll_up_cells(c, &rgb32::r, c->red_divisor);
+  roll_up_cells(c, &rgb32::g, c->green_divisor);
+  roll_up_cells(c, &rgb32::b, c->blue_divisor);
+
+  const uint32_t half = static_cast<uint32_t>(c->frame_pixels_half);
+  const uint32_t quarter = static_cast<uint32_t>(c->frame_pixels_quarter);
+  const uint32_t eighth = static_cast<uint32_t>(c->frame_pixels_eighth);
+  rgb32& frame = c->whole_frame_means;
+  frame.r = mean(frame.r, eighth, quarter);
+  frame.g = mean(frame.g, quarter, half);
+  frame.b = mean(frame.b, eighth, quarter);
+
+  roll_up_counted(c->qAE_means, c->qAE_count, static_cast<uint32_t>(c->stats_scale));
+  roll_up_counted(c->qual_means, c->qual_count, static_cast<uint32_t>(c->stats_scale));
+}
+
+// What a frame of one quality runs, and by which factor its statistics are made up for the border they miss.
+enum class path : uint8_t { raw, count_only, tile, bulk };
+struct choice {
+  path which;
+  stats_scale_entry scale;  // of the tile and bulk paths
+};
+
+choice choose(const ppl_context* c, out_format format) {
+  constexpr choice count_only = {path::count_only, kScaleQuality0};
+  const bool rgb32 = format == out_format::rgb32;
+  const bool packed = format == out_format::yuyv || format == out_format::uyvy;
+  const bool medium = c->medium_filter_enabled != 0;
+  if (c->frame_stride < c->frame_width) return count_only;
+  switch (c->quality) {
+    case 0:
+      return {path::tile, medium ? kScaleQuality0Medium : kScaleQuality0};
+    case 1:
+      return {path::tile, medium ? kScaleQuality1Medium : kScaleQuality1};
+    case 2:
+      return {path::tile, medium ? kScaleQuality2Medium : kScaleQuality2};
+    case 3:
+      // A quarter of the size is refused: no path makes such a picture.
+      return c->decimation > 1 ? count_only : choice{path::bulk, kScaleQuality3};
+    case 10:
+      return {path::tile, kScaleQuality10};
+    case 11:
+      return {path::tile, kScaleQuality11};
+    case 12:
+      return {path::tile, kScaleQuality12};
+    case 13:
+      return rgb32 || packed || c->decimation > 1 ? count_only : choice{path::bulk, kScaleQuality13};
+    case 15:
+      return rgb32 ? count_only : choice{path::tile, kScaleQuality15};
+    case 5:
+    case 6:
+    case 7:
+    case 8:
+    case 14:
+      return count_only;
+    default:  // 4 and 9
+      return {path::raw, kScaleQuality0};
+  }
+}
+
+// True for a frame that a quality path handled or that was only counted, false for a raw one.
+bool dispatch(const frame_job& job) {
+  ppl_context* c = job.context;
+  const choice chosen = choose(c, job.format);
+  switch (chosen.which) {
+    case path::raw:
+      run_raw_path(job);
+      break;
+    case path::count_only:
+      break;
+    case path::tile:
+      run_tile_path(job);
+      c->stats_scale = c->stats_scale_table[chosen.scale];
+      break;
+    case path::bulk:
+      run_bulk_path(job);
+      c->stats_scale = c->stats_scale_table[chosen.scale];
+      break;
+  }
+  ++c->n_frame;
+  return chosen.which != path::raw;
+}
+
+bool aligned(const uint8_t* a, const uint8_t* b, uintptr_t step) {
+  return ((reinterpret_cast<uintptr_t>(a) | reinterpret_cast<uintptr_t>(b)) & (step - 1)) == 0;
+}
+
+}  // namespace
+
+call_result run_frame_call(ppl_context* c, out_format format, const bayer_call& call) {
+  const bool same_size = call.width == static_cast<uint32_t>(c->frame_width) &&
+                         call.height == static_cast<uint32_t>(c->frame_height) &&
+                         call.stride == static_cast<uint32_t>(c->frame_stride);
+  if (!same_size && !ppl_new_frame_size(c, call.width, call.height, call.stride)) return {false, false};
+  clear_statistics(c);
+  call_result result = {true, false};
+  if (aligned(call.source, call.destination, 16) && !c->P3_only) {
+    result.ran = true;
+    result.ok = dispatch({c, format, call.source, call.destination, output_bytes(c, format), c->out_pixels});
+  }
+  roll_up_statistics(c);
+  return result;
+}
+
+}  // namespace ppl
+
+#define PPL_FRAME_CALL(name, format)                                                           \
+  uint8_t ppl_process_blrto##name(ppl_context* context, uint8_t* source, uint8_t* destination, \
+                                  uint32_t width, uint32_t height, uint32_t stride) {          \
+    return ppl::run_frame_call(context, ppl::out_format::format,                               \
+                               {source, destination, width, height, stride})                   \
+        .ok;                                                                                   \
+  }
+PPL_FRAME_CALL(i420, i420)
+PPL_FRAME_CALL(yuyv, yuyv)
+PPL_FRAME_CALL(uyvy, uyvy)
+PPL_FRAME_CALL(rgb24, rgb24)
+PPL_FRAME_CALL(rgb32, rgb32)
+#undef PPL_FRAME_CALL

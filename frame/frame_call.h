@@ -1,0 +1,32 @@
+// One Bayer frame: geometry, cleared statistics, the quality's path, finished statistics.
+#pragma once
+
+#include <stdint.h>
+
+#include "frame/context.h"
+#include "frame/paths.h"
+
+namespace ppl {
+
+// What a frame call is handed. The destination of a scaled call is its scratch buffer: the frame at input size.
+struct bayer_call {
+  uint8_t* source;
+  uint8_t* destination;
+  uint32_t width, height, stride;
+};
+
+// Outcome of a frame call. `ran` tells that the buffers were aligned and the frame was let through, so that the
+// destination now holds what the dispatch makes of it.
+struct call_result {
+  bool ok;
+  bool ran;
+};
+
+// A size that the geometry refuses ends the call at once: nothing is cleared, nothing is counted. A buffer off
+// its 16-byte alignment or P3_only skips the dispatch, not the statistics; the call still succeeds.
+call_result run_frame_call(ppl_context* c, out_format format, const bayer_call& call);
+
+// Qualities 4 and 9: the samples as they are, with no reconstruction and no mirror (frame/raw_path.cpp).
+void run_raw_path(const frame_job& job);
+
+}  // namespace ppl

@@ -1,0 +1,33 @@
+// Where a frame's output begins, and by which steps its pointers move.
+//
+// A path only ever adds numbers to its output pointers. Which numbers depends on format, mirrors and decimation
+// and never on a pixel, so rebuild_output_plan works all of them out when one of these changes. A horizontal
+// mirror turns tile steps negative, a vertical one row steps; RGB frames are stored bottom row first, so for
+// them the sense of the vertical mirror is the other way round.
+//
+// All figures, steps and starts alike, are bytes of the format.
+#pragma once
+
+#include <stdint.h>
+
+#include "frame/context.h"
+#include "frame/paths.h"
+
+namespace ppl {
+
+// Byte offsets from the base of the frame (luma plane of I420), and for I420's two chroma planes, which move
+// together, from the base of each plane. They may lie outside the frame at sizes, decimations or black line
+// counts that have no true picture: whoever stores through them tests that (see frame/paths.h).
+struct start_offsets {
+  int64_t stage, stage_chroma;  // the tile pipeline: place of the first tile
+  int64_t bulk, bulk_chroma;    // qualities 3 and 13: place of the first group of 32 columns and two rows
+  int64_t third;                // YUYV and UYVY at double size in quality 3
+};
+
+// The start offsets of a frame in `format` for the mirrors, decimation and output size in the record.
+start_offsets output_start(const ppl_context* c, out_format format);
+
+// Bytes of one frame of out_width x out_height: 0 if it is not positive.
+int64_t output_bytes(const ppl_context* c, out_format format);
+
+}  // namespace ppl

@@ -1,0 +1,18 @@
+// Like platform/linux.cpp, for the library that the tests link: it can be held to a narrower level.
+#include "platform/linux_levels.h"
+#include "tests/level.h"
+
+static int forced_level = -1;
+
+int ppl_test_levels(void) {
+  return ppl::supported_levels();
+}
+
+void ppl_test_force_level(int level) {
+  forced_level = level;
+}
+
+const ppl::kernels* ppl::choose_kernels() {
+  const int levels = supported_levels();
+  return &kLevelTables[forced_level >= 0 && forced_level < levels ? forced_level : levels - 1];
+}
