@@ -5,8 +5,10 @@
 // of names (image_names.inc: one PPL_IMAGE_FUNCTION(name) each) from the list of exports.
 #include "image_calls.h"
 
+#include "level.h"
+
+#include <cpuid.h>
 #include <stdlib.h>
-#include <string.h>
 
 #include <array>
 
@@ -21,9 +23,7 @@ constexpr const char* kNames[] = {
 
 loaded_image load_from_environment() {
   const char* path = getenv("PPL_KERNEL_IMAGE");
-  const char* level_name = getenv("PPL_KERNEL_LEVEL");
-  const bool sse2 = level_name != nullptr && strcmp(level_name, "sse2") == 0;
-  return load(path != nullptr ? path : PPL_KERNEL_IMAGE_DEFAULT, sse2 ? level::sse2 : level::best);
+  return load(path != nullptr ? path : PPL_KERNEL_IMAGE_DEFAULT);
 }
 
 std::array<void*, std::size(kNames)> functions() {
@@ -50,6 +50,17 @@ extern "C" uint64_t kernel_image_thunk(uint64_t index, const uint64_t* registers
 
 }  // namespace kernel_image
 
+// The levels of the Linux library's tests: here 0 is sse2 and 1 is sse41, if the processor has it.
+int ppl_test_levels() {
+  unsigned a, b, c, d;
+  __cpuid(1, a, b, c, d);
+  return (c & bit_SSE4_1) != 0 ? 2 : 1;
+}
+
+void ppl_test_force_level(int level) {
+  kernel_image::allow_sse41(kernel_image::image(), level != 0);
+}
+
 // What the Linux library's tests call to start from an empty pool: the image's load entry does it.
 extern "C" void ppl_clear_pool();
 void ppl_clear_pool() {
@@ -75,10 +86,12 @@ kernel_image_gate:
 )");
 
 // clang-format off
-#define PPL_IMAGE_FUNCTION(name) asm( \
+#define PPL_IMAGE_FUNCTION(name) \
     ".globl " #name "\n.type " #name ", @function\n" #name ":\n" \
-    "mov $kernel_image_index, %eax\n.set kernel_image_index, kernel_image_index + 1\n" \
-    "jmp kernel_image_gate\n.size " #name ", . - " #name "\n");
-// clang-format on
-asm(".set kernel_image_index, 0\n");
+    "mov $index, %eax\n.set index, index + 1\n" \
+    "jmp kernel_image_gate\n.size " #name ", . - " #name "\n"
+asm(
+    ".set index, 0\n"
 #include "image_names.inc"
+);
+// clang-format on

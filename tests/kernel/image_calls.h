@@ -6,7 +6,7 @@
 namespace kernel_image {
 
 // Loaded at the first call of a library function: the file that the environment names in PPL_KERNEL_IMAGE, or the
-// one that the build made; at the level that PPL_KERNEL_LEVEL names (best or sse2), or the best.
+// one that preset kernel made.
 const loaded_image& image();
 
 }  // namespace kernel_image

@@ -144,13 +144,16 @@ void read_exports(const file_view& f, loaded_image& image) {
 
 // ---- The processor's answer
 
-// Stands in for the image's cpuid instruction: the true answer without SSE4.1 and what builds on it.
+bool sse41_allowed = true;
+
+// Stands in for the image's cpuid instruction.
 void answer_cpuid(int, siginfo_t*, void* context) {
   greg_t* r = static_cast<ucontext_t*>(context)->uc_mcontext.gregs;
+  const auto leaf = static_cast<unsigned>(r[REG_RAX]);
   unsigned a, b, c, d;
-  __cpuid_count(static_cast<unsigned>(r[REG_RAX]), static_cast<unsigned>(r[REG_RCX]), a, b, c, d);
-  if (r[REG_RAX] == 1) {
-    c &= ~unsigned{bit_SSE4_1 | bit_SSE4_2 | bit_AVX};
+  __cpuid_count(leaf, static_cast<unsigned>(r[REG_RCX]), a, b, c, d);
+  if (leaf == 1 && !sse41_allowed) {
+    c &= ~static_cast<unsigned>(bit_SSE4_1 | bit_SSE4_2 | bit_AVX);
   }
   r[REG_RAX] = a;
   r[REG_RBX] = b;
@@ -158,17 +161,19 @@ void answer_cpuid(int, siginfo_t*, void* context) {
   r[REG_RDX] = d;
 }
 
-void deny_sse41(uint8_t* code, size_t size) {
+void trap_cpuid(const loaded_image& image) {
   static constexpr uint8_t kCpuid[] = {0x0f, 0xa2}, kTrap[] = {0xcc, 0x90};
-  uint8_t* const end = code + size;
-  uint8_t* found = std::search(code, end, std::begin(kCpuid), std::end(kCpuid));
+  uint8_t* const end = image.code + image.code_size;
+  uint8_t* found = std::search(image.code, end, std::begin(kCpuid), std::end(kCpuid));
   if (found == end || std::search(found + 1, end, std::begin(kCpuid), std::end(kCpuid)) != end) {
     give_up("not exactly one cpuid instruction in the image");
   }
+  mprotect(image.code, image.code_size, PROT_READ | PROT_WRITE);
   memcpy(found, kTrap, sizeof kTrap);
+  mprotect(image.code, image.code_size, PROT_READ | PROT_EXEC);
   struct sigaction action = {};
   action.sa_sigaction = answer_cpuid;
-  action.sa_flags = SA_SIGINFO;
+  action.sa_flags = SA_SIGINFO | SA_ONSTACK;
   sigaction(SIGTRAP, &action, nullptr);
 }
 
@@ -274,19 +279,32 @@ kernel_image_run_call:
 )");
 
 // 24 KB between two guard pages. The page above them stands for the callers' frames: an overrun writes upwards.
+// Signals that arrive during a call are handled on a stack of their own.
 struct guarded_stack {
+  static constexpr size_t kSignalBytes = 64 * 1024;
+  static constexpr size_t kAll = kPage + kStackBytes + kPage + kPage + kSignalBytes;
   uint8_t* low;
 
   guarded_stack() {
-    constexpr size_t kAll = kPage + kStackBytes + kPage + kPage;
     void* room = mmap(nullptr, kAll, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     low = static_cast<uint8_t*>(room) + kPage;
-    if (room == MAP_FAILED || mprotect(low, kStackBytes + kPage, PROT_READ | PROT_WRITE) != 0) {
+    uint8_t* const signals = low + kStackBytes + kPage + kPage;
+    if (room == MAP_FAILED || mprotect(low, kStackBytes + kPage, PROT_READ | PROT_WRITE) != 0 ||
+        mprotect(signals, kSignalBytes, PROT_READ | PROT_WRITE) != 0) {
       give_up("no memory for a stack");
     }
     memset(low, kPaint, kStackBytes);
+    stack_t description = {};
+    description.ss_sp = signals;
+    description.ss_size = kSignalBytes;
+    sigaltstack(&description, nullptr);
   }
-  ~guarded_stack() { munmap(low - kPage, kPage + kStackBytes + kPage + kPage); }
+  ~guarded_stack() {
+    stack_t none = {};
+    none.ss_flags = SS_DISABLE;
+    sigaltstack(&none, nullptr);
+    munmap(low - kPage, kAll);
+  }
 };
 thread_local guarded_stack call_stack;
 thread_local deepest_stack depth_so_far;
@@ -306,7 +324,16 @@ size_t used_stack() {
 
 }  // namespace
 
-loaded_image load(const std::string& path, level level) {
+void allow_sse41(const loaded_image& image, bool allowed) {
+  static bool trapped = false;
+  if (!allowed && !trapped) {
+    trap_cpuid(image);
+    trapped = true;
+  }
+  sse41_allowed = allowed;
+}
+
+loaded_image load(const std::string& path) {
   const file_view f = open_image(path);
   loaded_image image;
   image.path = path;
@@ -344,8 +371,12 @@ loaded_image load(const std::string& path, level level) {
   mprotect(image.base, kPage, PROT_READ);
   uint8_t* data_end = nullptr;
   for (const section& s : sections) {
-    if (level == level::sse2 && (s.protection & PROT_EXEC) != 0) {
-      deny_sse41(s.start, s.size);
+    if ((s.protection & PROT_EXEC) != 0) {
+      if (image.code != nullptr) {
+        give_up("more than one section with code");
+      }
+      image.code = s.start;
+      image.code_size = s.size;
     }
     if ((s.protection & PROT_WRITE) != 0) {
       image.data = image.data == nullptr ? s.start : image.data;

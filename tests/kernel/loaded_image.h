@@ -22,21 +22,24 @@ namespace kernel_image {
 constexpr size_t kStackBytes = 24 * 1024;
 constexpr size_t kStackLimit = 4096;  // what an export may take of it
 
-enum class level { best, sse2 };
-
 struct loaded_image {
   std::string path;
   uint8_t* base = nullptr;
   size_t size = 0;
+  uint8_t* code = nullptr;
+  size_t code_size = 0;
   uint8_t* data = nullptr;  // the writable sections, from the first to the end of the last
   size_t data_size = 0;
   std::map<std::string, void*> exports;
   std::vector<std::string> imports;
 };
 
-// Maps the file. With level::sse2 the image's one cpuid instruction is made to deny SSE4.1.
-// Ends the process with a message if the file is not as expected.
-loaded_image load(const std::string& path, level level);
+// Maps the file. Ends the process with a message if the file is not as expected.
+loaded_image load(const std::string& path);
+
+// Whether the image's one cpuid instruction, executed when an instance is claimed, tells of SSE4.1 as the processor
+// does, or denies it. The first denial replaces that instruction by a trap; until then the image is as it came.
+void allow_sse41(const loaded_image& image, bool allowed);
 
 // Calls a function of the image. Up to 14 integer or pointer arguments.
 uint64_t call(const char* name, void* function, const std::vector<uint64_t>& arguments);
