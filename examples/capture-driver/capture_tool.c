@@ -22,6 +22,24 @@ static int failed(const char* what) {
   return 1;
 }
 
+/* Windows starts a driver before StartService returns; Wine may still be at it. */
+static BOOL wait_until_running(SC_HANDLE service) {
+  SERVICE_STATUS status;
+  int tries;
+  for (tries = 0; tries < 500 && QueryServiceStatus(service, &status); ++tries) {
+    if (status.dwCurrentState == SERVICE_RUNNING) {
+      return TRUE;
+    }
+    if (status.dwCurrentState == SERVICE_STOPPED && status.dwWin32ExitCode != NO_ERROR) {
+      SetLastError(status.dwWin32ExitCode);
+      return FALSE;
+    }
+    Sleep(20);
+  }
+  SetLastError(ERROR_SERVICE_REQUEST_TIMEOUT);
+  return FALSE;
+}
+
 static int start(const char* driver) {
   char path[MAX_PATH];
   SC_HANDLE manager = OpenSCManagerA(NULL, NULL, SC_MANAGER_ALL_ACCESS);
@@ -42,7 +60,7 @@ static int start(const char* driver) {
   if (service == NULL) {
     return failed("cannot make the service");
   }
-  if (!StartServiceA(service, 0, NULL)) {
+  if (!StartServiceA(service, 0, NULL) || !wait_until_running(service)) {
     result = failed("cannot start the driver");
     DeleteService(service);
   }

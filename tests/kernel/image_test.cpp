@@ -11,6 +11,8 @@
 #include "level.h"
 #include "ppl.h"
 
+extern "C" void ppl_clear_pool();
+
 namespace {
 
 using kernel_image::image;
@@ -21,27 +23,27 @@ uint64_t call(const char* name, const std::vector<uint64_t>& arguments = {}) {
   return kernel_image::call(name, image().exports.at(name), arguments);
 }
 
-// Where the image keeps its guard, while it still has its start value.
-const uint64_t* find_guard() {
-  const uint64_t* found = nullptr;
-  for (size_t at = 0; at + 8 <= image().data_size; at += 8) {
-    const auto* word = reinterpret_cast<const uint64_t*>(image().data + at);
-    if (*word == kStartGuard) {
-      EXPECT_EQ(found, nullptr) << "the start value stands twice in the data";
-      found = word;
+class KernelImage : public testing::Test {
+ protected:
+  // Finds where the image keeps its guard, before a load entry changes it.
+  static void SetUpTestSuite() {
+    for (size_t at = 0; at + 8 <= image().data_size; at += 8) {
+      const auto* word = reinterpret_cast<const uint64_t*>(image().data + at);
+      if (*word == kStartGuard) {
+        ASSERT_EQ(guard, nullptr) << "the start value stands twice in the data";
+        guard = word;
+      }
     }
+    ASSERT_NE(guard, nullptr) << "the start value stands nowhere in the data";
   }
-  return found;
-}
+  // Gives back what a test has claimed.
+  void TearDown() override { ppl_clear_pool(); }
 
-TEST(KernelImage, ExportsEveryFunctionAndTheLoadEntries) {
-  EXPECT_EQ(image().exports.size(), 270u);
-  EXPECT_EQ(image().exports.count("DllInitialize"), 1u);
-  EXPECT_EQ(image().exports.count("DllUnload"), 1u);
-  EXPECT_EQ(image().imports, std::vector<std::string>{"ntoskrnl.exe:KeBugCheckEx"});
-}
+  static inline const uint64_t* guard = nullptr;
+};
 
-TEST(KernelImage, IsRightWithoutItsLoadEntry) {
+// First: after it the load entry has been called.
+TEST_F(KernelImage, IsRightWithoutItsLoadEntry) {
   std::vector<ppl_context*> all;
   for (int i = 0; i < 8; ++i) {
     all.push_back(ppl_init());
@@ -54,7 +56,14 @@ TEST(KernelImage, IsRightWithoutItsLoadEntry) {
   EXPECT_EQ(ppl_init(), all[3]);
 }
 
-TEST(KernelImage, LoadEntryClearsThePool) {
+TEST_F(KernelImage, ExportsEveryFunctionAndTheLoadEntries) {
+  EXPECT_EQ(image().exports.size(), 270u);
+  EXPECT_EQ(image().exports.count("DllInitialize"), 1u);
+  EXPECT_EQ(image().exports.count("DllUnload"), 1u);
+  EXPECT_EQ(image().imports, std::vector<std::string>{"ntoskrnl.exe:KeBugCheckEx"});
+}
+
+TEST_F(KernelImage, LoadEntryClearsThePool) {
   alignas(64) static uint8_t raw[64 * 48], picture[64 * 48 * 3 / 2];
   ppl_context* first = ppl_init();
   ASSERT_NE(first, nullptr);
@@ -72,9 +81,7 @@ TEST(KernelImage, LoadEntryClearsThePool) {
   EXPECT_EQ(ppl_init(), nullptr);
 }
 
-TEST(KernelImage, LoadEntrySeedsTheGuard) {
-  const uint64_t* guard = find_guard();
-  ASSERT_NE(guard, nullptr);
+TEST_F(KernelImage, LoadEntrySeedsTheGuard) {
   std::vector<uint64_t> seen{*guard};
   for (int i = 0; i < 4; ++i) {
     call("DllInitialize", {0});
@@ -86,7 +93,7 @@ TEST(KernelImage, LoadEntrySeedsTheGuard) {
   }
 }
 
-TEST(KernelImage, UnloadAnswersSuccess) {
+TEST_F(KernelImage, UnloadAnswersSuccess) {
   EXPECT_EQ(static_cast<int32_t>(call("DllUnload")), 0);
 }
 
@@ -140,9 +147,7 @@ bool frame_stops_system(uint32_t quality, bool harm, kernel_image::bug_check* re
   return stopped;
 }
 
-TEST(KernelImage, OverrunEndsInABugCheck) {
-  const uint64_t* guard = find_guard();
-  ASSERT_NE(guard, nullptr);
+TEST_F(KernelImage, OverrunEndsInABugCheck) {
   // At the start value and at a seeded one.
   for (int round = 0; round < 2; ++round) {
     guard_value = *guard;
