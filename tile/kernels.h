@@ -121,11 +121,14 @@ struct mosaic_edge_args {
 // tile/chroma_smoothing.h: rows r - 1 .. r + 1
 struct smooth_args {
   const uint8_t* chroma[3];
+  uint8_t *u_sums, *v_sums;  // row storage of width + 4 bytes, for the sums of three rows
   uint8_t* out;
   int32_t width;
 };
 
 struct tile_kernels {
+  // Once per frame, before its first row pair: whatever the level keeps of the tone curve.
+  void (*prepare_tone)(ppl_context& context, const uint8_t* tone);
   void (*front_end)(const front_end_args&);
   void (*statistics)(const statistics_args&);
   void (*median)(const median_args&);

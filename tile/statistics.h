@@ -29,24 +29,46 @@ PPL_INLINE vec16 sampled(const uint8_t* earlier, const uint8_t* current) {
   return e | c;
 }
 
+// Sums over the group's cells, two 64-bit lanes each: (B, Gb) and (Gr, R).
 struct sums {
-  uint32_t even_low, even_high, odd_low, odd_high;  // B, Gb, Gr, R
+  vec16 b_gb, gr_r;
 };
 
-PPL_INLINE uint32_t horizontal(vec16 lanes) {
-  const __m128i s = sad_u8(lanes, zero<vec16>()).v;
-  return static_cast<uint32_t>(_mm_cvtsi128_si32(s)) +
-         static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_unpackhi_epi64(s, s)));
+// The low bytes of the words to the lower half, the high ones to the upper: one sum of eight bytes for each.
+PPL_INLINE vec16 sum_by_place(vec16 words) {
+  return sad_u8(pack_u8(even(words), odd(words)), zero<vec16>());
 }
-
 PPL_INLINE sums sum(cells c) {
-  return {horizontal(even(c.even_row)), horizontal(odd(c.even_row)), horizontal(even(c.odd_row)),
-          horizontal(odd(c.odd_row))};
+  return {sum_by_place(c.even_row), sum_by_place(c.odd_row)};
+}
+PPL_INLINE sums operator+(sums a, sums b) {
+  return {add64(a.b_gb, b.b_gb), add64(a.gr_r, b.gr_r)};
 }
 
-PPL_INLINE uint32_t count(mask16<16> m) {
-  return (horizontal(to_vec(m)) + 16) >> 9;  // a passing lane counts 510
+PPL_INLINE uint32_t low(vec16 v) {
+  return static_cast<uint32_t>(_mm_cvtsi128_si32(v.v));
 }
+PPL_INLINE uint32_t high(vec16 v) {
+  return low({_mm_unpackhi_epi64(v.v, v.v)});
+}
+PPL_INLINE void add_to(rgb32& total, sums s) {
+  total.r += high(s.gr_r);
+  total.g += high(s.b_gb) + low(s.gr_r);
+  total.b += low(s.b_gb);
+}
+
+// Passing cells counted in 16-bit lanes; a row has far fewer groups than a lane can count.
+PPL_INLINE uint32_t total_of(vec16 counts) {
+  const vec16 pairs = madd16(counts, set16<vec16>(1));
+  const __m128i halves = _mm_add_epi32(pairs.v, _mm_srli_si128(pairs.v, 8));
+  return static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_add_epi32(halves, _mm_srli_si128(halves, 4))));
+}
+
+// What one row pair adds, kept in registers until its end.
+struct row_totals {
+  sums qual, qAE;
+  vec16 qual_cells, qAE_cells;
+};
 
 PPL_INLINE mask16<16> between(vec16 x, const vec_i16& low, const vec_i16& high) {
   return gt_s16(x, load<vec16>(&low)) & gt_s16(load<vec16>(&high), x);
@@ -58,7 +80,7 @@ PPL_INLINE mask16<16> within(vec16 x, const vec_i16& minimum, const vec_i16& spa
   return eq16(subs_u8(above, load<vec16>(&span)), zero<vec16>());
 }
 
-PPL_INLINE void qual_step(ppl_context& c, cells s) {
+PPL_INLINE void qual_step(ppl_context& c, row_totals& total, cells s) {
   const vec16 dbg = sub16(even(s.even_row), odd(s.even_row));
   const vec16 dgr = sub16(even(s.odd_row), odd(s.odd_row));
   const mask16<16> pass =
@@ -67,14 +89,12 @@ PPL_INLINE void qual_step(ppl_context& c, cells s) {
       between(add16(dbg, dgr), c.qual_sum_low, c.qual_sum_high) &
       between(sub16(dbg, dgr), c.qual_diff_low, c.qual_diff_high);
   const sums t = sum({keep(pass, s.even_row), keep(pass, s.odd_row)});
-  c.qual_count += count(pass);
-  c.qual_means.r += t.odd_high;
-  c.qual_means.g += t.even_high + t.odd_low;
-  c.qual_means.b += t.even_low;
-  c.r_histogram[t.odd_high >> 3] += 8;
-  c.g_histogram[t.even_high >> 3] += 8;
-  c.g_histogram[t.odd_low >> 3] += 8;
-  c.b_histogram[t.even_low >> 3] += 8;
+  total.qual_cells = sub16(total.qual_cells, to_vec(pass));
+  total.qual = total.qual + t;
+  c.r_histogram[high(t.gr_r) >> 3] += 8;
+  c.g_histogram[high(t.b_gb) >> 3] += 8;
+  c.g_histogram[low(t.gr_r) >> 3] += 8;
+  c.b_histogram[low(t.b_gb) >> 3] += 8;
 }
 
 // A cell is rejected if all four samples are below a minimum above 0, or all four above a maximum below 255.
@@ -91,50 +111,72 @@ PPL_INLINE mask16<16> qAE_pass(const ppl_context& c, cells s) {
   return without(to_mask16(all), (low & low_on) | (high & high_on));
 }
 
-PPL_INLINE void add_plain(rgb32& cell, sums t) {
-  cell.r += t.odd_high;
-  cell.g += t.even_high + t.odd_low;
-  cell.b += t.even_low;
-}
-
-PPL_INLINE void qAE_step(ppl_context& c, cells s, rgb32& cell) {
+PPL_INLINE void qAE_step(const ppl_context& c, row_totals& total, cells s) {
   const mask16<16> pass = qAE_pass(c, s);
-  const sums all = sum(s);
-  const sums t = sum({keep(pass, s.even_row), keep(pass, s.odd_row)});
-  c.qAE_count += count(pass);
-  add_plain(c.qAE_means, t);
-  add_plain(cell, all);
+  total.qAE_cells = sub16(total.qAE_cells, to_vec(pass));
+  total.qAE = total.qAE + sum({keep(pass, s.even_row), keep(pass, s.odd_row)});
 }
 
-PPL_INLINE rgb32& cell_of(ppl_context& c, int row_pair, int tile) {
-  if (row_pair < c.grid_row_pairs && tile < c.grid_tiles)
-    return c.sub_window_means[kGridColumns * (row_pair / c.cell_row_pairs) + tile / c.cell_tiles];
-  return c.sub_window_means[kCells];
-}
+// The cells along a row pair, tile by tile from left to right.
+struct cell_walk {
+  ppl_context& c;
+  rgb32* cell;   // of the current tile
+  int end_tile;  // where it ends
+  bool in_grid;
+
+  cell_walk(ppl_context& context, int row_pair)
+      : c(context), cell(outside_cell(&context)), end_tile(0), in_grid(false) {
+    if (row_pair >= c.grid_row_pairs || c.grid_tiles == 0) return;
+    in_grid = true;
+    cell = &c.sub_window_means[kGridColumns * (row_pair / c.cell_row_pairs)];
+    end_tile = c.cell_tiles;
+  }
+  rgb32* at(int tile) {
+    if (!in_grid) return cell;
+    if (tile >= c.grid_tiles) return outside_cell(&c);
+    for (; tile >= end_tile; end_tile += c.cell_tiles) ++cell;
+    return cell;
+  }
+};
 
 }  // namespace statistics_detail
 
 static void statistics(const statistics_args& a) {
   using namespace statistics_detail;
   ppl_context& c = *a.context;
+  const bool full = a.black_even != nullptr;
+  const vec16 none = zero<vec16>();
+  row_totals total = {{none, none}, {none, none}, none, none};
+  sums plain = {none, none};  // of the cell that the walk is in
+  cell_walk walk(c, a.row_pair);
+  rgb32* cell = walk.at(1);
   for (int t = 1; t <= a.last_tile; t += 2) {
     const int now = (t + a.tile_lead) * kTile, before = now - kTile;
-    if (a.black_even != nullptr) {
+    if (full) {
       const bool first = t == 1;
       const uint8_t* left_even = first ? c.leftovers.stat_even_row.lane : a.black_even + before;
       const uint8_t* left_odd = first ? c.leftovers.stat_odd_row.lane : a.black_odd + before;
-      qual_step(c, {sampled(left_even, a.black_even + now), sampled(left_odd, a.black_odd + now)});
+      qual_step(c, total, {sampled(left_even, a.black_even + now), sampled(left_odd, a.black_odd + now)});
     }
     const cells s = {sampled(a.tone_even + before, a.value_even + now),
                      sampled(a.tone_odd + before, a.value_odd + now)};
-    rgb32& cell = cell_of(c, a.row_pair, t);
-    if (a.black_even != nullptr)
-      qAE_step(c, s, cell);
-    else
-      add_plain(cell, sum(s));
+    if (full) qAE_step(c, total, s);
+    rgb32* const now_in = walk.at(t);
+    if (now_in != cell) {
+      add_to(*cell, plain);
+      plain = {none, none};
+      cell = now_in;
+    }
+    plain = plain + sum(s);
   }
+  add_to(*cell, plain);
+  if (!full) return;
+  add_to(c.qual_means, total.qual);
+  add_to(c.qAE_means, total.qAE);
+  c.qual_count += total_of(total.qual_cells);
+  c.qAE_count += total_of(total.qAE_cells);
   const int last_even = a.last_tile & ~1;
-  if (a.black_even != nullptr && last_even >= 2) {
+  if (last_even >= 2) {
     const int x = (last_even + a.tile_lead) * kTile;
     store(c.leftovers.stat_even_row.lane, loadu<vec16>(a.black_even + x));
     store(c.leftovers.stat_odd_row.lane, loadu<vec16>(a.black_odd + x));

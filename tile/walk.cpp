@@ -44,7 +44,7 @@ enum scratch_row {
 };
 constexpr int kScratchPitch = 2048 + 64;
 constexpr int kLensScratch = (kColour0 + 4) * kScratchPitch;  // two rows of factors
-static_assert(64 + kLensScratch + 2 * 2 * 2048 <= kScratchBytes);
+static_assert(64 + kLensScratch + 2 * 2 * 2048 <= kScratchBytes - kOutputScratch);
 
 uint8_t* scratch_row_at(const walk& w, int row) {
   return w.context->scratch + 64 + row * kScratchPitch;
@@ -290,7 +290,11 @@ void edge_stage(walk& w, int first) {
 void smooth_stage(walk& w, int first) {
   for (int r = first; r < first + 2; ++r) {
     if (!w.inside(r) || ((r & 1) != 0 && !w.chroma_in_odd_rows)) continue;
-    smooth_args a = {.chroma = {}, .out = w.row(kChromaOut, r), .width = w.width};
+    smooth_args a = {.chroma = {},
+                     .u_sums = scratch_row_at(w, kValueEven),
+                     .v_sums = scratch_row_at(w, kValueOdd),
+                     .out = w.row(kChromaOut, r),
+                     .width = w.width};
     for (int i = 0; i < 3; ++i) a.chroma[i] = w.row(kChromaNf, r - 1 + i);
     w.kernels->smooth(a);
   }
@@ -453,8 +457,9 @@ void run_tile_path(const frame_job& job) {
   const bool rgb = job.format == out_format::rgb24 || job.format == out_format::rgb32;
   w.three_planes = rgb && !path->noise_filter;
   w.chroma_in_odd_rows = job.format != out_format::i420;
-  w.writer = make_writer(job, path->quality);
+  w.writer = make_writer(job, path->bottom);
   load_matrix(w);
+  w.kernels->prepare_tone(*c, c->rgb_gamma_table);
   prepare_flat_colours(w);
   plan_stages(w);
 
