@@ -23,6 +23,7 @@ TABLE = re.compile(r"(?:sse2|sse41)\d+(?:tile|bulk|output|convert|scaler)_tableE
 POINTERS = [
     (r"run_tile_path", r"ERNS_4walkEi"),
     (r"output_stage", r"ERNS_13output_writerEiRKNS_13finished_rowsE"),
+    (r"run_bulk_path", r"ERKNS0_10bulk_frameERKNS0_8row_sinkEi"),
     (r"run_raw_path|draw_top_down|draw_bottom_up", r"PKhRKNS0_4spanE"),
 ]
 

@@ -106,16 +106,17 @@ uint64_t guard_value;
 int guards_hit;
 
 void overrun(int, siginfo_t* info, void*) {
-  auto* const at = static_cast<uint8_t*>(info->si_addr);
-  if (at < closed_page || at >= closed_page + 4096) {
+  auto* const fault = static_cast<uint8_t*>(info->si_addr);
+  if (fault < closed_page || fault >= closed_page + 4096) {
     signal(SIGSEGV, SIG_DFL);
     return;
   }
-  auto* word = reinterpret_cast<uint64_t*>(kernel_image::stack());
-  auto* const top = word + kernel_image::kStackBytes / 8;
-  for (; word < top; ++word) {
-    // The guard is stored as it is, or mixed with the frame's address.
-    if (*word == guard_value) {
+  // The guard is stored as it is (GCC) or mixed with the stack pointer (clang).
+  const auto low = reinterpret_cast<uint64_t>(kernel_image::stack());
+  for (uint64_t at = low; at < low + kernel_image::kStackBytes; at += 8) {
+    auto* const word = reinterpret_cast<uint64_t*>(at);
+    const uint64_t mixed_with = *word ^ guard_value;
+    if (mixed_with == 0 || mixed_with - low < kernel_image::kStackBytes) {
       *word = 0x4141414141414141;
       ++guards_hit;
     }
