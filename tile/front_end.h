@@ -37,7 +37,7 @@ PPL_INLINE void balance_green(V& even_row, V& odd_row, V threshold) {
   odd_row = select(near, even_odd(odd(mean), odd_row), odd_row);
 }
 
-PPL_INLINE void look_up_rows(const front_end_args& a, const uint8_t* even_row, const uint8_t* odd_row) {
+PPL_INLINE void look_up_rows(const front_end_args a, const uint8_t* even_row, const uint8_t* odd_row) {
   look_up_row(a.context->site_tables[0], even_row, a.row_even, a.frame_even, a.width);
   look_up_row(a.context->site_tables[1], odd_row, a.row_odd, a.frame_odd, a.width);
 }
@@ -46,9 +46,14 @@ PPL_INLINE void look_up_rows(const front_end_args& a, const uint8_t* even_row, c
 
 // Up to the green balance, and what statistics keep; at levels with the curve in registers all of it.
 template <bool kLens, bool kGreen>
-static void front_end_rows(const front_end_args& a) {
+static void front_end_rows(const front_end_args& args) {
   using namespace front_end_detail;
+  const front_end_args a = args;
   const ppl_context& c = *a.context;
+  const vec_i16 green_threshold = c.GbGr_diff_plus;
+  const vec_u8 black_b_gb = c.black_b_gb, black_gr_r = c.black_gr_r;
+  const vec_i16 gain_b_g = c.gain_b_g, gain_g_r = c.gain_g_r, delta_b_g = c.delta_b_g,
+                delta_g_r = c.delta_g_r;
   const tone_curve tone(a.tone);
   walk_exact(a.width, [&]<class V>(int x) {
     V e = loadu<V>(a.source_even + x), o = loadu<V>(a.source_odd + x);
@@ -56,25 +61,21 @@ static void front_end_rows(const front_end_args& a) {
       e = lens(e, a.lens_even + x);
       o = lens(o, a.lens_odd + x);
     }
-    if constexpr (kGreen) balance_green(e, o, repeat16<V>(&c.GbGr_diff_plus));
+    if constexpr (kGreen) balance_green(e, o, repeat16<V>(&green_threshold));
     if constexpr (!kToneInRegisters) {
       store(a.row_even + x, e);
       store(a.row_odd + x, o);
     }
-    if (!kToneInRegisters && a.value_even == nullptr) return;
-    e = subs_u8(e, repeat16<V>(&c.black_b_gb));
-    o = subs_u8(o, repeat16<V>(&c.black_gr_r));
+    if (!kToneInRegisters && a.black_even == nullptr) return;
+    e = subs_u8(e, repeat16<V>(&black_b_gb));
+    o = subs_u8(o, repeat16<V>(&black_gr_r));
     if (a.black_even != nullptr) {
       store(a.black_even + x, e);
       store(a.black_odd + x, o);
     }
-    e = white_balance<V>(c.gain_b_g, c.delta_b_g)(e);
-    o = white_balance<V>(c.gain_g_r, c.delta_g_r)(o);
-    if (a.value_even != nullptr) {
-      store(a.value_even + x, e);
-      store(a.value_odd + x, o);
-    }
     if constexpr (kToneInRegisters) {
+      e = white_balance<V>(gain_b_g, delta_b_g)(e);
+      o = white_balance<V>(gain_g_r, delta_g_r)(o);
       e = tone(e);
       o = tone(o);
       if (a.frame_even != nullptr) {
@@ -94,7 +95,7 @@ static void front_end(const front_end_args& a) {
     green ? front_end_rows<true, true>(a) : front_end_rows<true, false>(a);
   else if (green)
     front_end_rows<false, true>(a);
-  else if (kToneInRegisters || a.value_even != nullptr)
+  else if (kToneInRegisters || a.black_even != nullptr)
     front_end_rows<false, false>(a);
   else
     front_end_detail::look_up_rows(a, a.source_even, a.source_odd);
