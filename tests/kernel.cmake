@@ -87,8 +87,6 @@ function(ppl_image_test name)
 endfunction()
 ppl_image_test(digests_bayer vectors_bayer.cpp slots_reference.cpp slots_library.cpp)
 ppl_image_test(compare_bayer compare_bayer.cpp slots_reference.cpp slots_library.cpp)
-ppl_image_test(digests_convert vectors_convert.cpp)
-ppl_image_test(compare_convert compare_convert.cpp)
 
 add_executable(kernel_capture_pictures ${here}/capture_pictures.cpp)
 target_link_libraries(kernel_capture_pictures PRIVATE ppl_static)
