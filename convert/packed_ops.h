@@ -1,0 +1,315 @@
+// Vector operations of packed 4:2:2 and RGB24, on top of the general ones. For *_kernels.cpp only.
+#pragma once
+
+#include "convert/convert_kernels.h"
+#include "tile/simd.h"
+
+namespace ppl::PPL_LEVEL {
+
+// ---- 4:2:2 words
+
+// Luma (chroma) of each word as an unsigned 16-bit lane.
+template <layout L, class V>
+PPL_INLINE V luma16(V a) {
+  return L == layout::yuyv ? even(a) : odd(a);
+}
+template <layout L, class V>
+PPL_INLINE V chroma16(V a) {
+  return L == layout::yuyv ? odd(a) : even(a);
+}
+// The luma bytes of one and the chroma bytes of the other.
+template <layout L, class V>
+PPL_INLINE V with_chroma(V luma, V chroma) {
+  return L == layout::yuyv ? even_odd(luma, chroma) : even_odd(chroma, luma);
+}
+template <class V>
+PPL_INLINE V swap_bytes(V a) {
+  return sll16<8>(a) | srl16<8>(a);
+}
+
+// Luma (chroma) bytes of a, then of b.
+template <layout L, class V>
+PPL_INLINE V luma_bytes(V a, V b) {
+  return L == layout::yuyv ? even_bytes(a, b) : odd_bytes(a, b);
+}
+// U and V of 2 * V::size pixels: four vectors of packed words.
+template <layout L>
+PPL_INLINE void split_chroma(const vec<16> (&a)[4], vec<16>& u, vec<16>& v) {
+  const vec<16> x = pack_u8(chroma16<L>(a[0]), chroma16<L>(a[1]));
+  const vec<16> y = pack_u8(chroma16<L>(a[2]), chroma16<L>(a[3]));
+  u = even_bytes(x, y);
+  v = odd_bytes(x, y);
+}
+PPL_INLINE void store_half(uint8_t* out, vec<16> a) {
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(out), a.v);
+}
+#if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
+// Packing twice within 128 bits leaves 32-bit lanes in the order 0 2 4 6, 1 3 5 7.
+template <layout L>
+PPL_INLINE void split_chroma(const vec<32> (&a)[4], vec<32>& u, vec<32>& v) {
+  const vec<32> x = {_mm256_packus_epi16(chroma16<L>(a[0]).v, chroma16<L>(a[1]).v)};
+  const vec<32> y = {_mm256_packus_epi16(chroma16<L>(a[2]).v, chroma16<L>(a[3]).v)};
+  const __m256i order = _mm256_set_epi32(7, 3, 6, 2, 5, 1, 4, 0);
+  u.v = _mm256_permutevar8x32_epi32(_mm256_packus_epi16(even(x).v, even(y).v), order);
+  v.v = _mm256_permutevar8x32_epi32(_mm256_packus_epi16(odd(x).v, odd(y).v), order);
+}
+#endif
+#if defined(PPL_LEVEL_avx512)
+struct byte_order {
+  alignas(64) uint8_t at[64];
+};
+constexpr byte_order every_second_byte(int from) {
+  byte_order t = {};
+  for (int i = 0; i < 64; i++) t.at[i] = static_cast<uint8_t>(2 * i + from);
+  return t;
+}
+template <int From>
+PPL_INLINE vec<64> pick_bytes(vec<64> a, vec<64> b) {
+  static constexpr byte_order order = every_second_byte(From);
+  return {_mm512_permutex2var_epi8(a.v, load<vec<64>>(order.at).v, b.v)};
+}
+template <layout L>
+PPL_INLINE vec<64> luma_bytes(vec<64> a, vec<64> b) {
+  return pick_bytes < L == layout::yuyv ? 0 : 1 > (a, b);
+}
+template <layout L>
+PPL_INLINE void split_chroma(const vec<64> (&a)[4], vec<64>& u, vec<64>& v) {
+  constexpr int chroma = L == layout::yuyv ? 1 : 0;
+  const vec<64> x = pick_bytes<chroma>(a[0], a[1]), y = pick_bytes<chroma>(a[2], a[3]);
+  u = pick_bytes<0>(x, y);
+  v = pick_bytes<1>(x, y);
+}
+#endif
+
+// ---- 32-bit lanes in memory order
+
+// The even (odd) 32-bit lanes of a, then those of b.
+PPL_INLINE vec<16> even32(vec<16> a, vec<16> b) {
+  return {_mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.v), _mm_castsi128_ps(b.v), 0x88))};
+}
+PPL_INLINE vec<16> odd32(vec<16> a, vec<16> b) {
+  return {_mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.v), _mm_castsi128_ps(b.v), 0xdd))};
+}
+PPL_INLINE void interleave32(vec<16> a, vec<16> b, vec<16>& first, vec<16>& second) {
+  first.v = _mm_unpacklo_epi32(a.v, b.v);
+  second.v = _mm_unpackhi_epi32(a.v, b.v);
+}
+// The macropixels one further on; the last one twice.
+PPL_INLINE vec<16> next_macropixels(vec<16> a) {
+  return {_mm_shuffle_epi32(a.v, 0xf9)};
+}
+
+#if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
+PPL_INLINE vec<32> even32(vec<32> a, vec<32> b) {
+  const __m256 x = _mm256_shuffle_ps(_mm256_castsi256_ps(a.v), _mm256_castsi256_ps(b.v), 0x88);
+  return {_mm256_permute4x64_epi64(_mm256_castps_si256(x), 0xd8)};
+}
+PPL_INLINE vec<32> odd32(vec<32> a, vec<32> b) {
+  const __m256 x = _mm256_shuffle_ps(_mm256_castsi256_ps(a.v), _mm256_castsi256_ps(b.v), 0xdd);
+  return {_mm256_permute4x64_epi64(_mm256_castps_si256(x), 0xd8)};
+}
+PPL_INLINE void interleave32(vec<32> a, vec<32> b, vec<32>& first, vec<32>& second) {
+  const __m256i lo = _mm256_unpacklo_epi32(a.v, b.v), hi = _mm256_unpackhi_epi32(a.v, b.v);
+  first.v = _mm256_permute2x128_si256(lo, hi, 0x20);
+  second.v = _mm256_permute2x128_si256(lo, hi, 0x31);
+}
+#endif
+
+#if defined(PPL_LEVEL_avx512)
+PPL_INLINE vec<64> even32(vec<64> a, vec<64> b) {
+  const __m512i at = _mm512_set_epi32(30, 28, 26, 24, 22, 20, 18, 16, 14, 12, 10, 8, 6, 4, 2, 0);
+  return {_mm512_permutex2var_epi32(a.v, at, b.v)};
+}
+PPL_INLINE vec<64> odd32(vec<64> a, vec<64> b) {
+  const __m512i at = _mm512_set_epi32(31, 29, 27, 25, 23, 21, 19, 17, 15, 13, 11, 9, 7, 5, 3, 1);
+  return {_mm512_permutex2var_epi32(a.v, at, b.v)};
+}
+PPL_INLINE void interleave32(vec<64> a, vec<64> b, vec<64>& first, vec<64>& second) {
+  const __m512i lo = _mm512_set_epi32(23, 7, 22, 6, 21, 5, 20, 4, 19, 3, 18, 2, 17, 1, 16, 0);
+  const __m512i hi = _mm512_set_epi32(31, 15, 30, 14, 29, 13, 28, 12, 27, 11, 26, 10, 25, 9, 24, 8);
+  first.v = _mm512_permutex2var_epi32(a.v, lo, b.v);
+  second.v = _mm512_permutex2var_epi32(a.v, hi, b.v);
+}
+#endif
+
+// ---- RGB24
+
+#ifdef __SSSE3__
+// Sums of two products, bytes of u unsigned and of s signed, to saturated 16-bit lanes; bytes picked within each 16.
+PPL_INLINE vec<16> madd8(vec<16> u, vec<16> s) {
+  return {_mm_maddubs_epi16(u.v, s.v)};
+}
+PPL_INLINE vec<16> shuffle8(vec<16> a, vec<16> at) {
+  return {_mm_shuffle_epi8(a.v, at.v)};
+}
+#if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
+PPL_INLINE vec<32> madd8(vec<32> u, vec<32> s) {
+  return {_mm256_maddubs_epi16(u.v, s.v)};
+}
+PPL_INLINE vec<32> shuffle8(vec<32> a, vec<32> at) {
+  return {_mm256_shuffle_epi8(a.v, at.v)};
+}
+#endif
+#if defined(PPL_LEVEL_avx512)
+PPL_INLINE vec<64> madd8(vec<64> u, vec<64> s) {
+  return {_mm512_maddubs_epi16(u.v, s.v)};
+}
+PPL_INLINE vec<64> shuffle8(vec<64> a, vec<64> at) {
+  return {_mm512_shuffle_epi8(a.v, at.v)};
+}
+#endif
+#else
+// Each 32-bit lane with its low (high) 16-bit lane in both places.
+PPL_INLINE vec<16> repeat_low16(vec<16> a) {
+  return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(a.v, 0xa0), 0xa0)};
+}
+PPL_INLINE vec<16> repeat_high16(vec<16> a) {
+  return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(a.v, 0xf5), 0xf5)};
+}
+#endif
+
+// V::size / 2 pixels, their colours in signed 16-bit lanes, not yet clamped.
+template <class V>
+struct bgr16 {
+  V b, g, r;
+};
+
+// 2 * V::size bytes of packed words for the two halves of a store_bgr(). Packing stays within 128 bits: in vectors
+// of 32 bytes each half takes every second 16 bytes.
+template <class V>
+PPL_INLINE void load_for_bgr(const uint8_t* p, V& first, V& second) {
+#if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
+  if constexpr (V::size == 32) {
+    const auto two = [](const uint8_t* lo, const uint8_t* hi) {
+      const __m256i x = _mm256_castsi128_si256(loadu<vec<16>>(lo).v);
+      return vec<32>{_mm256_inserti128_si256(x, loadu<vec<16>>(hi).v, 1)};
+    };
+    first = two(p, p + 32);
+    second = two(p + 16, p + 48);
+    return;
+  }
+#endif
+  first = loadu<V>(p);
+  second = loadu<V>(p + V::size);
+}
+
+#ifdef __SSSE3__
+// 16 pixels, blue and green of eight packed together, red of sixteen: where the bytes of the three output vectors
+// come from. The first takes nothing from the second eight pixels, the last nothing from the first.
+struct bgr_table {
+  alignas(16) uint8_t blue_green_0[3][16], blue_green_1[3][16], red[3][16];
+};
+constexpr bgr_table make_bgr_table() {
+  constexpr uint8_t none = 0x80;
+  bgr_table t = {};
+  for (int k = 0; k < 48; k++) {
+    const int pixel = k / 3, plane = k % 3, at = plane * 8 + pixel % 8;
+    t.blue_green_0[k / 16][k % 16] = plane < 2 && pixel < 8 ? static_cast<uint8_t>(at) : none;
+    t.blue_green_1[k / 16][k % 16] = plane < 2 && pixel >= 8 ? static_cast<uint8_t>(at) : none;
+    t.red[k / 16][k % 16] = plane == 2 ? static_cast<uint8_t>(pixel) : none;
+  }
+  return t;
+}
+template <class V>
+PPL_INLINE void bgr_parts(V bg0, V bg1, V r, V (&part)[3]) {
+  static constexpr bgr_table t = make_bgr_table();
+  part[0] = shuffle8(bg0, repeat16<V>(t.blue_green_0[0])) | shuffle8(r, repeat16<V>(t.red[0]));
+  part[1] = shuffle8(bg0, repeat16<V>(t.blue_green_0[1])) | shuffle8(bg1, repeat16<V>(t.blue_green_1[1])) |
+            shuffle8(r, repeat16<V>(t.red[1]));
+  part[2] = shuffle8(bg1, repeat16<V>(t.blue_green_1[2])) | shuffle8(r, repeat16<V>(t.red[2]));
+}
+#endif
+
+// V::size pixels, clamped to bytes B, G, R: three vectors.
+PPL_INLINE void store_bgr(uint8_t* out, const bgr16<vec<16>>& first, const bgr16<vec<16>>& second) {
+#ifdef __SSSE3__
+  vec<16> part[3];
+  bgr_parts(pack_u8(first.b, first.g), pack_u8(second.b, second.g), pack_u8(first.r, second.r), part);
+  for (int i = 0; i < 3; i++) storeu(out + 16 * i, part[i]);
+#else
+  // Four bytes a pixel first, then the unused byte of each is closed up: within 64 bits, within 128.
+  const vec<16> b = pack_u8(first.b, second.b), g = pack_u8(first.g, second.g),
+                r = pack_u8(first.r, second.r);
+  vec<16> bg[2], r0[2], four[4];
+  interleave8(b, g, bg[0], bg[1]);
+  interleave8(r, zero<vec<16>>(), r0[0], r0[1]);
+  interleave16(bg[0], r0[0], four[0], four[1]);
+  interleave16(bg[1], r0[1], four[2], four[3]);
+  const __m128i even_pixel = _mm_set1_epi64x(0x0000000000ffffff), low = _mm_set_epi64x(0, -1);
+  __m128i twelve[4];
+  for (int i = 0; i < 4; i++) {
+    const __m128i one = _mm_and_si128(four[i].v, even_pixel);
+    const __m128i six = _mm_or_si128(one, _mm_srli_epi64(_mm_andnot_si128(even_pixel, four[i].v), 8));
+    twelve[i] = _mm_or_si128(_mm_and_si128(six, low), _mm_srli_si128(_mm_andnot_si128(low, six), 2));
+  }
+  storeu(out, vec<16>{_mm_or_si128(twelve[0], _mm_slli_si128(twelve[1], 12))});
+  storeu(out + 16, vec<16>{_mm_or_si128(_mm_srli_si128(twelve[1], 4), _mm_slli_si128(twelve[2], 8))});
+  storeu(out + 32, vec<16>{_mm_or_si128(_mm_srli_si128(twelve[2], 8), _mm_slli_si128(twelve[3], 4))});
+#endif
+}
+#if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
+PPL_INLINE void store_bgr(uint8_t* out, const bgr16<vec<32>>& first, const bgr16<vec<32>>& second) {
+  const auto pack = [](vec<32> a, vec<32> b) { return vec<32>{_mm256_packus_epi16(a.v, b.v)}; };
+  vec<32> part[3];  // each holds 16 bytes of the first 16 pixels and 16 of the others
+  bgr_parts(pack(first.b, first.g), pack(second.b, second.g), pack(first.r, second.r), part);
+  storeu(out, vec<32>{_mm256_permute2x128_si256(part[0].v, part[1].v, 0x20)});
+  storeu(out + 32, vec<32>{_mm256_permute2x128_si256(part[2].v, part[0].v, 0x30)});
+  storeu(out + 64, vec<32>{_mm256_permute2x128_si256(part[1].v, part[2].v, 0x31)});
+}
+#endif
+#if defined(PPL_LEVEL_avx512)
+// Where byte k of 192 comes from. Blue and green of 32 pixels, and red of 64, were packed within 128 bits; bit 6
+// of an index of two sources picks the second one.
+struct bgr_order {
+  alignas(64) uint8_t first[64], second[64], second_red[64], third[64];
+  uint64_t second_is_red;
+};
+constexpr bgr_order make_bgr_order() {
+  bgr_order t = {};
+  for (int k = 0; k < 192; k++) {
+    const int pixel = k / 3, plane = k % 3, of_32 = pixel % 32;
+    const int blue_green = of_32 / 8 * 16 + plane * 8 + of_32 % 8;
+    const int red = of_32 / 8 * 16 + pixel / 32 * 8 + of_32 % 8;
+    const int i = k % 64;
+    if (k < 64) {
+      t.first[i] = static_cast<uint8_t>(plane == 2 ? 64 + red : blue_green);
+    } else if (k < 128) {
+      t.second[i] = static_cast<uint8_t>(plane == 2 ? 0 : pixel / 32 * 64 + blue_green);
+      t.second_red[i] = static_cast<uint8_t>(red);
+      t.second_is_red |= static_cast<uint64_t>(plane == 2) << i;
+    } else {
+      t.third[i] = static_cast<uint8_t>(plane == 2 ? 64 + red : blue_green);
+    }
+  }
+  return t;
+}
+PPL_INLINE void store_bgr(uint8_t* out, const bgr16<vec<64>>& first, const bgr16<vec<64>>& second) {
+  static constexpr bgr_order t = make_bgr_order();
+  const __m512i bg0 = _mm512_packus_epi16(first.b.v, first.g.v),
+                bg1 = _mm512_packus_epi16(second.b.v, second.g.v);
+  const __m512i r = _mm512_packus_epi16(first.r.v, second.r.v);
+  storeu(out, vec<64>{_mm512_permutex2var_epi8(bg0, load<vec<64>>(t.first).v, r)});
+  const __m512i middle = _mm512_permutex2var_epi8(bg0, load<vec<64>>(t.second).v, bg1);
+  storeu(out + 64,
+         vec<64>{_mm512_mask_permutexvar_epi8(middle, t.second_is_red, load<vec<64>>(t.second_red).v, r)});
+  storeu(out + 128, vec<64>{_mm512_permutex2var_epi8(bg1, load<vec<64>>(t.third).v, r)});
+}
+#endif
+
+// ---- one unit of the 12-bit layout, see row_planes.h
+template <int Order>
+PPL_INLINE vec<16> pick32(vec<16> a, vec<16> b) {
+  return {_mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.v), _mm_castsi128_ps(b.v), Order))};
+}
+PPL_INLINE void twelve_bit_unit(const uint8_t* in, vec<16>& first, vec<16>& second, vec<16>& mixed) {
+  const vec<16> g0123 = loadu<vec<16>>(in), g4567 = loadu<vec<16>>(in + 16), g89ab = loadu<vec<16>>(in + 32);
+  // Four groups in memory order: the first two of the result from the first operand, the others from the second.
+  const vec<16> a = pick32<_MM_SHUFFLE(2, 0, 1, 0)>(g0123, pick32<_MM_SHUFFLE(0, 0, 3, 3)>(g0123, g4567));
+  const vec<16> b = pick32<_MM_SHUFFLE(2, 1, 3, 2)>(g4567, g89ab);
+  const vec<16> e = pick32<_MM_SHUFFLE(3, 1, 2, 0)>(pick32<_MM_SHUFFLE(1, 1, 0, 0)>(g89ab, g4567), g89ab);
+  const vec<16> third_even = {_mm_set_epi32(-1, 0x00ff00ff, -1, -1)};
+  interleave32(even_bytes(a, b), e & third_even, first, second);
+  mixed = odd_bytes(a, b);
+}
+
+}  // namespace ppl::PPL_LEVEL

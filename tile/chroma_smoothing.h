@@ -1,0 +1,35 @@
+// Chroma smoothing of quality 15: each chroma word becomes 28/256 of the sum of the nine words around it.
+//
+// Reads words w - 1 .. w + 1 of rows r - 1 .. r + 1; writes row r. U and V apart, signed, arithmetic shift: a flat 100
+// becomes 98. Rows hold the values with 128 added, so nine of them are 1152 above the signed sum.
+#pragma once
+
+#include "tile/kernels.h"
+#include "tile/simd.h"
+
+namespace ppl::PPL_LEVEL {
+
+constexpr int kWordBytes = 2;
+
+static void smooth(const smooth_args& args) {
+  const smooth_args a = args;
+  // Sums of three rows first, U and V apart and one word beyond either end, then three words across.
+  walk_padded(a.width + 2 * kWordBytes, [&]<class V>(int at) {
+    const int x = at - kWordBytes;
+    const V r0 = loadu<V>(a.chroma[0] + x), r1 = loadu<V>(a.chroma[1] + x), r2 = loadu<V>(a.chroma[2] + x);
+    store(a.u_sums + at, add16(add16(even(r0), even(r1)), even(r2)));
+    store(a.v_sums + at, add16(add16(odd(r0), odd(r1)), odd(r2)));
+  });
+  walk_padded(a.width, [&]<class V>(int x) {
+    const auto scaled = [&](const uint8_t* sums) {
+      const V left = load<V>(sums + x), centre = loadu<V>(sums + x + kWordBytes);
+      const V sum = add16(add16(left, centre), loadu<V>(sums + x + 2 * kWordBytes));
+      // 28 * (sum - 1152) >> 8, then 128 added: within 2..251, no clamp. 28 * 1152 = 126 * 256, so the bias moves
+      // through the shift; the product itself wraps and is taken as unsigned.
+      return add16(srl16<8>(mullo16(sum, set16<V>(28))), set16<V>(2));
+    };
+    store(a.out + x, join8(scaled(a.u_sums), scaled(a.v_sums)));
+  });
+}
+
+}  // namespace ppl::PPL_LEVEL
