@@ -8,4 +8,4 @@ target_link_libraries(controls_test PRIVATE ppl_test GTest::gtest_main)
 gtest_discover_tests(controls_test)
 
 add_test(NAME exports COMMAND ${CMAKE_COMMAND} -DNM=${CMAKE_NM} -DLIBRARY=$<TARGET_FILE:ppl>
-  -DEXPORTS=${PPL_ROOT}/cmake/exports.txt -P ${CMAKE_CURRENT_SOURCE_DIR}/controls_exports.cmake)
+  -DEXPORTS=${PPL_ROOT}/cmake/exports.txt -P ${CMAKE_CURRENT_SOURCE_DIR}/scripts/exports.cmake)
