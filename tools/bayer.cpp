@@ -14,7 +14,7 @@ bool raw_quality(uint32_t quality) {
 
 // The format that carries a picture to look at.
 Format picture_route(const Job& job) {
-  if (job.scale.width) return Format::i420;
+  if (job.scale.width || job.via_i420) return Format::i420;
   if (raw_quality(job.quality) && job.decimation > 0) return Format::rgb32;
   if (job.quality == 15 && job.decimation < 0) return Format::i420;
   return Format::rgb24;
@@ -95,6 +95,7 @@ Size output_size(const FrameFile& file, const Job& job) {
 void require_possible(const FrameFile& file, const Job& job, const Controls& controls, Format format) {
   const uint32_t q = job.quality;
   const int d = job.decimation;
+  const Format route = is_picture(format) ? picture_route(job) : format;
   const bool one_mirror = controls.h_mirror != controls.v_mirror;
   const std::string what = text("quality ", q, " to ", name(format),
                                 d > 0   ? " at half size"
@@ -127,14 +128,13 @@ void require_possible(const FrameFile& file, const Job& job, const Controls& con
           "quality 15 doubles rgb24 without its colour conversion; use i420, png or ppm, or another quality");
     if (format == Format::rgb24 && one_mirror)
       fail("rgb24 at double size takes both mirrors or none; use png or ppm");
-    if ((format == Format::i420 || packed) && q >= 10 && q <= 12)
-      fail(what, " leaves rows out; use rgb24, png or ppm, or another quality");
+    if ((route == Format::i420 || packed) && q >= 10 && q <= 12)
+      fail(what, " leaves rows out; use rgb24, or png or ppm by way of it, or another quality");
     if (format == Format::yuyv && (q == 15 || (q == 2 && controls.medium_filter)))
       fail(what, " leaves rows out; use uyvy, i420, png or ppm");
   }
 
   // Sizes at which the whole picture is right.
-  const Format route = is_picture(format) ? picture_route(job) : format;
   if (d > 0) {
     require_size(file, 64, 4, what);
   } else {

@@ -33,6 +33,7 @@ struct Job {
   uint32_t quality = 15;
   int32_t decimation = 0;  // -1 doubles, 1 halves
   Size scale = {0, 0};     // 0 x 0: no second pass
+  bool via_i420 = false;   // pictures: through I420 even where the quality has RGB24
 };
 
 // The size of the result.

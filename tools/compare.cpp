@@ -36,13 +36,23 @@ constexpr Kind kinds[] = {
 };
 
 struct Compare {
+  // By way of I420, which all qualities make from the same rows of the colour matrix.
+  static Job job(const Kind& kind, bool via_rgb24);
+
   FrameFile frame;
   Controls controls;
-  std::string truth, output = "compare.png";
+  std::string truth, output = "compare.png", via = "i420";
   uint32_t columns = 4;
 
   void run();
 };
+
+Job Compare::job(const Kind& kind, bool via_rgb24) {
+  Job job;
+  job.quality = kind.quality;
+  job.via_i420 = !via_rgb24;
+  return job;
+}
 
 void Compare::run() {
   if (output_format(output, "") != Format::png)
@@ -50,11 +60,8 @@ void Compare::run() {
   refuse_same_file(frame.path, output);
   if (!truth.empty()) refuse_same_file(truth, output);
   if (controls.medium_filter) fail("--medium-filter is shown beside its absence; leave the option out");
-  for (const Kind& kind : kinds) {
-    Job job;
-    job.quality = kind.quality;
-    require_possible(frame, job, controls, Format::png);
-  }
+  const bool via_rgb24 = via == "rgb24";
+  for (const Kind& kind : kinds) require_possible(frame, job(kind, via_rgb24), controls, Format::png);
   const Bytes source = frame.read(Format::bayer);
   Picture right;
   if (!truth.empty()) {
@@ -69,9 +76,7 @@ void Compare::run() {
     ppl_reset_all_controls(instance.get());
     controls.apply(instance.get(), frame.width, frame.height);
     if (kind.medium) ppl_enable_medium_filter(instance.get());
-    Job job;
-    job.quality = kind.quality;
-    Picture picture = bayer_picture(instance.get(), frame, job, controls, source);
+    Picture picture = bayer_picture(instance.get(), frame, job(kind, via_rgb24), controls, source);
     std::string label = text("quality ", kind.quality, kind.medium ? " + medium filter: " : ": ", kind.what);
     if (!truth.empty()) {
       char ratio[32];
@@ -99,6 +104,10 @@ void add_compare(CLI::App& app) {
   command->add_option("--columns", state->columns, "Pictures side by side (1 to 13)")
       ->capture_default_str()
       ->check(in_range(1, 13));
+  command
+      ->add_option("--via", state->via, "The library's frames that the pictures are made of: i420 or rgb24")
+      ->capture_default_str()
+      ->check(CLI::IsMember({"i420", "rgb24"}));
   state->controls.add_options(*command);
   command->callback([state] { state->run(); });
 }

@@ -14,7 +14,7 @@ struct Convert {
   FrameFile frame;
   Controls controls;
   Job job;
-  std::string input = "bayer", output, format, chroma, scale;
+  std::string input = "bayer", output, format, chroma, scale, via = "rgb24";
 
   void run();
   Bytes from_bayer(Format out);
@@ -71,6 +71,7 @@ Bytes Convert::from_finished(Format in, Format out) {
 
 void Convert::run() {
   if (!scale.empty()) job.scale = parse_size("--scale", scale);
+  job.via_i420 = via == "i420";
   const Format out = output_format(output, format);
   refuse_same_file(frame.path, output);
   const Format in = input == "bayer" ? Format::bayer : output_format("", input);
@@ -113,6 +114,13 @@ void add_convert(CLI::App& app) {
       ->capture_default_str()
       ->check(in_range(-1, 1));
   command->add_option("--scale", state->scale, "Scale to WIDTHxHEIGHT in a second pass, e.g. 1280x960");
+  command
+      ->add_option(
+          "--via", state->via,
+          "Pictures from Bayer frames: by way of the library's rgb24 where the quality has it, or of its "
+          "i420. In qualities 0 and 10 the library's RGB is paler than its YUV")
+      ->capture_default_str()
+      ->check(CLI::IsMember({"rgb24", "i420"}));
   state->controls.add_options(*command);
   command->callback([state] { state->run(); });
 }
