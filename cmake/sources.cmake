@@ -21,6 +21,8 @@ set(PPL_FLAGS_sse2 -msse2 -mno-sse3)
 set(PPL_FLAGS_sse41 -msse4.1 -mno-avx)
 set(PPL_FLAGS_avx2 -mavx2 -mbmi -mbmi2 -mno-avx512f)
 set(PPL_FLAGS_avx512 -mavx2 -mbmi -mbmi2 -mavx512f -mavx512bw -mavx512dq -mavx512vl -mavx512vbmi
-  -mprefer-vector-width=512
-  # gcc 12 takes its own 512-bit intrinsics' undefined vectors for mistakes
-  -Wno-uninitialized -Wno-maybe-uninitialized)
+  -mprefer-vector-width=512)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # gcc 12 takes the undefined vectors of its own 512-bit intrinsics for mistakes
+  list(APPEND PPL_FLAGS_avx512 -Wno-uninitialized -Wno-maybe-uninitialized)
+endif()

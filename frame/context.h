@@ -16,7 +16,7 @@ constexpr int kPoolRecords = 8;
 constexpr int kRingSlots = 7;
 constexpr int kRingSlotBytes = 8192;
 constexpr int kRingPoolBytes = kRingSlots * kRingSlotBytes;
-constexpr int kScratchBytes = 24 * 1024;
+constexpr int kScratchBytes = 40 * 1024;
 constexpr int kPlanValues = 79;
 constexpr int kStatsScales = 18;
 constexpr int kGridColumns = 8;
@@ -80,8 +80,8 @@ static_assert(sizeof(output_plan) == kPlanValues * sizeof(int32_t));
 struct tile_leftovers {
   // Black-corrected samples of the last even inner tile of a collecting row pair.
   vec_u8 stat_even_row, stat_odd_row;
-  // The flat test's last tile: 0xffff in the 16-bit lane of a flat column pair, and its flat colours per byte.
-  vec_u8 flat_mask, flat_r, flat_g, flat_b;
+  // The flat test's last tile, one 16-bit lane for two columns: 0xffff where they are flat, and the flat colours.
+  vec_i16 flat_mask, flat_r, flat_g, flat_b;
 };
 
 }  // namespace ppl

@@ -18,6 +18,7 @@
 #error "vector code is compiled once per level, with PPL_LEVEL set"
 #endif
 #define PPL_INLINE static inline __attribute__((always_inline))
+#define PPL_INLINE_MEMBER inline __attribute__((always_inline))
 
 namespace ppl::PPL_LEVEL {
 

@@ -1,0 +1,74 @@
+// Where finished rows go. A writer is chosen once per frame; it places row pair after row pair in the caller's frame.
+//
+// Positions are byte offsets from the frame's base and move by the output plan alone. In an ordinary frame every row
+// of tiles is one run of bytes inside the frame, and the writer stores whole rows without a test. In all others
+// (pointers that drift or overlap at odd tile counts, decimation 2, black lines that do not fit) it goes tile by
+// tile, in the order of the plan, and drops the bytes that would land outside.
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "frame/context.h"
+#include "frame/output_plan.h"
+#include "frame/paths.h"
+
+namespace ppl {
+
+struct output_kernels;
+
+constexpr int kTileColumns = 16;
+
+// The two rows of a row pair as the path's last block left them. Chroma words hold U, V with 128 added.
+struct finished_rows {
+  const uint8_t* luma[2];               // Y, or the first plane
+  const uint8_t* chroma[2];             // words, or the second plane
+  const uint8_t* plane3[2];             // the third plane
+  const uint8_t* unfiltered_chroma[2];  // words before noise filter and smoothing, where wanted
+};
+
+struct output_writer {
+  void (*put)(output_writer&, int row_pair, const finished_rows& rows);
+  const output_kernels* kernels;
+  const ppl_context* context;
+  uint8_t* base;
+  int64_t bytes;                    // of the frame that the caller handed over
+  int64_t luma;                     // next tile's place; packed and RGB formats use this one alone
+  int64_t chroma;                   // I420: next U block's place; V lies out_quarter_pixels behind
+  int32_t tiles, row_pairs, width;  // width: 16 * tiles
+  int32_t decimation;
+  uint8_t quality;
+  bool h_mirror;
+  bool ordinary;                 // every row is one run inside the frame
+  bool fills_gaps;               // doubled: rows between are interpolated
+  bool wants_unfiltered_chroma;  // the path must keep those rows
+  bool yuv_planes;               // RGB: the planes are Y, U, V and still to be converted
+  uint8_t held[3][16];           // halved RGB24: planes of the first tile of a pair
+};
+
+output_writer make_writer(const frame_job& job, uint32_t quality);
+
+// One for each format; they fill in what depends on it.
+void start_i420(output_writer& w, const frame_job& job);
+void start_packed(output_writer& w, const frame_job& job);
+void start_rgb24(output_writer& w, const frame_job& job);
+void start_rgb32(output_writer& w, const frame_job& job);
+
+// Stores the part of a run that lies inside the frame.
+inline void put_inside(const output_writer& w, int64_t at, const uint8_t* from, int n) {
+  const int64_t first = at < 0 ? -at : 0;
+  const int64_t last = w.bytes - at < n ? w.bytes - at : n;
+  for (int64_t i = first; i < last; ++i) w.base[at + i] = from[i];
+}
+
+// Doubled pictures: the row of n bytes at `at` becomes the mean of the rows `pitch` bytes below and above it; the row
+// at `to` becomes a copy of that at `from`. Only where all of it lies inside the frame.
+void fill_row(const output_writer& w, int64_t at, int64_t pitch, int n);
+void repeat_row(const output_writer& w, int64_t to, int64_t from, int n);
+
+// The lowest address of a run of `count` tiles that starts at `at` and steps by `step` bytes.
+constexpr int64_t run_start(int64_t at, int count, int64_t step) {
+  return step < 0 ? at + (count - 1) * step : at;
+}
+
+}  // namespace ppl

@@ -1,0 +1,77 @@
+// The writer's parts that all formats share.
+#include "output/output.h"
+
+#include "output/output_kernels.h"
+#include "platform/levels.h"
+
+namespace ppl {
+
+namespace {
+
+// The frame is what the plan was made for: whole tile groups, no lost or negative black lines, nothing overlapping.
+bool is_ordinary(const ppl_context& c, int64_t bytes) {
+  const int d = c.decimation;
+  const int tiles = c.tiles_per_row;
+  if (d < -1 || d > 1 || bytes <= 0) return false;
+  if (c.frame_width != kTileColumns * tiles || (c.frame_height & 1) != 0) return false;
+  if ((tiles & (d > 0 ? 3 : 1)) != 0 || (d > 0 && (c.row_pairs & 1) != 0)) return false;
+  const int64_t height = d < 0 ? int64_t{c.frame_height} * 2 : c.frame_height >> d;
+  return c.out_height >= height && c.out_height <= height + 65536;
+}
+
+bool inside(const output_writer& w, int64_t at, int n) {
+  return at >= 0 && at + n <= w.bytes;
+}
+
+}  // namespace
+
+// Byte by byte where a row crosses the frame's edge: each byte has its own two neighbours.
+void fill_row(const output_writer& w, int64_t at, int64_t pitch, int n) {
+  if ((n & 15) == 0 && inside(w, at - pitch, n) && inside(w, at + pitch, n)) {
+    w.kernels->mean(w.base + at, w.base + at - pitch, w.base + at + pitch, n);
+    return;
+  }
+  for (int64_t i = at; i < at + n; ++i)
+    if (inside(w, i - pitch, 1) && inside(w, i + pitch, 1))
+      w.base[i] = static_cast<uint8_t>((w.base[i - pitch] + w.base[i + pitch] + 1) >> 1);
+}
+
+void repeat_row(const output_writer& w, int64_t to, int64_t from, int n) {
+  for (int64_t i = 0; i < n; ++i)
+    if (inside(w, to + i, 1) && inside(w, from + i, 1)) w.base[to + i] = w.base[from + i];
+}
+
+output_writer make_writer(const frame_job& job, uint32_t quality) {
+  const ppl_context& c = *job.context;
+  output_writer w = {};
+  w.kernels = c.kernels->output;
+  w.context = &c;
+  w.base = job.destination;
+  w.bytes = job.destination_bytes;
+  w.tiles = c.tiles_per_row;
+  w.row_pairs = c.row_pairs;
+  w.width = kTileColumns * w.tiles;
+  w.decimation = c.decimation;
+  w.quality = static_cast<uint8_t>(quality);
+  w.h_mirror = c.h_mirror != 0;
+  w.ordinary = is_ordinary(c, job.destination_bytes);
+  w.fills_gaps = c.decimation < 0 && (quality < 10 || quality == 15);
+  switch (job.format) {
+    case out_format::i420:
+      start_i420(w, job);
+      break;
+    case out_format::yuyv:
+    case out_format::uyvy:
+      start_packed(w, job);
+      break;
+    case out_format::rgb24:
+      start_rgb24(w, job);
+      break;
+    case out_format::rgb32:
+      start_rgb32(w, job);
+      break;
+  }
+  return w;
+}
+
+}  // namespace ppl

@@ -1,0 +1,21 @@
+# Bayer pictures: known digests, and the random comparison of the library with the plain reference.
+function(ppl_bayer_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES;DEFINITIONS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR} ${PPL_ROOT}/include)
+  target_compile_options(${name} PRIVATE ${PPL_WARNINGS})
+  target_compile_definitions(${name} PRIVATE PPL_TEST_VECTORS="${CMAKE_CURRENT_SOURCE_DIR}/vectors"
+    ${ARG_DEFINITIONS})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES})
+  if(PPL_SANITIZE)
+    target_compile_options(${name} PRIVATE -fsanitize=address,undefined -fno-sanitize-recover=all)
+  endif()
+endfunction()
+
+ppl_bayer_test(digests_bayer_reference SOURCES vectors_bayer.cpp slots_reference.cpp
+  LIBRARIES ppl_reference GTest::gtest_main)
+gtest_discover_tests(digests_bayer_reference TEST_PREFIX "reference.")
+
+ppl_bayer_test(digests_bayer SOURCES vectors_bayer.cpp slots_reference.cpp slots_library.cpp
+  LIBRARIES ppl_reference ppl_test GTest::gtest_main DEFINITIONS TEST_LIBRARY)
+gtest_discover_tests(digests_bayer TEST_PREFIX "library.")

@@ -1,0 +1,22 @@
+// The calls that take a frame: frame calls, wrappers with their last-resort pictures, scaled calls.
+//
+// Buffers are those of the exported functions. A scaled YUYV call may read 4 bytes behind the frame in `scratch`.
+#pragma once
+
+#include <cstdint>
+
+#include "finished.h"
+#include "state.h"
+
+namespace ref {
+
+bool process_frame(state& s, format kind, uint8_t* source, uint8_t* destination, uint32_t width,
+                   uint32_t height, uint32_t stride);
+
+enum class ending { none, deci_2_1, intp_1_2, intp_1_2_stride, intp_1_4_stride };
+bool wrapper(state& s, format kind, ending name, uint8_t* source, uint8_t* destination, uint32_t width,
+             uint32_t height);
+bool scaling_wrapper(state& s, format kind, uint8_t* source, uint32_t width, uint32_t height, uint32_t stride,
+                     uint8_t* destination, uint32_t out_width, uint32_t out_height, uint8_t* scratch);
+
+}  // namespace ref

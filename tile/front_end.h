@@ -1,0 +1,100 @@
+// Front end: the two rows of a row pair, from raw samples to display-referred ones, in place.
+//
+// Reads rows 2p and 2p + 1 at the column itself (green balance: at the other green of the cell). Lens shading,
+// green balance, black level, white-balance gain with offset, tone curve, in this order, all between 8-bit values:
+//   lens    x = clamp(x * f >> 13), f the signed 16-bit factor of the site, 8192 = 1.0
+//   green   |Gb - Gr| below the threshold: both become their rounded-up mean
+//   black   x = max(x - black, 0)
+//   gain    v = (x * gain >> 5) + delta: 16-bit product, logical shift, wrapping sum; then clamped to 0..255
+//   tone    tone[v]
+#pragma once
+
+#include "tile/kernels.h"
+#include "tile/simd.h"
+#include "tile/tone.h"
+
+namespace ppl::PPL_LEVEL {
+
+namespace front_end_detail {
+
+// (x << 3) * f >> 16 is x * f >> 13: x << 3 stays below 2041, so the signed high product is exact.
+template <class V>
+PPL_INLINE V lens(V x, const uint16_t* factors) {
+  V lo, hi;
+  interleave8(x, zero<V>(), lo, hi);
+  lo = mulhi_s16(sll16<3>(lo), loadu<V>(factors));
+  hi = mulhi_s16(sll16<3>(hi), loadu<V>(factors + V::size / 2));
+  return pack_u8(lo, hi);
+}
+
+// Bytes Gb of `even` and Gr of `odd` meet in the odd byte places.
+template <class V>
+PPL_INLINE void balance_green(V& even_row, V& odd_row, V threshold) {
+  const V gr = sll16<8>(odd_row);
+  const V mean = avg8(even_row, gr);
+  const auto near = gt_s16(threshold, odd(absdiff_u8(even_row, gr)));
+  even_row = select(near, even_odd(even_row, mean), even_row);
+  odd_row = select(near, even_odd(odd(mean), odd_row), odd_row);
+}
+
+template <class V>
+PPL_INLINE V gain(V x, V gain_even, V gain_odd, V delta_even, V delta_odd) {
+  const V e = add16(srl16<5>(mullo16(even(x), gain_even)), delta_even);
+  const V o = add16(srl16<5>(mullo16(odd(x), gain_odd)), delta_odd);
+  return join_clamp8(e, o);
+}
+
+}  // namespace front_end_detail
+
+template <bool kLens, bool kGreen>
+static void front_end_rows(const front_end_args& a) {
+  using namespace front_end_detail;
+  const ppl_context& c = *a.context;
+  const tone_curve<wide> tone(a.tone);
+  walk_exact(a.width, [&]<class V>(int x) {
+    V e = loadu<V>(a.source_even + x), o = loadu<V>(a.source_odd + x);
+    if constexpr (kLens) {
+      e = lens(e, a.lens_even + x);
+      o = lens(o, a.lens_odd + x);
+    }
+    if constexpr (kGreen) balance_green(e, o, repeat16<V>(&c.GbGr_diff_plus));
+    e = subs_u8(e, repeat16<V>(&c.black_b_gb));
+    o = subs_u8(o, repeat16<V>(&c.black_gr_r));
+    if (a.black_even != nullptr) {
+      store(a.black_even + x, e);
+      store(a.black_odd + x, o);
+    }
+    e = gain(e, set16<V>(c.gain_b_g.lane[0]), set16<V>(c.gain_b_g.lane[1]), set16<V>(c.delta_b_g.lane[0]),
+             set16<V>(c.delta_b_g.lane[1]));
+    o = gain(o, set16<V>(c.gain_g_r.lane[0]), set16<V>(c.gain_g_r.lane[1]), set16<V>(c.delta_g_r.lane[0]),
+             set16<V>(c.delta_g_r.lane[1]));
+    if (a.value_even != nullptr) {
+      store(a.value_even + x, e);
+      store(a.value_odd + x, o);
+    }
+    if constexpr (kToneInRegisters) {
+      e = tone(e);
+      o = tone(o);
+      if (a.frame_even != nullptr) {
+        storeu(a.frame_even + x, e);
+        storeu(a.frame_odd + x, o);
+      }
+    }
+    store(a.row_even + x, e);
+    store(a.row_odd + x, o);
+  });
+  if constexpr (!kToneInRegisters) {
+    tone_row(a.tone, a.row_even, a.frame_even, a.width);
+    tone_row(a.tone, a.row_odd, a.frame_odd, a.width);
+  }
+}
+
+static void front_end(const front_end_args& a) {
+  const bool green = a.context->GbGr_correction_enabled != 0;
+  if (a.lens_even != nullptr)
+    green ? front_end_rows<true, true>(a) : front_end_rows<true, false>(a);
+  else
+    green ? front_end_rows<false, true>(a) : front_end_rows<false, false>(a);
+}
+
+}  // namespace ppl::PPL_LEVEL

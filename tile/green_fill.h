@@ -1,0 +1,42 @@
+// Green fill: a green value at every B and R site by an edge-directed estimate with a second-order correction.
+//
+// Reads rows r - 2 .. r + 2, columns c - 2 .. c + 2, of the mosaic; writes row r: green sites as they are, the
+// others as told here. Sites to fill: even columns of even rows (B), odd columns of odd rows (R).
+//   gh = |GL - GR|, gv = |GU - GD|; eh = GL + GR - (XL2 + XR2 >> 1), ev = GU + GD - (XU2 + XD2 >> 1)
+//   greater of gh, gv above T1 and lesser below T1:  G = (X >> 1) + (e >> 1), e along the direction of least change
+//   otherwise:                                       G = (X >> 1) + (eh + ev >> 2)
+// Arithmetic shifts on 16 bits (|e| stays below 766); G is clamped to 0..255.
+#pragma once
+
+#include "tile/kernels.h"
+#include "tile/simd.h"
+
+namespace ppl::PPL_LEVEL {
+
+template <bool kOddRow>
+static void green_fill_row(const green_args& a) {
+  walk_padded(a.width, [&]<class V>(int x) {
+    const auto site = [](V v) { return kOddRow ? odd(v) : even(v); };
+    const V t1 = repeat16<V>(&a.context->CFA_T1_vector);
+    const V centre = load<V>(a.rows[2] + x);
+    const V left = loadu<V>(a.rows[2] + x - 1), right = loadu<V>(a.rows[2] + x + 1);
+    const V up = load<V>(a.rows[1] + x), down = load<V>(a.rows[3] + x);
+    const V gh = site(absdiff_u8(left, right)), gv = site(absdiff_u8(up, down));
+    const V across = add16(site(loadu<V>(a.rows[2] + x - 2)), site(loadu<V>(a.rows[2] + x + 2)));
+    const V along = add16(site(load<V>(a.rows[0] + x)), site(load<V>(a.rows[4] + x)));
+    const V eh = sub16(add16(site(left), site(right)), srl16<1>(across));
+    const V ev = sub16(add16(site(up), site(down)), srl16<1>(along));
+    const auto directional = gt_s16(max_s16(gh, gv), t1) & gt_s16(t1, min_s16(gh, gv));
+    const V directed = sra16<1>(select(gt_s16(gh, gv), ev, eh));
+    const V mean = sra16<2>(add16(eh, ev));
+    const V green = clamp_u8_16(add16(srl16<1>(site(centre)), select(directional, directed, mean)));
+    const V zeros = zero<V>();
+    store(a.out + x, kOddRow ? even_odd(centre, zeros) | sll16<8>(green) : even_odd(green, centre));
+  });
+}
+
+static void green_fill(const green_args& a) {
+  a.odd_row != 0 ? green_fill_row<true>(a) : green_fill_row<false>(a);
+}
+
+}  // namespace ppl::PPL_LEVEL

@@ -1,0 +1,143 @@
+// The entry points of the tile pipeline's vector code. Each works on one row, or on the two rows of a row pair.
+//
+// Row storage: a row starts at a multiple of 64 bytes; `width` bytes (a multiple of 16) are real, and 64 bytes
+// on either side belong to the row's surroundings: kernels may read them, and may write behind the row's end up
+// to the next multiple of 64. A row that a neighbourhood reads has its two bytes on either side filled (pads).
+// Caller's memory is touched at exactly the `width` bytes given.
+//
+// Chroma rows hold words: the U byte, then the V byte of two columns, each with 128 added, so that all bytes in
+// row storage are unsigned.
+#pragma once
+
+#include <stdint.h>
+
+#include "frame/context.h"
+
+namespace ppl {
+
+constexpr int kTile = 16;
+
+// tile/front_end.h
+struct front_end_args {
+  const ppl_context* context;
+  const uint8_t* tone;                      // 256 bytes
+  const uint8_t *source_even, *source_odd;  // caller's memory
+  uint8_t *frame_even, *frame_odd;          // caller's memory for the result, or null
+  uint8_t *row_even, *row_odd;              // row storage for the result
+  const uint16_t *lens_even, *lens_odd;     // factors of the two rows, or null
+  uint8_t *black_even, *black_odd;          // row storage for the black-corrected samples, or null
+  uint8_t *value_even, *value_odd;  // row storage for the samples before the tone curve (with black_...)
+  int32_t width;
+};
+
+// tile/statistics.h
+struct statistics_args {
+  ppl_context* context;
+  const uint8_t *black_even, *black_odd;  // black-corrected samples; null: plain sums only
+  const uint8_t *value_even, *value_odd;  // before the tone curve
+  const uint8_t *tone_even, *tone_odd;    // after it
+  int32_t row_pair;                       // of the output position; odd
+  int32_t last_tile;                      // inner tiles are 1 .. last_tile
+  int32_t tile_lead;                      // tiles by which the front end runs ahead
+};
+
+// tile/median.h: rows r - 2 .. r + 2
+struct median_args {
+  const ppl_context* context;
+  const uint8_t* rows[5];
+  uint8_t* out;
+  int32_t odd_row;
+  int32_t width;
+};
+
+// tile/green_fill.h: rows r - 2 .. r + 2
+struct green_args {
+  const ppl_context* context;
+  const uint8_t* rows[5];
+  uint8_t* out;
+  int32_t odd_row;
+  int32_t width;
+};
+
+// tile/flat_test.h: rows r - 2 .. r + 3 for the test, r - 1 .. r + 2 for the colours
+struct flat_args {
+  const ppl_context* context;
+  const uint8_t* rows[6];
+  const uint8_t* colour_rows[4];
+  uint8_t *mask, *r, *g, *b;  // row storage, one 16-bit lane for two columns
+  int32_t odd_row;
+  int32_t width;
+};
+
+// A colour matrix as the conversions load it: rows of R, G, B coefficients, 6 fraction bits.
+struct colour_matrix {
+  vec_i16 coef[9];
+  vec_i16 offset[3];  // before the shift; includes the rounding
+  vec_i16 bias[3];    // after it: 128 for a chroma row, else 0
+};
+
+// tile/demosaic.h: rows r - 1 .. r + 1 of the mosaic (and of the green row where one exists)
+struct demosaic_args {
+  const uint8_t* rows[3];
+  const uint8_t* green[3];
+  const uint8_t *flat_mask, *flat_r, *flat_g, *flat_b;  // null: no flat colours
+  const colour_matrix* matrix;
+  uint8_t* luma;    // Y, or the matrix' first row
+  uint8_t* chroma;  // words; may be null. Three planes: the second row
+  uint8_t* plane3;  // three planes: the third row
+  int32_t odd_row;
+  int32_t width;
+};
+
+// tile/noise_filter.h: rows r - 1 .. r + 1
+struct noise_args {
+  const ppl_context* context;
+  const uint8_t* luma[3];
+  const uint8_t* chroma[3];
+  uint8_t *luma_out, *chroma_out;
+  int32_t width;
+};
+
+// tile/edge.h: rows r - 1 .. r + 1
+struct edge_args {
+  const ppl_context* context;
+  const uint8_t* luma[3];
+  uint8_t* out;
+  int32_t width;
+};
+
+// tile/mosaic_edge.h: the two rows of a row pair with the rows around them, in place
+struct mosaic_edge_args {
+  const ppl_context* context;
+  uint8_t* rows[4];  // 2p - 1 .. 2p + 2; rows 1 and 2 are overwritten with Y where in_place
+  const colour_matrix* matrix;
+  uint8_t* luma[2];      // Y, or the matrix' first row
+  uint8_t* chroma[2];    // words; may be null. Three planes: the second row
+  uint8_t* plane3[2];    // three planes: the third row
+  int32_t three_planes;  // no Y enters the neighbourhood
+  int32_t width;
+};
+
+// tile/chroma_smoothing.h: rows r - 1 .. r + 1
+struct smooth_args {
+  const uint8_t* chroma[3];
+  uint8_t* out;
+  int32_t width;
+};
+
+struct tile_kernels {
+  void (*front_end)(const front_end_args&);
+  void (*statistics)(const statistics_args&);
+  void (*median)(const median_args&);
+  void (*green_fill)(const green_args&);
+  void (*flat_test)(const flat_args&);
+  void (*demosaic_gradient)(const demosaic_args&);  // quality 15
+  void (*demosaic_bilinear)(const demosaic_args&);  // quality 2
+  void (*demosaic_directed)(const demosaic_args&);  // qualities 0, 1, 10, 11
+  void (*mosaic_edge)(const mosaic_edge_args&);     // quality 12
+  void (*noise_filter)(const noise_args&);
+  void (*edge)(const edge_args&);
+  void (*smooth)(const smooth_args&);
+};
+
+}  // namespace ppl

@@ -1,0 +1,56 @@
+// Medium filter: hot and dead samples of the mosaic replaced by a middle value of their four neighbours.
+//
+// Reads rows r - 2 .. r + 2, columns c - 2 .. c + 2, of front-end output; writes row r. The neighbours of a B or R
+// site are the samples of its colour two rows and two columns away, those of a green site the diagonal greens:
+//   even row  . n . n .       sum of the four, 16 bits; hi = max(sum * hot% >> 6, hot), lo = min(sum * dead% >> 6,
+//             n . X . n  or   dead), both products modulo 65536, shifted logically, then compared as signed.
+//             . n . n .       X above hi or below lo becomes the second smallest of the four.
+#pragma once
+
+#include "tile/kernels.h"
+#include "tile/simd.h"
+
+namespace ppl::PPL_LEVEL {
+
+namespace median_detail {
+
+template <class V>
+struct quad {
+  V n1, n2, n3, n4;
+};
+
+// The new values for one parity of columns, as 16-bit lanes; `lane` picks the parity.
+template <class V, class Lane>
+PPL_INLINE V filtered(const ppl_context& c, quad<V> n, V x, Lane lane) {
+  const V second =
+      min_u8(max_u8(min_u8(n.n1, n.n2), min_u8(n.n3, n.n4)), min_u8(max_u8(n.n1, n.n2), max_u8(n.n3, n.n4)));
+  const V sum = add16(add16(lane(n.n1), lane(n.n2)), add16(lane(n.n3), lane(n.n4)));
+  const V hi =
+      max_s16(srl16<6>(mullo16(sum, repeat16<V>(&c.medium_hot_percent))), repeat16<V>(&c.medium_hot));
+  const V lo =
+      min_s16(srl16<6>(mullo16(sum, repeat16<V>(&c.medium_dead_percent))), repeat16<V>(&c.medium_dead));
+  const V v = lane(x);
+  return select(gt_s16(v, hi) | gt_s16(lo, v), lane(second), v);
+}
+
+}  // namespace median_detail
+
+// The second smallest of four is min(max(min1, min2), min(max1, max2)).
+static void median(const median_args& a) {
+  using namespace median_detail;
+  const ppl_context& c = *a.context;
+  walk_padded(a.width, [&]<class V>(int x) {
+    const V centre = load<V>(a.rows[2] + x);
+    const quad<V> straight = {load<V>(a.rows[0] + x), load<V>(a.rows[4] + x), loadu<V>(a.rows[2] + x - 2),
+                              loadu<V>(a.rows[2] + x + 2)};
+    const quad<V> diagonal = {loadu<V>(a.rows[1] + x - 1), loadu<V>(a.rows[3] + x - 1),
+                              loadu<V>(a.rows[1] + x + 1), loadu<V>(a.rows[3] + x + 1)};
+    const auto even_lane = [](V v) { return even(v); };
+    const auto odd_lane = [](V v) { return odd(v); };
+    const V e = filtered(c, a.odd_row != 0 ? diagonal : straight, centre, even_lane);
+    const V o = filtered(c, a.odd_row != 0 ? straight : diagonal, centre, odd_lane);
+    store(a.out + x, join8(e, o));
+  });
+}
+
+}  // namespace ppl::PPL_LEVEL

@@ -1,0 +1,33 @@
+// The tile pipeline's vector code for one level.
+#include "platform/levels.h"
+#include "tile/chroma_smoothing.h"
+#include "tile/demosaic.h"
+#include "tile/edge.h"
+#include "tile/flat_test.h"
+#include "tile/front_end.h"
+#include "tile/green_fill.h"
+#include "tile/kernels.h"
+#include "tile/median.h"
+#include "tile/mosaic_edge.h"
+#include "tile/noise_filter.h"
+#include "tile/statistics.h"
+
+namespace ppl::PPL_LEVEL {
+
+extern const tile_kernels tile_table;
+const tile_kernels tile_table = {
+    .front_end = front_end,
+    .statistics = statistics,
+    .median = median,
+    .green_fill = green_fill,
+    .flat_test = flat_test,
+    .demosaic_gradient = demosaic_gradient,
+    .demosaic_bilinear = demosaic_bilinear,
+    .demosaic_directed = demosaic_directed,
+    .mosaic_edge = mosaic_edge,
+    .noise_filter = noise_filter,
+    .edge = edge,
+    .smooth = smooth,
+};
+
+}  // namespace ppl::PPL_LEVEL
