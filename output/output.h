@@ -18,6 +18,8 @@ namespace ppl {
 struct output_kernels;
 
 constexpr int kTileColumns = 16;
+constexpr int kPlanePitch = 2048 + 64;
+constexpr int kOutputScratch = 64 + 9 * kPlanePitch;
 
 // The two rows of a row pair as the path's last block left them. Chroma words hold U, V with 128 added.
 struct finished_rows {
@@ -38,6 +40,9 @@ struct output_writer {
   int32_t tiles, row_pairs, width;  // width: 16 * tiles
   int32_t decimation;
   uint8_t quality;
+  bool medium_filter;
+  uint8_t bottom_stages;  // row pairs behind the main stage
+  uint8_t* planes;        // 9 rows of kPlanePitch bytes in the record's scratch
   bool h_mirror;
   bool ordinary;                 // every row is one run inside the frame
   bool fills_gaps;               // doubled: rows between are interpolated
@@ -46,7 +51,7 @@ struct output_writer {
   uint8_t held[3][16];           // halved RGB24: planes of the first tile of a pair
 };
 
-output_writer make_writer(const frame_job& job, uint32_t quality);
+output_writer make_writer(const frame_job& job, int bottom_stages);
 
 // One for each format; they fill in what depends on it.
 void start_i420(output_writer& w, const frame_job& job);

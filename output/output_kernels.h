@@ -1,13 +1,23 @@
 // The entry points of the output stage's vector code. Sources are row storage (see tile/kernels.h) and may be read
-// up to the next multiple of 64; destinations are the caller's memory and get exactly the bytes told. Counts are
-// multiples of 16. "reversed" writes the run end for end.
+// up to the next multiple of 64; destinations get exactly the bytes told and may be the caller's memory. Counts are
+// multiples of 16. "reversed" writes a run end for end.
 #pragma once
 
 #include <stdint.h>
 
 namespace ppl {
 
+// Chroma as a row of words: U, V with 128 added for two columns.
+enum class byte_order : uint8_t { yuyv, uyvy };
+
+// R, G, B of a row of pixels, or what they are made from: Y, U, V of every pixel, or Y and a row of words.
+struct rgb_source {
+  enum kind : uint8_t { planes, yuv_planes, yuv_words } kind;
+  const uint8_t* plane[3];
+};
+
 struct output_kernels {
+  // ---- single planes
   // n bytes as they are.
   void (*copy)(uint8_t* to, const uint8_t* from, int n, bool reversed);
   // The bytes at even places of 2n.
@@ -15,12 +25,34 @@ struct output_kernels {
   // 2n bytes from n samples: before each sample the rounded-up mean with the sample to its left. The sample left
   // of the first is `outside`. Reversed: descending columns, each with its mean in front.
   void (*widen)(uint8_t* to, const uint8_t* from, int n, int outside, bool reversed);
-  // n U bytes and n V bytes from n words; every second word of 2n; each byte twice, 2n of n words.
+  // Rounded-up means of two runs.
+  void (*mean)(uint8_t* to, const uint8_t* a, const uint8_t* b, int n);
+  // Bytes with the top bit turned: 128 taken off again.
+  void (*unbias)(uint8_t* to, const uint8_t* from, int n);
+
+  // ---- chroma words to planes: n U bytes and n V bytes from n words; every second of 2n words; each byte twice
   void (*split_words)(uint8_t* u, uint8_t* v, const uint8_t* words, int n, bool reversed);
   void (*split_every_second)(uint8_t* u, uint8_t* v, const uint8_t* words, int n, bool reversed);
   void (*split_doubled)(uint8_t* u, uint8_t* v, const uint8_t* words, int n, bool reversed);
-  // Rounded-up means of two runs of the caller's memory.
-  void (*mean)(uint8_t* to, const uint8_t* a, const uint8_t* b, int n);
+
+  // ---- packed 4:2:2: n pixels of luma and words; reversed by pixels, U staying in front of V
+  void (*pack)(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, bool reversed,
+               byte_order order);
+  // Every second column of 2n, with the words of every second pair.
+  void (*pack_halved)(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, bool reversed,
+                      byte_order order);
+  // 2n pixels from n: luma as in widen, each word twice.
+  void (*pack_doubled)(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, int outside,
+                       bool reversed, byte_order order);
+  // The row between two rows of packed pixels, n bytes, a multiple of 64. In every 64 bytes only the first 32 are
+  // means of a (at the lower address) and b; the last two 16s take the second 16 means for b.
+  void (*packed_gap)(uint8_t* to, const uint8_t* a, const uint8_t* b, int n);
+
+  // ---- RGB: n pixels as B, G, R or B, G, R, 0
+  void (*rgb24)(uint8_t* to, const rgb_source& from, int n, bool reversed);
+  void (*rgb32)(uint8_t* to, const rgb_source& from, int n, bool reversed);
+  // The same conversion to planes.
+  void (*rgb_planes)(uint8_t* const to[3], const rgb_source& from, int n);
 };
 
 }  // namespace ppl

@@ -9,12 +9,16 @@ namespace ppl {
 namespace {
 
 // The frame is what the plan was made for: whole tile groups, no lost or negative black lines, nothing overlapping.
-bool is_ordinary(const ppl_context& c, int64_t bytes) {
+bool is_ordinary(const ppl_context& c, out_format format, int64_t bytes) {
   const int d = c.decimation;
   const int tiles = c.tiles_per_row;
   if (d < -1 || d > 1 || bytes <= 0) return false;
   if (c.frame_width != kTileColumns * tiles || (c.frame_height & 1) != 0) return false;
-  if ((tiles & (d > 0 ? 3 : 1)) != 0 || (d > 0 && (c.row_pairs & 1) != 0)) return false;
+  // Blocks of U and V come from two tiles, halved luma and RGB24 blocks too, halved U and V from four.
+  const bool i420 = format == out_format::i420;
+  if (i420 && (tiles & (d > 0 ? 3 : 1)) != 0) return false;
+  if (d > 0 && (tiles & 1) != 0 && format != out_format::rgb32) return false;
+  if (i420 && d > 0 && (c.row_pairs & 1) != 0) return false;
   const int64_t height = d < 0 ? int64_t{c.frame_height} * 2 : c.frame_height >> d;
   return c.out_height >= height && c.out_height <= height + 65536;
 }
@@ -41,8 +45,9 @@ void repeat_row(const output_writer& w, int64_t to, int64_t from, int n) {
     if (inside(w, to + i, 1) && inside(w, from + i, 1)) w.base[to + i] = w.base[from + i];
 }
 
-output_writer make_writer(const frame_job& job, uint32_t quality) {
-  const ppl_context& c = *job.context;
+output_writer make_writer(const frame_job& job, int bottom_stages) {
+  ppl_context& c = *job.context;
+  const uint32_t quality = c.quality;
   output_writer w = {};
   w.kernels = c.kernels->output;
   w.context = &c;
@@ -54,7 +59,10 @@ output_writer make_writer(const frame_job& job, uint32_t quality) {
   w.decimation = c.decimation;
   w.quality = static_cast<uint8_t>(quality);
   w.h_mirror = c.h_mirror != 0;
-  w.ordinary = is_ordinary(c, job.destination_bytes);
+  w.medium_filter = c.medium_filter_enabled != 0;
+  w.bottom_stages = static_cast<uint8_t>(bottom_stages);
+  w.planes = c.scratch + kScratchBytes - kOutputScratch + 64;
+  w.ordinary = is_ordinary(c, job.format, job.destination_bytes);
   w.fills_gaps = c.decimation < 0 && (quality < 10 || quality == 15);
   switch (job.format) {
     case out_format::i420:

@@ -44,7 +44,7 @@ enum scratch_row {
 };
 constexpr int kScratchPitch = 2048 + 64;
 constexpr int kLensScratch = (kColour0 + 4) * kScratchPitch;  // two rows of factors
-static_assert(64 + kLensScratch + 2 * 2 * 2048 <= kScratchBytes);
+static_assert(64 + kLensScratch + 2 * 2 * 2048 <= kScratchBytes - kOutputScratch);
 
 uint8_t* scratch_row_at(const walk& w, int row) {
   return w.context->scratch + 64 + row * kScratchPitch;
@@ -453,7 +453,7 @@ void run_tile_path(const frame_job& job) {
   const bool rgb = job.format == out_format::rgb24 || job.format == out_format::rgb32;
   w.three_planes = rgb && !path->noise_filter;
   w.chroma_in_odd_rows = job.format != out_format::i420;
-  w.writer = make_writer(job, path->quality);
+  w.writer = make_writer(job, path->bottom);
   load_matrix(w);
   prepare_flat_colours(w);
   plan_stages(w);

@@ -1,0 +1,57 @@
+// Row kernels of the decoder frame conversions: one table of them per vector level.
+//
+// A row is packed 4:2:2: two bytes a pixel, one luma and one chroma byte. Rows are counted in pixels here, always
+// a multiple of 16 (rows that came out of shrinking are padded in their row storage). No kernel reads or writes
+// outside the row lengths told here, and none needs alignment.
+#pragma once
+
+#include <stdint.h>
+
+namespace ppl {
+
+// Which byte of a 16-bit word is luma: the low one in YUYV, the high one in UYVY.
+enum class layout : uint8_t { yuyv = 0, uyvy = 1 };
+constexpr int kLayouts = 2;
+
+// What the motion test of one row looks at.
+struct blend_rows {
+  const uint8_t* kept;     // the row above the one to make, from the kept field
+  const uint8_t* below;    // the row below it
+  const uint8_t* earlier;  // the same row one frame ago
+  const uint8_t* later;    // the row itself, as its field has it
+  int16_t* difference;     // row storage for pixels + 2 values, kRowPad bytes of it in front of the first
+};
+constexpr int kRowPad = 64;
+
+// Where a pair of rows goes in I420.
+struct plane_rows {
+  uint8_t *luma[2], *u, *v;
+};
+
+struct convert_kernels {
+  // Any number of bytes, any address.
+  void (*copy)(uint8_t* out, const uint8_t* in, int64_t bytes);
+  void (*fill)(uint8_t* out, int64_t bytes, uint8_t even, uint8_t odd);
+
+  // Row operations. All means round up: (a + b + 1) >> 1.
+  void (*mean)(uint8_t* out, const uint8_t* a, const uint8_t* b, int pixels);
+  // The later row, its chroma bytes replaced by the mean of kept and below where the motion test says so.
+  void (*blend[kLayouts])(uint8_t* out, const blend_rows& rows, int pixels, int threshold);
+  // in_pixels is a multiple of 16; out gets a half or a quarter of them, and up to 64 bytes of padding behind.
+  void (*shrink_2[kLayouts])(uint8_t* out, const uint8_t* in, int in_pixels);
+  void (*shrink_4[kLayouts])(uint8_t* out, const uint8_t* in, int in_pixels);
+  // Twice the pixels, YUYV only.
+  void (*widen)(uint8_t* out, const uint8_t* in, int in_pixels);
+
+  // Row sinks.
+  void (*swap)(uint8_t* out, const uint8_t* in, int pixels);  // the two bytes of every word change places
+  void (*rgb24[kLayouts])(uint8_t* out, const uint8_t* in, int pixels);
+  // Luma of both rows and the mean of their chroma; [1] with each output row reversed.
+  void (*planes[kLayouts][2])(const plane_rows& out, const uint8_t* in_0, const uint8_t* in_1, int pixels);
+
+  // Units of 48 bytes of the 12-bit layout to 32 luma bytes and 16 mixed chroma bytes each; [1] with the units in
+  // reversed order and luma reversed.
+  void (*twelve_bit[2])(uint8_t* luma, uint8_t* chroma, const uint8_t* in, int units);
+};
+
+}  // namespace ppl

@@ -1,0 +1,185 @@
+// RGB24: bytes B, G, R; rows bottom-up.
+//
+// The path leaves R, G, B planes (qualities 1, 2, 11, 12), Y, U, V planes (0, 10) or Y and chroma words (15); the last
+// two are converted on the way.
+//   decimation 0   both rows
+//   halved         even columns of the even row, one block of 48 bytes for two tiles
+//   doubled        each plane widened, on every second row, then the rows between filled in all qualities. Quality
+//                  15 is not converted there: luma goes out as red, the bytes of the chroma words as green, those of
+//                  the unfiltered chroma words as blue, all without the 128.
+#include "output/output.h"
+#include "output/output_kernels.h"
+
+namespace ppl {
+
+namespace {
+
+rgb_source source_of(const output_writer& w, const finished_rows& rows, int i, int x) {
+  if (w.quality == 15) return {rgb_source::yuv_words, {rows.luma[i] + x, rows.chroma[i] + x, nullptr}};
+  return {w.yuv_planes ? rgb_source::yuv_planes : rgb_source::planes,
+          {rows.luma[i] + x, rows.chroma[i] + x, rows.plane3[i] + x}};
+}
+
+// ---- planes of a row in the record's scratch
+
+struct plane_rows {
+  uint8_t* plane[3];
+};
+
+plane_rows scratch_planes(const output_writer& w) {
+  return {{w.planes, w.planes + kPlanePitch, w.planes + 2 * kPlanePitch}};
+}
+plane_rows wide_planes(const output_writer& w) {
+  uint8_t* const base = w.planes + 3 * kPlanePitch;
+  return {{base, base + 2 * kPlanePitch, base + 4 * kPlanePitch}};
+}
+
+// R, G, B of row i, in scratch or where the path left them.
+rgb_source finished_planes(const output_writer& w, const finished_rows& rows, int i, bool unconverted) {
+  const rgb_source from = source_of(w, rows, i, 0);
+  if (from.kind == rgb_source::planes) return from;
+  const plane_rows to = scratch_planes(w);
+  if (unconverted) {
+    w.kernels->copy(to.plane[0], rows.luma[i], w.width, false);
+    w.kernels->unbias(to.plane[1], rows.chroma[i], w.width);
+    w.kernels->unbias(to.plane[2], rows.unfiltered_chroma[i], w.width);
+  } else {
+    w.kernels->rgb_planes(to.plane, from, w.width);
+  }
+  return {rgb_source::planes, {to.plane[0], to.plane[1], to.plane[2]}};
+}
+
+// Twice as wide. Under the mirror the first sample of a tile takes for its neighbour what the earlier tile's end was
+// widened to, a mean itself; at column 0 its own.
+void widen_planes(const output_writer& w, const rgb_source& from, const plane_rows& to) {
+  const int n = w.width;
+  for (int i = 0; i < 3; ++i) {
+    const uint8_t* const p = from.plane[i];
+    uint8_t* const out = to.plane[i];
+    w.kernels->widen(out, p, n, p[0], w.h_mirror);
+    if (!w.h_mirror) continue;
+    for (int c = kTileColumns; c < n; c += kTileColumns) {
+      const int earlier = (p[c - 1] + p[c - 2] + 1) >> 1;
+      out[2 * (n - 1 - c)] = static_cast<uint8_t>((p[c] + earlier + 1) >> 1);
+    }
+  }
+}
+
+// ---- doubled rows, by runs or by clipped tiles
+
+void put_doubled(output_writer& w, const finished_rows& rows) {
+  const output_plan& plan = w.context->plan;
+  const int64_t pitch = plan.rgb24_pitch.row_pitch;
+  for (int i = 0; i < 2; ++i) {
+    const plane_rows wide = wide_planes(w);
+    widen_planes(w, finished_planes(w, rows, i, w.quality == 15), wide);
+    const rgb_source from = {rgb_source::planes, {wide.plane[0], wide.plane[1], wide.plane[2]}};
+    const int64_t at = run_start(w.luma + 2 * i * pitch, w.tiles, plan.rgb24.tile_step);
+    if (w.ordinary) {
+      w.kernels->rgb24(w.base + at, from, 2 * w.width, false);
+      continue;
+    }
+    uint8_t block[48];
+    for (int x = 0; x < 2 * w.width; x += 16) {
+      const rgb_source part = {rgb_source::planes, {wide.plane[0] + x, wide.plane[1] + x, wide.plane[2] + x}};
+      w.kernels->rgb24(block, part, 16, false);
+      put_inside(w, at + 3 * x, block, 48);
+    }
+  }
+  w.luma += int64_t{w.tiles - 1} * plan.rgb24.tile_step;
+}
+
+// ---- halved rows
+
+void put_halved_row(output_writer& w, const finished_rows& rows) {
+  const output_plan& plan = w.context->plan;
+  const rgb_source full = finished_planes(w, rows, 0, false);
+  const plane_rows half = wide_planes(w);
+  for (int i = 0; i < 3; ++i) w.kernels->halve(half.plane[i], full.plane[i], w.width / 2, w.h_mirror);
+  const rgb_source from = {rgb_source::planes, {half.plane[0], half.plane[1], half.plane[2]}};
+  const int64_t at = run_start(w.luma, w.tiles, plan.rgb24.tile_step);
+  w.kernels->rgb24(w.base + at, from, w.width / 2, false);
+  w.luma += int64_t{w.tiles - 1} * plan.rgb24.tile_step;
+}
+
+// Pairs of tiles are found by the alignment of the pair's place. Where that slips, a pair's earlier tile is the last
+// tile of the row before (quality 15: the tile held last).
+void put_halved_tiles(output_writer& w, const finished_rows& rows) {
+  const int32_t step = w.context->plan.rgb24.tile_step;
+  const rgb_source full = finished_planes(w, rows, 0, false);
+  uint8_t pair[3][32], half[3][16], block[48];
+  for (int t = 0; t < w.tiles; ++t) {
+    const int x = t * kTileColumns;
+    const int64_t at = w.h_mirror ? w.luma : w.luma - step;
+    if (t < w.tiles - 1) w.luma += step;
+    if ((at & 15) != 0) {
+      if (w.quality == 15)
+        for (int i = 0; i < 3; ++i) __builtin_memcpy(w.held[i], full.plane[i] + x, 16);
+      continue;
+    }
+    for (int i = 0; i < 3; ++i) {
+      const uint8_t* const earlier = w.quality == 15 || t == 0 ? w.held[i] : full.plane[i] + x - 16;
+      __builtin_memcpy(pair[i], earlier, 16);
+      __builtin_memcpy(pair[i] + 16, full.plane[i] + x, 16);
+      w.kernels->halve(half[i], pair[i], 16, w.h_mirror);
+    }
+    w.kernels->rgb24(block, {rgb_source::planes, {half[0], half[1], half[2]}}, 16, false);
+    put_inside(w, at, block, 48);
+  }
+  if (w.quality == 15) return;
+  const rgb_source odd_row = finished_planes(w, rows, 1, false);
+  for (int i = 0; i < 3; ++i) __builtin_memcpy(w.held[i], odd_row.plane[i] + w.width - 16, 16);
+}
+
+// ---- rows as they are
+
+void put_full(output_writer& w, const finished_rows& rows) {
+  const output_plan& plan = w.context->plan;
+  const int64_t pitch = plan.rgb24_pitch.row_pitch;
+  const int64_t at = run_start(w.luma, w.tiles, plan.rgb24.tile_step);
+  for (int i = 0; i < 2; ++i) {
+    if (w.ordinary) {
+      w.kernels->rgb24(w.base + at + i * pitch, source_of(w, rows, i, 0), w.width, w.h_mirror);
+      continue;
+    }
+    uint8_t block[48];
+    for (int t = 0; t < w.tiles; ++t) {
+      w.kernels->rgb24(block, source_of(w, rows, i, t * kTileColumns), 16, w.h_mirror);
+      put_inside(w, w.luma + i * pitch + int64_t{t} * plan.rgb24.tile_step, block, 48);
+    }
+  }
+  w.luma += int64_t{w.tiles - 1} * plan.rgb24.tile_step;
+}
+
+// The first byte of the row in which the tiles' pointers give `at`.
+int64_t row_start(const output_writer& w, int64_t at) {
+  return w.h_mirror ? at + 96 - 3 * int64_t{w.context->out_width} : at;
+}
+
+void put(output_writer& w, int p, const finished_rows& rows) {
+  const auto& plan = w.context->plan.rgb24;
+  if (w.decimation < 0)
+    put_doubled(w, rows);
+  else if (w.decimation == 0)
+    put_full(w, rows);
+  else
+    w.ordinary ? put_halved_row(w, rows) : put_halved_tiles(w, rows);
+  w.luma += plan.row_step;
+  if (w.decimation >= 0) return;
+  const int n = 3 * w.context->out_width;
+  fill_row(w, row_start(w, w.luma + plan.fill_1), n, n);
+  if (p > 0) fill_row(w, row_start(w, w.luma + plan.fill_2), n, n);
+  if (p == w.row_pairs - 1)
+    repeat_row(w, row_start(w, w.luma + plan.last_target), row_start(w, w.luma + plan.last_source), n);
+}
+
+}  // namespace
+
+void start_rgb24(output_writer& w, const frame_job&) {
+  w.put = put;
+  w.luma = output_start(w.context, out_format::rgb24).stage;
+  w.wants_unfiltered_chroma = w.quality == 15 && w.decimation < 0;
+  w.yuv_planes = w.quality == 0 || w.quality == 10;
+}
+
+}  // namespace ppl
