@@ -20,18 +20,7 @@ namespace {
 // ---- row storage, in the record's ring pool: rows of a plane, and rows of a format or of a doubled plane
 
 constexpr int kPlanePitch = 2048 + 128, kWidePitch = 4096 + 128, kPackedPitch = 8192;
-enum plane_row : uint8_t {
-  kEven,
-  kOdd,
-  kBlackEven,
-  kBlackOdd,
-  kValueEven,
-  kValueOdd,
-  kLuma0,
-  kLuma1,
-  kU,
-  kV
-};
+enum plane_row : uint8_t { kEven, kOdd, kBlackEven, kBlackOdd, kLuma0, kLuma1, kU, kV };
 constexpr int kPlaneRows = 10;
 constexpr int kWideRows = 3;    // doubled planes
 constexpr int kPackedRows = 2;  // finished rows that are not made in place
@@ -161,6 +150,10 @@ bulk_frame plan_frame(const frame_job& job) {
 
 // ---- front end and statistics
 
+const uint8_t* tone_of(const bulk_frame& f) {
+  return f.grey ? f.context->yuv_contrast_gamma_table : f.context->rgb_gamma_table;
+}
+
 void front_end(const bulk_frame& f, int row_pair) {
   ppl_context* const c = f.context;
   const int r = 2 * row_pair;
@@ -172,7 +165,7 @@ void front_end(const bulk_frame& f, int row_pair) {
   const auto row_if = [&](bool wanted, plane_row row) { return wanted ? plane(c, row) : nullptr; };
   const tile_kernels& k = *c->kernels->tile;
   k.front_end({.context = c,
-               .tone = f.grey ? c->yuv_contrast_gamma_table : c->rgb_gamma_table,
+               .tone = tone_of(f),
                .source_even = even,
                .source_odd = odd,
                .frame_even = even,
@@ -181,10 +174,8 @@ void front_end(const bulk_frame& f, int row_pair) {
                .row_odd = plane(c, kOdd),
                .lens_even = lens_row(*c, r, f.columns, spare),
                .lens_odd = lens_row(*c, r + 1, f.columns, spare + 2048),
-               .black_even = row_if(full, kBlackEven),
-               .black_odd = row_if(full, kBlackOdd),
-               .value_even = row_if(collect, kValueEven),
-               .value_odd = row_if(collect, kValueOdd),
+               .black_even = row_if(collect, kBlackEven),
+               .black_odd = row_if(collect, kBlackOdd),
                .width = f.columns});
   if (!collect) return;
   if (full) {
@@ -194,12 +185,11 @@ void front_end(const bulk_frame& f, int row_pair) {
   }
   // These paths have no sub-windows: a row pair outside the grid makes all plain sums meet in one cell.
   k.statistics({.context = c,
-                .black_even = row_if(full, kBlackEven),
-                .black_odd = row_if(full, kBlackOdd),
-                .value_even = plane(c, kValueEven),
-                .value_odd = plane(c, kValueOdd),
+                .black_even = plane(c, kBlackEven),
+                .black_odd = plane(c, kBlackOdd),
                 .tone_even = plane(c, kEven),
                 .tone_odd = plane(c, kOdd),
+                .plain_only = !full,
                 .row_pair = INT32_MAX,
                 .last_tile = f.tiles - 1,
                 .tile_lead = 0});
@@ -561,6 +551,7 @@ void run_bulk_path(const frame_job& job) {
   if (f.tiles <= 0 || f.row_pairs <= 0) return;
   group_store groups = start_groups(f);
   const row_sink sink = {&f, job.destination_bytes};
+  job.context->kernels->tile->prepare_tone(*job.context, tone_of(f));
   for (int p = 0; p < f.row_pairs; ++p) {
     front_end(f, p);
     if (f.doubled)

@@ -19,3 +19,20 @@ gtest_discover_tests(digests_bayer_reference TEST_PREFIX "reference.")
 ppl_bayer_test(digests_bayer SOURCES vectors_bayer.cpp slots_reference.cpp slots_library.cpp
   LIBRARIES ppl_reference ppl_test GTest::gtest_main DEFINITIONS TEST_LIBRARY)
 gtest_discover_tests(digests_bayer TEST_PREFIX "library.")
+
+# The random comparison, one test a family: a failure names the family and the seed that repeats it.
+ppl_bayer_test(compare_bayer SOURCES compare_bayer.cpp slots_reference.cpp slots_library.cpp
+  LIBRARIES ppl_reference ppl_test)
+set(PPL_COMPARE_SHARE 1 CACHE STRING "Share of the usual number of random cases")
+set(families counted sequences scaled safety controls)
+foreach(format I420 YUYV UYVY RGB24 RGB32)
+  list(APPEND families raw_${format} wrappers_${format})
+  foreach(quality 0 1 2 3 10 11 12 13 15)
+    if(NOT (quality EQUAL 13 AND format MATCHES "YUYV|UYVY|RGB32") AND NOT (quality EQUAL 15 AND format STREQUAL "RGB32"))
+      list(APPEND families quality_${quality}_${format})
+    endif()
+  endforeach()
+endforeach()
+foreach(family IN LISTS families)
+  add_test(NAME compare_bayer.${family} COMMAND compare_bayer ${family} --share ${PPL_COMPARE_SHARE})
+endforeach()

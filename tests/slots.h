@@ -143,15 +143,15 @@ struct library_slot {
   SLOT_CALL(reset_lens_correction)
 #undef SLOT_CALL
 
-  bool process_frame(format kind, uint8_t* source, uint8_t* destination, uint32_t width, uint32_t height,
-                     uint32_t stride) const {
+  uint8_t process_frame(format kind, uint8_t* source, uint8_t* destination, uint32_t width, uint32_t height,
+                        uint32_t stride) const {
     constexpr decltype(&ppl_process_blrtoi420) calls[] = {ppl_process_blrtoi420, ppl_process_blrtoyuyv,
                                                           ppl_process_blrtouyvy, ppl_process_blrtorgb24,
                                                           ppl_process_blrtorgb32};
-    return calls[int(kind)](context, source, destination, width, height, stride) != 0;
+    return calls[int(kind)](context, source, destination, width, height, stride);
   }
-  bool wrapper(format kind, ending name, uint8_t* source, uint8_t* destination, uint32_t width,
-               uint32_t height) const {
+  uint8_t wrapper(format kind, ending name, uint8_t* source, uint8_t* destination, uint32_t width,
+                  uint32_t height) const {
 #define SLOT_ENDINGS(F)                                                     \
   {                                                                         \
     BaylorTo##F##MMX, BaylorTo##F##MMX_deci_2_1, BaylorTo##F##MMX_intp_1_2, \
@@ -160,16 +160,16 @@ struct library_slot {
     constexpr decltype(&BaylorToI420MMX) calls[5][5] = {
         SLOT_ENDINGS(I420), SLOT_ENDINGS(YUYV), SLOT_ENDINGS(UYVY), SLOT_ENDINGS(RGB24), SLOT_ENDINGS(RGB32)};
 #undef SLOT_ENDINGS
-    return calls[int(kind)][int(name)](context, source, destination, width, height) != 0;
+    return calls[int(kind)][int(name)](context, source, destination, width, height);
   }
-  bool scaling_wrapper(format kind, uint8_t* source, uint32_t width, uint32_t height, uint32_t stride,
-                       uint8_t* destination, uint32_t out_width, uint32_t out_height,
-                       uint8_t* scratch) const {
+  uint8_t scaling_wrapper(format kind, uint8_t* source, uint32_t width, uint32_t height, uint32_t stride,
+                          uint8_t* destination, uint32_t out_width, uint32_t out_height,
+                          uint8_t* scratch) const {
     constexpr decltype(&BaylorToI420MMX_scaling_stride) calls[] = {
         BaylorToI420MMX_scaling_stride, BaylorToYUYVMMX_scaling_stride, BaylorToUYVYMMX_scaling_stride,
         BaylorToRGB24MMX_scaling_stride, BaylorToRGB32MMX_scaling_stride};
     return calls[int(kind)](context, source, width, height, stride, destination, out_width, out_height,
-                            scratch) != 0;
+                            scratch);
   }
 };
 

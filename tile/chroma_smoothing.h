@@ -9,18 +9,26 @@
 
 namespace ppl::PPL_LEVEL {
 
-static void smooth(const smooth_args& a) {
+constexpr int kWordBytes = 2;
+
+static void smooth(const smooth_args& args) {
+  const smooth_args a = args;
+  // Sums of three rows first, U and V apart and one word beyond either end, then three words across.
+  walk_padded(a.width + 2 * kWordBytes, [&]<class V>(int at) {
+    const int x = at - kWordBytes;
+    const V r0 = loadu<V>(a.chroma[0] + x), r1 = loadu<V>(a.chroma[1] + x), r2 = loadu<V>(a.chroma[2] + x);
+    store(a.u_sums + at, add16(add16(even(r0), even(r1)), even(r2)));
+    store(a.v_sums + at, add16(add16(odd(r0), odd(r1)), odd(r2)));
+  });
   walk_padded(a.width, [&]<class V>(int x) {
-    const auto column = [&](int dx, auto lane) {
-      return add16(add16(lane(loadu<V>(a.chroma[0] + x + dx)), lane(loadu<V>(a.chroma[1] + x + dx))),
-                   lane(loadu<V>(a.chroma[2] + x + dx)));
+    const auto scaled = [&](const uint8_t* sums) {
+      const V left = load<V>(sums + x), centre = loadu<V>(sums + x + kWordBytes);
+      const V sum = add16(add16(left, centre), loadu<V>(sums + x + 2 * kWordBytes));
+      // 28 * (sum - 1152) >> 8, then 128 added: within 2..251, no clamp. 28 * 1152 = 126 * 256, so the bias moves
+      // through the shift; the product itself wraps and is taken as unsigned.
+      return add16(srl16<8>(mullo16(sum, set16<V>(28))), set16<V>(2));
     };
-    const auto scaled = [&](auto lane) {
-      const V sum = add16(add16(column(-2, lane), column(0, lane)), column(2, lane));
-      const V mean = sra16<8>(mullo16(sub16(sum, set16<V>(9 * 128)), set16<V>(28)));
-      return add16(mean, set16<V>(128));  // within 2..251: no clamp
-    };
-    store(a.out + x, join8(scaled([](V v) { return even(v); }), scaled([](V v) { return odd(v); })));
+    store(a.out + x, join8(scaled(a.u_sums), scaled(a.v_sums)));
   });
 }
 

@@ -20,11 +20,6 @@ struct colours {
 };
 
 template <class V>
-PPL_INLINE colours<V> split(V r, V g, V b) {
-  return {even(r), odd(r), even(g), odd(g), even(b), odd(b)};
-}
-
-template <class V>
 PPL_INLINE V matrix_row(const colour_matrix& m, int row, V r, V g, V b) {
   const V rg =
       add16(mullo16(r, repeat16<V>(&m.coef[3 * row])), mullo16(g, repeat16<V>(&m.coef[3 * row + 1])));

@@ -26,23 +26,18 @@ PPL_INLINE neighbourhood<V> around(const uint8_t* const rows[3], int x) {
           loadu<V>(rows[2] + x - 1), load<V>(rows[2] + x), loadu<V>(rows[2] + x + 1)};
 }
 
-// Bytes of the columns that hold the row's own colour from `site`, of the others from `green`.
-template <bool kOddRow, class V>
-PPL_INLINE V by_site(V site, V green) {
-  return kOddRow ? even_odd(green, site) : even_odd(site, green);
-}
-
-// Means of two and four neighbours: own colour and other colour of every column, green by the caller's rule.
+// Means of two and four neighbours, straight to lanes: own colour and other colour of every column, green by the
+// caller's rule at own sites.
 //   at own sites    own: the sample; other: mean of the diagonals, first vertically, then across
 //   at green sites  own: mean of left and right; other: mean of above and below
 template <bool kOddRow, class V>
 PPL_INLINE colours<V> bilinear_with_green(const neighbourhood<V>& n, V green_at_site) {
   const V across = avg8(n.left, n.right), along = avg8(n.up, n.down);
   const V diagonal = avg8(avg8(n.up_left, n.down_left), avg8(n.up_right, n.down_right));
-  const V own = by_site<kOddRow>(n.centre, across);
-  const V other = by_site<kOddRow>(diagonal, along);
-  const V green = by_site<kOddRow>(green_at_site, n.centre);
-  return kOddRow ? split(own, green, other) : split(other, green, own);
+  if constexpr (kOddRow)
+    return {even(across), odd(n.centre), even(n.centre), odd(green_at_site), even(along), odd(diagonal)};
+  else
+    return {even(diagonal), odd(along), even(green_at_site), odd(n.centre), even(n.centre), odd(across)};
 }
 
 }  // namespace demosaic_detail
@@ -115,8 +110,10 @@ struct directed_interpolator {
 };
 
 template <class Interpolator, bool kOddRow>
-static void demosaic_row(const demosaic_args& a) {
-  const colour_out out = {a.matrix, a.luma, a.chroma, a.plane3};
+static void demosaic_row(const demosaic_args& args) {
+  const demosaic_args a = args;
+  const colour_matrix matrix = *a.matrix;
+  const colour_out out = {&matrix, a.luma, a.chroma, a.plane3};
   with_colour_form(out, [&]<colour_form kForm>() {
     walk_padded(a.width, [&]<class V>(int x) {
       put_colours<kForm>(out, x, Interpolator::template at<kOddRow, V>(a, x));

@@ -14,10 +14,6 @@ int mirrored(int position, int size) {
   return position;
 }
 
-uint8_t plane::at(int row, int column) const {
-  return (*this)(mirrored(row, height), mirrored(column, width));
-}
-
 namespace {
 
 uint8_t clamped(int value) {

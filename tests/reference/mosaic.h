@@ -11,6 +11,8 @@
 
 namespace ref {
 
+int mirrored(int position, int size);
+
 struct plane {
   int width = 0, height = 0;
   std::vector<uint8_t> samples;
@@ -23,9 +25,11 @@ struct plane {
     return samples[static_cast<std::size_t>(row * width + column)];
   }
   // Positions outside are mirrored about the border sample, as often as needed.
-  uint8_t at(int row, int column) const;
+  uint8_t at(int row, int column) const {
+    const bool inside = row >= 0 && row < height && column >= 0 && column < width;
+    return inside ? (*this)(row, column) : (*this)(mirrored(row, height), mirrored(column, width));
+  }
 };
-int mirrored(int position, int size);
 
 // A frame behind the front end, at the three points where something looks at it.
 struct mosaic {
