@@ -954,6 +954,25 @@ void counted_case(test_case& c) {
   }
 }
 
+// Black lines of every count, odd and negative ones too, and the size changes that lose them.
+void black_lines_case(test_case& c) {
+  random_source& random = c.random;
+  frame_size f = random_size(random);
+  random_controls(c, 2);
+  for (int i = 0; i < 4 && !c.failed; ++i) {
+    set_mirrors(c);
+    if (random.chance(80)) {
+      const int32_t d = random.between(-1, 2), reach = random.chance(70) ? 8 : 2 * f.height + 4;
+      const int32_t top = random.between(-reach, reach),
+                    bottom = random.chance(50) ? 0 : random.between(-reach, reach);
+      CALL3(set_decimation, d, top, bottom);
+    }
+    if (random.chance(30)) f = random_size(random);
+    set_quality(c, random.chance(90) ? random.pick(kQualities) : 4);
+    one_frame(c, format(random.between(0, 4)), f, 0, false);
+  }
+}
+
 // Sizes that no picture is promised for: the buffers, the count and the answer are.
 void safety_case(test_case& c) {
   random_source& random = c.random;
@@ -1140,6 +1159,7 @@ std::vector<family> families() {
   all.push_back({"counted", 200, counted_case});
   all.push_back({"sequences", 400, sequence_case});
   all.push_back({"scaled", 400, scaled_case});
+  all.push_back({"black_lines", 400, black_lines_case});
   all.push_back({"safety", 1500, safety_case});
   all.push_back({"controls", 300, controls_case});
   return all;
