@@ -47,6 +47,9 @@ if(PPL_IMAGE_GCC)
 else()
   list(APPEND PPL_IMAGE_FLAGS -gcodeview -gno-codeview-command-line -Xclang -fdebug-compilation-dir=.
     -Wframe-larger-than=2048 -Wvla -Walloca)
+  if(CMAKE_CXX_COMPILER_VERSION VERSION_GREATER_EQUAL 18)
+    list(APPEND PPL_IMAGE_FLAGS -fno-auto-import) # else every variable of another file is reached through a pointer
+  endif()
 endif()
 
 function(ppl_image_objects name)

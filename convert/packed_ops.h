@@ -17,15 +17,6 @@ template <layout L, class V>
 PPL_INLINE V chroma16(V a) {
   return L == layout::yuyv ? odd(a) : even(a);
 }
-// Luma (chroma) bytes of a, then of b.
-template <layout L, class V>
-PPL_INLINE V luma_bytes(V a, V b) {
-  return L == layout::yuyv ? even_bytes(a, b) : odd_bytes(a, b);
-}
-template <layout L, class V>
-PPL_INLINE V chroma_bytes(V a, V b) {
-  return L == layout::yuyv ? odd_bytes(a, b) : even_bytes(a, b);
-}
 // The luma bytes of one and the chroma bytes of the other.
 template <layout L, class V>
 PPL_INLINE V with_chroma(V luma, V chroma) {
@@ -35,6 +26,60 @@ template <class V>
 PPL_INLINE V swap_bytes(V a) {
   return sll16<8>(a) | srl16<8>(a);
 }
+
+// Luma (chroma) bytes of a, then of b.
+template <layout L, class V>
+PPL_INLINE V luma_bytes(V a, V b) {
+  return L == layout::yuyv ? even_bytes(a, b) : odd_bytes(a, b);
+}
+// U and V of 2 * V::size pixels: four vectors of packed words.
+template <layout L>
+PPL_INLINE void split_chroma(const vec<16> (&a)[4], vec<16>& u, vec<16>& v) {
+  const vec<16> x = pack_u8(chroma16<L>(a[0]), chroma16<L>(a[1]));
+  const vec<16> y = pack_u8(chroma16<L>(a[2]), chroma16<L>(a[3]));
+  u = even_bytes(x, y);
+  v = odd_bytes(x, y);
+}
+PPL_INLINE void store_half(uint8_t* out, vec<16> a) {
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(out), a.v);
+}
+#if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
+// Packing twice within 128 bits leaves 32-bit lanes in the order 0 2 4 6, 1 3 5 7.
+template <layout L>
+PPL_INLINE void split_chroma(const vec<32> (&a)[4], vec<32>& u, vec<32>& v) {
+  const vec<32> x = {_mm256_packus_epi16(chroma16<L>(a[0]).v, chroma16<L>(a[1]).v)};
+  const vec<32> y = {_mm256_packus_epi16(chroma16<L>(a[2]).v, chroma16<L>(a[3]).v)};
+  const __m256i order = _mm256_set_epi32(7, 3, 6, 2, 5, 1, 4, 0);
+  u.v = _mm256_permutevar8x32_epi32(_mm256_packus_epi16(even(x).v, even(y).v), order);
+  v.v = _mm256_permutevar8x32_epi32(_mm256_packus_epi16(odd(x).v, odd(y).v), order);
+}
+#endif
+#if defined(PPL_LEVEL_avx512)
+struct byte_order {
+  alignas(64) uint8_t at[64];
+};
+constexpr byte_order every_second_byte(int from) {
+  byte_order t = {};
+  for (int i = 0; i < 64; i++) t.at[i] = static_cast<uint8_t>(2 * i + from);
+  return t;
+}
+template <int From>
+PPL_INLINE vec<64> pick_bytes(vec<64> a, vec<64> b) {
+  static constexpr byte_order order = every_second_byte(From);
+  return {_mm512_permutex2var_epi8(a.v, load<vec<64>>(order.at).v, b.v)};
+}
+template <layout L>
+PPL_INLINE vec<64> luma_bytes(vec<64> a, vec<64> b) {
+  return pick_bytes < L == layout::yuyv ? 0 : 1 > (a, b);
+}
+template <layout L>
+PPL_INLINE void split_chroma(const vec<64> (&a)[4], vec<64>& u, vec<64>& v) {
+  constexpr int chroma = L == layout::yuyv ? 1 : 0;
+  const vec<64> x = pick_bytes<chroma>(a[0], a[1]), y = pick_bytes<chroma>(a[2], a[3]);
+  u = pick_bytes<0>(x, y);
+  v = pick_bytes<1>(x, y);
+}
+#endif
 
 // ---- 32-bit lanes in memory order
 
@@ -53,27 +98,6 @@ PPL_INLINE void interleave32(vec<16> a, vec<16> b, vec<16>& first, vec<16>& seco
 PPL_INLINE vec<16> next_macropixels(vec<16> a) {
   return {_mm_shuffle_epi32(a.v, 0xf9)};
 }
-// Each 32-bit lane with its low (high) 16-bit lane in both places.
-PPL_INLINE vec<16> repeat_low16(vec<16> a) {
-#ifdef __SSSE3__
-  return {_mm_shuffle_epi8(a.v, _mm_set_epi8(13, 12, 13, 12, 9, 8, 9, 8, 5, 4, 5, 4, 1, 0, 1, 0))};
-#else
-  return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(a.v, 0xa0), 0xa0)};
-#endif
-}
-PPL_INLINE vec<16> repeat_high16(vec<16> a) {
-#ifdef __SSSE3__
-  return {_mm_shuffle_epi8(a.v, _mm_set_epi8(15, 14, 15, 14, 11, 10, 11, 10, 7, 6, 7, 6, 3, 2, 3, 2))};
-#else
-  return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(a.v, 0xf5), 0xf5)};
-#endif
-}
-// The even bytes to u, the odd ones to v, half a vector each.
-PPL_INLINE void store_split(uint8_t* u, uint8_t* v, vec<16> mixed) {
-  const __m128i planes = _mm_packus_epi16(even(mixed).v, odd(mixed).v);
-  _mm_storel_epi64(reinterpret_cast<__m128i*>(u), planes);
-  _mm_storeh_pd(reinterpret_cast<double*>(v), _mm_castsi128_pd(planes));
-}
 
 #if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
 PPL_INLINE vec<32> even32(vec<32> a, vec<32> b) {
@@ -88,20 +112,6 @@ PPL_INLINE void interleave32(vec<32> a, vec<32> b, vec<32>& first, vec<32>& seco
   const __m256i lo = _mm256_unpacklo_epi32(a.v, b.v), hi = _mm256_unpackhi_epi32(a.v, b.v);
   first.v = _mm256_permute2x128_si256(lo, hi, 0x20);
   second.v = _mm256_permute2x128_si256(lo, hi, 0x31);
-}
-PPL_INLINE vec<32> repeat_low16(vec<32> a) {
-  return {_mm256_shuffle_epi8(
-      a.v, _mm256_broadcastsi128_si256(_mm_set_epi8(13, 12, 13, 12, 9, 8, 9, 8, 5, 4, 5, 4, 1, 0, 1, 0)))};
-}
-PPL_INLINE vec<32> repeat_high16(vec<32> a) {
-  return {_mm256_shuffle_epi8(a.v, _mm256_broadcastsi128_si256(_mm_set_epi8(15, 14, 15, 14, 11, 10, 11, 10, 7,
-                                                                            6, 7, 6, 3, 2, 3, 2)))};
-}
-PPL_INLINE void store_split(uint8_t* u, uint8_t* v, vec<32> mixed) {
-  const __m256i x = _mm256_packus_epi16(even(mixed).v, odd(mixed).v);
-  const __m256i planes = _mm256_permute4x64_epi64(x, 0xd8);
-  storeu(u, vec<16>{_mm256_castsi256_si128(planes)});
-  storeu(v, vec<16>{_mm256_extracti128_si256(planes, 1)});
 }
 #endif
 
@@ -120,62 +130,116 @@ PPL_INLINE void interleave32(vec<64> a, vec<64> b, vec<64>& first, vec<64>& seco
   first.v = _mm512_permutex2var_epi32(a.v, lo, b.v);
   second.v = _mm512_permutex2var_epi32(a.v, hi, b.v);
 }
-PPL_INLINE vec<64> repeat_low16(vec<64> a) {
-  return {_mm512_shuffle_epi8(
-      a.v, _mm512_broadcast_i32x4(_mm_set_epi8(13, 12, 13, 12, 9, 8, 9, 8, 5, 4, 5, 4, 1, 0, 1, 0)))};
-}
-PPL_INLINE vec<64> repeat_high16(vec<64> a) {
-  return {_mm512_shuffle_epi8(
-      a.v, _mm512_broadcast_i32x4(_mm_set_epi8(15, 14, 15, 14, 11, 10, 11, 10, 7, 6, 7, 6, 3, 2, 3, 2)))};
-}
-PPL_INLINE void store_split(uint8_t* u, uint8_t* v, vec<64> mixed) {
-  storeu(u, vec<32>{_mm512_cvtepi16_epi8(mixed.v)});
-  storeu(v, vec<32>{_mm512_cvtepi16_epi8(odd(mixed).v)});
-}
 #endif
 
 // ---- RGB24
 
-// Where output byte k of three interleaved planes comes from: the table of one output vector, per plane the index
-// of the source byte or none.
-template <int N>
-struct bgr_table {
-  alignas(64) uint8_t at[3][3][N];  // [output vector][plane][byte]
+#ifdef __SSSE3__
+// Sums of two products, bytes of u unsigned and of s signed, to saturated 16-bit lanes; bytes picked within each 16.
+PPL_INLINE vec<16> madd8(vec<16> u, vec<16> s) {
+  return {_mm_maddubs_epi16(u.v, s.v)};
+}
+PPL_INLINE vec<16> shuffle8(vec<16> a, vec<16> at) {
+  return {_mm_shuffle_epi8(a.v, at.v)};
+}
+#if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
+PPL_INLINE vec<32> madd8(vec<32> u, vec<32> s) {
+  return {_mm256_maddubs_epi16(u.v, s.v)};
+}
+PPL_INLINE vec<32> shuffle8(vec<32> a, vec<32> at) {
+  return {_mm256_shuffle_epi8(a.v, at.v)};
+}
+#endif
+#if defined(PPL_LEVEL_avx512)
+PPL_INLINE vec<64> madd8(vec<64> u, vec<64> s) {
+  return {_mm512_maddubs_epi16(u.v, s.v)};
+}
+PPL_INLINE vec<64> shuffle8(vec<64> a, vec<64> at) {
+  return {_mm512_shuffle_epi8(a.v, at.v)};
+}
+#endif
+#else
+// Each 32-bit lane with its low (high) 16-bit lane in both places.
+PPL_INLINE vec<16> repeat_low16(vec<16> a) {
+  return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(a.v, 0xa0), 0xa0)};
+}
+PPL_INLINE vec<16> repeat_high16(vec<16> a) {
+  return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(a.v, 0xf5), 0xf5)};
+}
+#endif
+
+// V::size / 2 pixels, their colours in signed 16-bit lanes, not yet clamped.
+template <class V>
+struct bgr16 {
+  V b, g, r;
 };
-template <int N>
-constexpr bgr_table<N> make_bgr_table(uint8_t none) {
-  bgr_table<N> t = {};
-  for (int k = 0; k < 3 * N; k++) {
-    for (int plane = 0; plane < 3; plane++) {
-      t.at[k / N][plane][k % N] = k % 3 == plane ? static_cast<uint8_t>(k / 3) : none;
-    }
+
+// 2 * V::size bytes of packed words for the two halves of a store_bgr(). Packing stays within 128 bits: in vectors
+// of 32 bytes each half takes every second 16 bytes.
+template <class V>
+PPL_INLINE void load_for_bgr(const uint8_t* p, V& first, V& second) {
+#if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
+  if constexpr (V::size == 32) {
+    const auto two = [](const uint8_t* lo, const uint8_t* hi) {
+      const __m256i x = _mm256_castsi128_si256(loadu<vec<16>>(lo).v);
+      return vec<32>{_mm256_inserti128_si256(x, loadu<vec<16>>(hi).v, 1)};
+    };
+    first = two(p, p + 32);
+    second = two(p + 16, p + 48);
+    return;
+  }
+#endif
+  first = loadu<V>(p);
+  second = loadu<V>(p + V::size);
+}
+
+#ifdef __SSSE3__
+// 16 pixels, blue and green of eight packed together, red of sixteen: where the bytes of the three output vectors
+// come from. The first takes nothing from the second eight pixels, the last nothing from the first.
+struct bgr_table {
+  alignas(16) uint8_t blue_green_0[3][16], blue_green_1[3][16], red[3][16];
+};
+constexpr bgr_table make_bgr_table() {
+  constexpr uint8_t none = 0x80;
+  bgr_table t = {};
+  for (int k = 0; k < 48; k++) {
+    const int pixel = k / 3, plane = k % 3, at = plane * 8 + pixel % 8;
+    t.blue_green_0[k / 16][k % 16] = plane < 2 && pixel < 8 ? static_cast<uint8_t>(at) : none;
+    t.blue_green_1[k / 16][k % 16] = plane < 2 && pixel >= 8 ? static_cast<uint8_t>(at) : none;
+    t.red[k / 16][k % 16] = plane == 2 ? static_cast<uint8_t>(pixel) : none;
   }
   return t;
 }
+template <class V>
+PPL_INLINE void bgr_parts(V bg0, V bg1, V r, V (&part)[3]) {
+  static constexpr bgr_table t = make_bgr_table();
+  part[0] = shuffle8(bg0, repeat16<V>(t.blue_green_0[0])) | shuffle8(r, repeat16<V>(t.red[0]));
+  part[1] = shuffle8(bg0, repeat16<V>(t.blue_green_0[1])) | shuffle8(bg1, repeat16<V>(t.blue_green_1[1])) |
+            shuffle8(r, repeat16<V>(t.red[1]));
+  part[2] = shuffle8(bg1, repeat16<V>(t.blue_green_1[2])) | shuffle8(r, repeat16<V>(t.red[2]));
+}
+#endif
 
-// V::size pixels from their three planes: three vectors.
-PPL_INLINE void store_bgr(uint8_t* out, vec<16> b, vec<16> g, vec<16> r) {
+// V::size pixels, clamped to bytes B, G, R: three vectors.
+PPL_INLINE void store_bgr(uint8_t* out, const bgr16<vec<16>>& first, const bgr16<vec<16>>& second) {
 #ifdef __SSSE3__
-  static constexpr bgr_table<16> table = make_bgr_table<16>(0x80);
-  for (int i = 0; i < 3; i++) {
-    const vec<16> x = {_mm_shuffle_epi8(b.v, load<vec<16>>(table.at[i][0]).v)};
-    const vec<16> y = {_mm_shuffle_epi8(g.v, load<vec<16>>(table.at[i][1]).v)};
-    const vec<16> z = {_mm_shuffle_epi8(r.v, load<vec<16>>(table.at[i][2]).v)};
-    storeu(out + 16 * i, x | y | z);
-  }
+  vec<16> part[3];
+  bgr_parts(pack_u8(first.b, first.g), pack_u8(second.b, second.g), pack_u8(first.r, second.r), part);
+  for (int i = 0; i < 3; i++) storeu(out + 16 * i, part[i]);
 #else
   // Four bytes a pixel first, then the unused byte of each is closed up: within 64 bits, within 128.
+  const vec<16> b = pack_u8(first.b, second.b), g = pack_u8(first.g, second.g),
+                r = pack_u8(first.r, second.r);
   vec<16> bg[2], r0[2], four[4];
   interleave8(b, g, bg[0], bg[1]);
   interleave8(r, zero<vec<16>>(), r0[0], r0[1]);
   interleave16(bg[0], r0[0], four[0], four[1]);
   interleave16(bg[1], r0[1], four[2], four[3]);
-  const __m128i first = _mm_set1_epi64x(0x0000000000ffffff), second = _mm_set1_epi64x(0x0000ffffff000000);
-  const __m128i low = _mm_set_epi64x(0, -1);
+  const __m128i even_pixel = _mm_set1_epi64x(0x0000000000ffffff), low = _mm_set_epi64x(0, -1);
   __m128i twelve[4];
   for (int i = 0; i < 4; i++) {
-    const __m128i six =
-        _mm_or_si128(_mm_and_si128(four[i].v, first), _mm_and_si128(_mm_srli_epi64(four[i].v, 8), second));
+    const __m128i one = _mm_and_si128(four[i].v, even_pixel);
+    const __m128i six = _mm_or_si128(one, _mm_srli_epi64(_mm_andnot_si128(even_pixel, four[i].v), 8));
     twelve[i] = _mm_or_si128(_mm_and_si128(six, low), _mm_srli_si128(_mm_andnot_si128(low, six), 2));
   }
   storeu(out, vec<16>{_mm_or_si128(twelve[0], _mm_slli_si128(twelve[1], 12))});
@@ -184,44 +248,51 @@ PPL_INLINE void store_bgr(uint8_t* out, vec<16> b, vec<16> g, vec<16> r) {
 #endif
 }
 #if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
-PPL_INLINE void store_bgr(uint8_t* out, vec<32> b, vec<32> g, vec<32> r) {
-  static constexpr bgr_table<16> table = make_bgr_table<16>(0x80);
-  __m256i part[3];
-  for (int i = 0; i < 3; i++) {
-    const __m256i x = _mm256_shuffle_epi8(b.v, repeat16<vec<32>>(table.at[i][0]).v);
-    const __m256i y = _mm256_shuffle_epi8(g.v, repeat16<vec<32>>(table.at[i][1]).v);
-    const __m256i z = _mm256_shuffle_epi8(r.v, repeat16<vec<32>>(table.at[i][2]).v);
-    part[i] = _mm256_or_si256(_mm256_or_si256(x, y), z);
-  }
-  // Each part holds 16 bytes of the first 16 pixels and 16 of the others.
-  storeu(out, vec<32>{_mm256_permute2x128_si256(part[0], part[1], 0x20)});
-  storeu(out + 32, vec<32>{_mm256_permute2x128_si256(part[2], part[0], 0x30)});
-  storeu(out + 64, vec<32>{_mm256_permute2x128_si256(part[1], part[2], 0x31)});
+PPL_INLINE void store_bgr(uint8_t* out, const bgr16<vec<32>>& first, const bgr16<vec<32>>& second) {
+  const auto pack = [](vec<32> a, vec<32> b) { return vec<32>{_mm256_packus_epi16(a.v, b.v)}; };
+  vec<32> part[3];  // each holds 16 bytes of the first 16 pixels and 16 of the others
+  bgr_parts(pack(first.b, first.g), pack(second.b, second.g), pack(first.r, second.r), part);
+  storeu(out, vec<32>{_mm256_permute2x128_si256(part[0].v, part[1].v, 0x20)});
+  storeu(out + 32, vec<32>{_mm256_permute2x128_si256(part[2].v, part[0].v, 0x30)});
+  storeu(out + 64, vec<32>{_mm256_permute2x128_si256(part[1].v, part[2].v, 0x31)});
 }
 #endif
 #if defined(PPL_LEVEL_avx512)
-// Two-source permutes: bit 6 of an index picks the second source.
-struct bgr_permute {
-  alignas(64) uint8_t blue_green[3][64], red[3][64];
-  uint64_t is_red[3];
+// Where byte k of 192 comes from. Blue and green of 32 pixels, and red of 64, were packed within 128 bits; bit 6
+// of an index of two sources picks the second one.
+struct bgr_order {
+  alignas(64) uint8_t first[64], second[64], second_red[64], third[64];
+  uint64_t second_is_red;
 };
-constexpr bgr_permute make_bgr_permute() {
-  bgr_permute t = {};
+constexpr bgr_order make_bgr_order() {
+  bgr_order t = {};
   for (int k = 0; k < 192; k++) {
-    const uint8_t pixel = static_cast<uint8_t>(k / 3);
-    t.blue_green[k / 64][k % 64] = static_cast<uint8_t>(k % 3 == 1 ? 64 | pixel : pixel);
-    t.red[k / 64][k % 64] = pixel;
-    t.is_red[k / 64] |= static_cast<uint64_t>(k % 3 == 2) << k % 64;
+    const int pixel = k / 3, plane = k % 3, of_32 = pixel % 32;
+    const int blue_green = of_32 / 8 * 16 + plane * 8 + of_32 % 8;
+    const int red = of_32 / 8 * 16 + pixel / 32 * 8 + of_32 % 8;
+    const int i = k % 64;
+    if (k < 64) {
+      t.first[i] = static_cast<uint8_t>(plane == 2 ? 64 + red : blue_green);
+    } else if (k < 128) {
+      t.second[i] = static_cast<uint8_t>(plane == 2 ? 0 : pixel / 32 * 64 + blue_green);
+      t.second_red[i] = static_cast<uint8_t>(red);
+      t.second_is_red |= static_cast<uint64_t>(plane == 2) << i;
+    } else {
+      t.third[i] = static_cast<uint8_t>(plane == 2 ? 64 + red : blue_green);
+    }
   }
   return t;
 }
-PPL_INLINE void store_bgr(uint8_t* out, vec<64> b, vec<64> g, vec<64> r) {
-  static constexpr bgr_permute table = make_bgr_permute();
-  for (int i = 0; i < 3; i++) {
-    const __m512i x = _mm512_permutex2var_epi8(b.v, load<vec<64>>(table.blue_green[i]).v, g.v);
-    const __m512i at = load<vec<64>>(table.red[i]).v;
-    storeu(out + 64 * i, vec<64>{_mm512_mask_permutexvar_epi8(x, table.is_red[i], at, r.v)});
-  }
+PPL_INLINE void store_bgr(uint8_t* out, const bgr16<vec<64>>& first, const bgr16<vec<64>>& second) {
+  static constexpr bgr_order t = make_bgr_order();
+  const __m512i bg0 = _mm512_packus_epi16(first.b.v, first.g.v),
+                bg1 = _mm512_packus_epi16(second.b.v, second.g.v);
+  const __m512i r = _mm512_packus_epi16(first.r.v, second.r.v);
+  storeu(out, vec<64>{_mm512_permutex2var_epi8(bg0, load<vec<64>>(t.first).v, r)});
+  const __m512i middle = _mm512_permutex2var_epi8(bg0, load<vec<64>>(t.second).v, bg1);
+  storeu(out + 64,
+         vec<64>{_mm512_mask_permutexvar_epi8(middle, t.second_is_red, load<vec<64>>(t.second_red).v, r)});
+  storeu(out + 128, vec<64>{_mm512_permutex2var_epi8(bg1, load<vec<64>>(t.third).v, r)});
 }
 #endif
 

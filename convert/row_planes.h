@@ -6,24 +6,45 @@
 
 namespace ppl::PPL_LEVEL {
 
+template <layout L, bool Mirror, class V>
+PPL_INLINE void store_luma(uint8_t* out, V first, V second) {
+  const V y = luma_bytes<L>(first, second);
+  storeu(out, Mirror ? reverse8(y) : y);
+}
+
 template <layout L, bool Mirror>
 static void planes_rows(const plane_rows& out, const uint8_t* in_0, const uint8_t* in_1, int pixels) {
-  walk_exact(pixels, [&]<class V>(int x) {
+  uint8_t *const luma_0 = out.luma[0], *const luma_1 = out.luma[1], *const u = out.u, *const v = out.v;
+  // V::size pixels of both rows: stores luma, leaves the means of the packed rows.
+  const auto luma_and_means = [=]<class V>(ptrdiff_t at, ptrdiff_t x, V& first, V& second) {
     const V a0 = loadu<V>(in_0 + 2 * x), a1 = loadu<V>(in_0 + 2 * x + V::size);
     const V b0 = loadu<V>(in_1 + 2 * x), b1 = loadu<V>(in_1 + 2 * x + V::size);
-    V luma_0 = luma_bytes<L>(a0, a1), luma_1 = luma_bytes<L>(b0, b1);
-    V mixed = chroma_bytes<L>(avg8(a0, b0), avg8(a1, b1));
-    int at = x;
-    if constexpr (Mirror) {
-      at = pixels - V::size - x;
-      luma_0 = reverse8(luma_0);
-      luma_1 = reverse8(luma_1);
-      mixed = reverse16(mixed);
-    }
-    storeu(out.luma[0] + at, luma_0);
-    storeu(out.luma[1] + at, luma_1);
-    store_split(out.u + at / 2, out.v + at / 2, mixed);
-  });
+    store_luma<L, Mirror>(luma_0 + at, a0, a1);
+    store_luma<L, Mirror>(luma_1 + at, b0, b1);
+    first = avg8(a0, b0);
+    second = avg8(a1, b1);
+  };
+  constexpr ptrdiff_t n = kWidth;
+  ptrdiff_t x = 0;
+  for (; x + 2 * n <= pixels; x += 2 * n) {  // two vectors of luma in each row, one of U and one of V
+    const ptrdiff_t at = Mirror ? pixels - 2 * n - x : x;
+    wide m[4], us, vs;
+    luma_and_means(Mirror ? at + n : at, x, m[0], m[1]);
+    luma_and_means(Mirror ? at : at + n, x + n, m[2], m[3]);
+    split_chroma<L>(m, us, vs);
+    storeu(u + at / 2, Mirror ? reverse8(us) : us);
+    storeu(v + at / 2, Mirror ? reverse8(vs) : vs);
+  }
+  for (; x < pixels; x += 16) {
+    const ptrdiff_t at = Mirror ? pixels - 16 - x : x;
+    vec16 m[4], us, vs;
+    luma_and_means(at, x, m[0], m[1]);
+    m[2] = m[0];
+    m[3] = m[1];
+    split_chroma<L>(m, us, vs);
+    store_half(u + at / 2, Mirror ? reverse8(us) : us);
+    store_half(v + at / 2, Mirror ? reverse8(vs) : vs);
+  }
 }
 
 // The 12-bit layout: units of 48 bytes for 32 pixels. Groups of four bytes 0 1, 3 4, 6 7, 9 10 read as YUYV words;

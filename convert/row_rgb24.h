@@ -10,28 +10,38 @@
 
 namespace ppl::PPL_LEVEL {
 
-template <class V>
-struct bgr16 {
-  V b, g, r;
-};
-
+#ifdef __SSSE3__
+template <layout L, class V>
+PPL_INLINE bgr16<V> colours(V packed) {
+  constexpr bool yuyv = L == layout::yuyv;
+  // Pairs of bytes times pairs of coefficients: luma with nothing, U with V. No sum leaves 16 bits.
+  const V above_black = subs_u8(packed, set16<V>(yuyv ? 16 : 16 << 8));
+  const V y = madd8(above_black, set16<V>(yuyv ? 74 : 74 << 8));
+  alignas(16) static constexpr uint8_t chroma[2][16] = {
+      {1, 3, 1, 3, 5, 7, 5, 7, 9, 11, 9, 11, 13, 15, 13, 15},
+      {0, 2, 0, 2, 4, 6, 4, 6, 8, 10, 8, 10, 12, 14, 12, 14}};
+  const V uv = shuffle8(packed, repeat16<V>(chroma[static_cast<int>(L)])) ^ set8<V>(0x80);
+  const V b = madd8(set16<V>(129), uv), g = madd8(set16<V>(25 | 52 << 8), uv),
+          r = madd8(set16<V>(102 << 8), uv);
+  return {sra16<6>(add16(y, b)), sra16<6>(sub16(y, g)), sra16<6>(add16(y, r))};
+}
+#else
 template <layout L, class V>
 PPL_INLINE bgr16<V> colours(V packed) {
   const V y = mullo16(subs_u16(luma16<L>(packed), set16<V>(16)), set16<V>(74));
   const V uv = sub16(chroma16<L>(packed), set16<V>(128));
-  const V blue_red = mullo16(uv, set32<V>(129 | 102 << 16));
-  const V green = madd16(uv, set32<V>((-25 & 0xffff) | static_cast<int>(static_cast<unsigned>(-52) << 16)));
-  return {sra16<6>(add16(y, repeat_low16(blue_red))), sra16<6>(add16(y, repeat_low16(green))),
+  const V blue_red = mullo16(uv, set32<V>(129 | 102 << 16)), green = madd16(uv, set32<V>(25 | 52 << 16));
+  return {sra16<6>(add16(y, repeat_low16(blue_red))), sra16<6>(sub16(y, repeat_low16(green))),
           sra16<6>(add16(y, repeat_high16(blue_red)))};
 }
+#endif
 
 template <layout L>
 static void rgb24_row(uint8_t* out, const uint8_t* in, int pixels) {
   walk_exact(pixels, [&]<class V>(int x) {
-    const bgr16<V> first = colours<L>(loadu<V>(in + 2 * x)),
-                   second = colours<L>(loadu<V>(in + 2 * x + V::size));
-    store_bgr(out + 3 * x, pack_u8(first.b, second.b), pack_u8(first.g, second.g),
-              pack_u8(first.r, second.r));
+    V first, second;
+    load_for_bgr(in + 2 * x, first, second);
+    store_bgr(out + 3 * x, colours<L>(first), colours<L>(second));
   });
 }
 

@@ -18,6 +18,7 @@ uint32_t rounded_up(uint32_t bytes, uint32_t group) {
 
 // The largest sample index among the first `count` positions; positions wrap in 32 bits.
 uint32_t furthest(uint32_t step, uint32_t count) {
+  if (count == 0) return 0;
   const uint64_t last = uint64_t{count - 1} * step;
   return last >> 32 ? 4095 : static_cast<uint32_t>(last) >> 20;
 }
@@ -100,8 +101,11 @@ bool frame_scaler_planar(ppl_context* c, const scaler_plane& p) {
 
 bool frame_scaler_packed(ppl_context* c, const scaler_plane& p) {
   if (p.width == 0 || p.height == 0 || p.width > kRingPoolBytes) return true;
-  const uint32_t line = rounded_up(p.width, kPackedGroup);
-  if (p.width + line > kRingPoolBytes) return true;
+  if (p.width + rounded_up(p.width, kPackedGroup) > kRingPoolBytes) return true;
+  const uint32_t line = rounded_up(p.width / 4 * 4, kPackedGroup);  // whole pixel pairs are passed
+  const uint32_t pitch = rounded_up(p.width, kGroup);
+  if (line < pitch)  // an odd width: what no pair covers is 0
+    for (uint32_t i = 0; i < p.width + pitch; ++i) c->ring_pool[i] = 0;
   scaler_columns columns = {};
   columns.step = (p.source_width << 20) / p.width;
   columns.count = line / 2;

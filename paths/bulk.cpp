@@ -20,24 +20,19 @@ namespace {
 // ---- row storage, in the record's ring pool: rows of a plane, and rows of a format or of a doubled plane
 
 constexpr int kPlanePitch = 2048 + 128, kWidePitch = 4096 + 128, kPackedPitch = 8192;
-enum plane_row : uint8_t {
-  kEven,
-  kOdd,
-  kBlackEven,
-  kBlackOdd,
-  kValueEven,
-  kValueOdd,
-  kLuma0,
-  kLuma1,
-  kU,
-  kV
-};
+enum plane_row : uint8_t { kEven, kOdd, kBlackEven, kBlackOdd, kLuma0, kLuma1, kU, kV };
 constexpr int kPlaneRows = 10;
 constexpr int kWideRows = 3;    // doubled planes
 constexpr int kPackedRows = 2;  // finished rows that are not made in place
 constexpr int kWideBase = kPlaneRows * kPlanePitch, kPackedBase = kWideBase + kWideRows * kWidePitch;
 static_assert(kPackedBase + kPackedRows * kPackedPitch <= kRingPoolBytes);
 static_assert(kPlanePitch % 64 == 0 && kWidePitch % 64 == 0 && kPackedPitch % 64 == 0);
+
+// In the record's scratch: two rows of lens factors, then two of the three sets of doubled rows that a clipped
+// frame makes aside. The third takes both finished rows. A set is a row of a format, or I420's rows of luma, U, V.
+constexpr int kLensBytes = 2 * 2048 * 2;
+constexpr int kAsideU = 4096, kAsideV = 8192, kAsideBytes = 12288;
+static_assert(kLensBytes + 2 * kAsideBytes <= kScratchBytes && kAsideBytes <= kPackedRows * kPackedPitch);
 
 uint8_t* plane(ppl_context* c, int row) {
   return c->ring_pool + 64 + row * kPlanePitch;
@@ -161,6 +156,10 @@ bulk_frame plan_frame(const frame_job& job) {
 
 // ---- front end and statistics
 
+const uint8_t* tone_of(const bulk_frame& f) {
+  return f.grey ? f.context->yuv_contrast_gamma_table : f.context->rgb_gamma_table;
+}
+
 void front_end(const bulk_frame& f, int row_pair) {
   ppl_context* const c = f.context;
   const int r = 2 * row_pair;
@@ -172,7 +171,7 @@ void front_end(const bulk_frame& f, int row_pair) {
   const auto row_if = [&](bool wanted, plane_row row) { return wanted ? plane(c, row) : nullptr; };
   const tile_kernels& k = *c->kernels->tile;
   k.front_end({.context = c,
-               .tone = f.grey ? c->yuv_contrast_gamma_table : c->rgb_gamma_table,
+               .tone = tone_of(f),
                .source_even = even,
                .source_odd = odd,
                .frame_even = even,
@@ -181,10 +180,8 @@ void front_end(const bulk_frame& f, int row_pair) {
                .row_odd = plane(c, kOdd),
                .lens_even = lens_row(*c, r, f.columns, spare),
                .lens_odd = lens_row(*c, r + 1, f.columns, spare + 2048),
-               .black_even = row_if(full, kBlackEven),
-               .black_odd = row_if(full, kBlackOdd),
-               .value_even = row_if(collect, kValueEven),
-               .value_odd = row_if(collect, kValueOdd),
+               .black_even = row_if(collect, kBlackEven),
+               .black_odd = row_if(collect, kBlackOdd),
                .width = f.columns});
   if (!collect) return;
   if (full) {
@@ -194,12 +191,11 @@ void front_end(const bulk_frame& f, int row_pair) {
   }
   // These paths have no sub-windows: a row pair outside the grid makes all plain sums meet in one cell.
   k.statistics({.context = c,
-                .black_even = row_if(full, kBlackEven),
-                .black_odd = row_if(full, kBlackOdd),
-                .value_even = plane(c, kValueEven),
-                .value_odd = plane(c, kValueOdd),
+                .black_even = plane(c, kBlackEven),
+                .black_odd = plane(c, kBlackOdd),
                 .tone_even = plane(c, kEven),
                 .tone_odd = plane(c, kOdd),
+                .plain_only = !full,
                 .row_pair = INT32_MAX,
                 .last_tile = f.tiles - 1,
                 .tile_lead = 0});
@@ -363,88 +359,110 @@ void place_rows(const bulk_frame& f, int p) {
 
 // ---- doubled
 
-// Stores a finished row, or hands out its place: in a clipped frame the row is made aside first.
-struct row_sink {
-  const bulk_frame* f;
-  int64_t end;
-
-  uint8_t* place(const row_grid& g, int row) const {
-    return f->place == placing::in_place ? at(*f, g, row) : packed_row(f->context, 0);
-  }
-  void finish(const row_grid& g, int row, int n) const {
-    if (f->place == placing::in_place) return;
-    const int64_t to = g.start + row * g.step;
-    const uint8_t* const from = packed_row(f->context, 0);
-    for (int64_t i = to < 0 ? -to : 0; i < n && to + i < end; ++i) f->job->destination[to + i] = from[i];
-  }
-  // Row `row` from the rows before and behind it; of the copy, from the row before alone.
-  void mean(const row_grid& g, int row, int n) const { combine(g, row, row - 1, row + 1, n); }
-  void copy(const row_grid& g, int row, int from, int n) const { combine(g, row, from, from, n); }
-
- private:
-  void combine(const row_grid& g, int row, int a, int b, int n) const {
-    const int64_t to = g.start + row * g.step, from_a = g.start + a * g.step, from_b = g.start + b * g.step;
-    uint8_t* const base = f->job->destination;
-    if (f->place == placing::in_place) return f->kernels->mean(base + to, base + from_a, base + from_b, n);
-    for (int64_t i = 0; i < n; ++i) {
-      const auto held = [&](int64_t start) { return start + i >= 0 && start + i < end; };
-      if (held(to) && held(from_a) && held(from_b))
-        base[to + i] = static_cast<uint8_t>((base[from_a + i] + base[from_b + i] + 1) >> 1);
-    }
-  }
+// The rows of a row pair once widened, and those of the row pair before. In place they stand in the frame; in a
+// clipped frame they are made aside, three sets in turn, because a row that falls outside still shapes its
+// neighbours.
+struct doubled_rows {
+  uint8_t *first, *second,
+      *before;  // luma, or the format's rows; `before` is the second of the row pair before
+  uint8_t *u, *u_before, *v, *v_before;
 };
 
-// The rows between, after rows `last - step` .. `last` of a plane stand: within the row pair where it has two rows,
-// and up to the row pair before. The first row pair of a picture that runs upwards also leaves the copy below it,
-// the last one of a picture that runs downwards the copy behind it.
-void fill_between(const bulk_frame& f, const row_sink& sink, const row_grid& g, int p, int rows, int n) {
-  const int first = rows * p;
-  if (rows == 4) sink.mean(g, first + 1, n);
-  if (p > 0) sink.mean(g, first - 1, n);
-  if (g.step < 0 && p == 0) sink.copy(g, -1, 0, n);
-  if (g.step > 0 && p == f.row_pairs - 1) sink.copy(g, first + rows - 1, first + rows - 2, n);
+uint8_t* aside(ppl_context* c, int set) {
+  return set == 0 ? packed_row(c, 0) : c->scratch + kLensBytes + (set - 1) * kAsideBytes;
 }
 
-void double_i420(const bulk_frame& f, const row_sink& sink, int p) {
+doubled_rows rows_of(const bulk_frame& f, int p) {
+  if (f.place == placing::in_place) {
+    const bool chroma = f.job->format == out_format::i420;
+    const auto of = [&](const row_grid& g, int row) { return chroma ? at(f, g, row) : nullptr; };
+    return {at(f, f.luma, 4 * p), at(f, f.luma, 4 * p + 2), at(f, f.luma, 4 * p - 2), of(f.u, 2 * p),
+            of(f.u, 2 * p - 2),   of(f.v, 2 * p),           of(f.v, 2 * p - 2)};
+  }
+  uint8_t* const first = aside(f.context, 2 * p % 3);
+  uint8_t* const second = aside(f.context, (2 * p + 1) % 3);
+  // The second row leaves the chroma of its set alone: that of the row pair before.
+  return {first,           second,           aside(f.context, (2 * p + 2) % 3),
+          first + kAsideU, second + kAsideU, first + kAsideV,
+          second + kAsideV};
+}
+
+// Stores one row as the rounded-up mean of two others (of one and itself: as it is), cut to the frame.
+void put_mean(const bulk_frame& f, const row_grid& g, int row, const uint8_t* a, const uint8_t* b, int n) {
+  if (f.place == placing::in_place) return f.kernels->mean(at(f, g, row), a, b, n);
+  const int64_t to = g.start + row * g.step;
+  for (int64_t i = to < 0 ? -to : 0; i < n && to + i < f.job->destination_bytes; ++i)
+    f.job->destination[to + i] = static_cast<uint8_t>((a[i] + b[i] + 1) >> 1);
+}
+void put_aside(const bulk_frame& f, const row_grid& g, int row, const uint8_t* a, int n) {
+  if (f.place == placing::clipped) put_mean(f, g, row, a, a, n);
+}
+
+// A picture that runs upwards has its first row twice, the copy below it; one that runs downwards its last row.
+void put_copy(const bulk_frame& f, const row_grid& g, int p, int rows, const uint8_t* first,
+              const uint8_t* last, int n) {
+  if (g.step < 0 && p == 0) put_mean(f, g, -1, first, first, n);
+  if (g.step > 0 && p == f.row_pairs - 1) put_mean(f, g, rows * p + rows - 1, last, last, n);
+}
+
+// Rows 4p and 4p + 2 are the row pair's own, those between and before them means.
+void put_doubled_luma(const bulk_frame& f, int p, const doubled_rows& d, int n) {
+  put_aside(f, f.luma, 4 * p, d.first, n);
+  put_aside(f, f.luma, 4 * p + 2, d.second, n);
+  put_mean(f, f.luma, 4 * p + 1, d.first, d.second, n);
+  if (p > 0) put_mean(f, f.luma, 4 * p - 1, d.before, d.first, n);
+  put_copy(f, f.luma, p, 4, d.first, d.second, n);
+}
+void put_doubled_chroma(const bulk_frame& f, const row_grid& g, int p, const uint8_t* row,
+                        const uint8_t* before, int n) {
+  put_aside(f, g, 2 * p, row, n);
+  if (p > 0) put_mean(f, g, 2 * p - 1, before, row, n);
+  put_copy(f, g, p, 2, row, row, n);
+}
+
+void double_i420(const bulk_frame& f, int p) {
   const bulk_kernels& k = *f.kernels;
   const cell_rows a = cells_of(f);
+  const doubled_rows d = rows_of(f, p);
+  const int half = f.columns / 2;
   k.cells_to_yuv(a);
-  for (int i = 0; i < 2; ++i) {
-    k.widen(sink.place(f.luma, 4 * p + 2 * i), a.luma[i], f.columns, {f.mirrored, 16});
-    sink.finish(f.luma, 4 * p + 2 * i, f.pixels);
-  }
-  k.widen(sink.place(f.u, 2 * p), a.u, f.columns / 2, {f.mirrored, 8});
-  sink.finish(f.u, 2 * p, f.pixels / 2);
-  k.widen(sink.place(f.v, 2 * p), a.v, f.columns / 2, {f.mirrored, 8});
-  sink.finish(f.v, 2 * p, f.pixels / 2);
-  fill_between(f, sink, f.luma, p, 4, f.pixels);
-  fill_between(f, sink, f.u, p, 2, f.pixels / 2);
-  fill_between(f, sink, f.v, p, 2, f.pixels / 2);
+  k.widen(d.first, a.luma[0], f.columns, {f.mirrored, 16});
+  k.widen(d.second, a.luma[1], f.columns, {f.mirrored, 16});
+  k.widen(d.u, a.u, half, {f.mirrored, 8});
+  k.widen(d.v, a.v, half, {f.mirrored, 8});
+  put_doubled_luma(f, p, d, f.pixels);
+  put_doubled_chroma(f, f.u, p, d.u, d.u_before, f.pixels / 2);
+  put_doubled_chroma(f, f.v, p, d.v, d.v_before, f.pixels / 2);
 }
 
-// The other formats: planes are widened, then joined to one row.
-void double_joined(const bulk_frame& f, const row_sink& sink, int p) {
+// The other formats: planes are widened, then joined to rows.
+void double_joined(const bulk_frame& f, int p) {
   ppl_context* const c = f.context;
   const bulk_kernels& k = *f.kernels;
-  const bool rgb = is_rgb(f.job->format);
   const cell_rows a = cells_of(f);
+  const doubled_rows d = rows_of(f, p);
+  uint8_t* const to[2] = {d.first, d.second};
   uint8_t* const wide[3] = {wide_row(c, 0), wide_row(c, 1), wide_row(c, 2)};
-  (rgb ? k.cells_to_rgb : k.cells_to_yuv)(a);
-  const widen_rule luma = {f.mirrored, 16}, chroma = {f.mirrored, 8};
-  k.widen(wide[1], rgb ? a.r : a.u, rgb ? f.columns : f.columns / 2, rgb ? luma : chroma);
-  k.widen(wide[2], rgb ? a.b : a.v, rgb ? f.columns : f.columns / 2, rgb ? luma : chroma);
-  const int bytes = pixel_bytes(f.job->format) * f.pixels;
-  for (int i = 0; i < 2; ++i) {
-    const int row = 4 * p + 2 * i;
-    k.widen(wide[0], rgb ? a.g[i] : a.luma[i], f.columns, luma);
-    uint8_t* const to = sink.place(f.luma, row);
-    if (rgb)
-      k.rgb24(to, wide[1], wide[0], wide[2], f.pixels);
-    else
-      (f.job->format == out_format::yuyv ? k.yuyv : k.uyvy)(to, wide[0], wide[1], wide[2], f.pixels);
-    sink.finish(f.luma, row, bytes);
+  const widen_rule rule = {f.mirrored, 16};
+  if (is_rgb(f.job->format)) {
+    k.cells_to_rgb(a);
+    k.widen(wide[0], a.r, f.columns, rule);
+    k.widen(wide[2], a.b, f.columns, rule);
+    for (int i = 0; i < 2; ++i) {
+      k.widen(wide[1], a.g[i], f.columns, rule);
+      k.rgb24(to[i], wide[0], wide[1], wide[2], f.pixels);
+    }
+  } else {
+    const auto pack = f.job->format == out_format::yuyv ? k.yuyv : k.uyvy;
+    k.cells_to_yuv(a);
+    k.widen(wide[1], a.u, f.columns / 2, {f.mirrored, 8});
+    k.widen(wide[2], a.v, f.columns / 2, {f.mirrored, 8});
+    for (int i = 0; i < 2; ++i) {
+      k.widen(wide[0], a.luma[i], f.columns, rule);
+      pack(to[i], wide[0], wide[1], wide[2], f.pixels);
+    }
   }
-  fill_between(f, sink, f.luma, p, 4, bytes);
+  put_doubled_luma(f, p, d, pixel_bytes(f.job->format) * f.pixels);
 }
 
 // ---- by groups
@@ -560,11 +578,11 @@ void run_bulk_path(const frame_job& job) {
   const bulk_frame f = plan_frame(job);
   if (f.tiles <= 0 || f.row_pairs <= 0) return;
   group_store groups = start_groups(f);
-  const row_sink sink = {&f, job.destination_bytes};
+  job.context->kernels->tile->prepare_tone(*job.context, tone_of(f));
   for (int p = 0; p < f.row_pairs; ++p) {
     front_end(f, p);
     if (f.doubled)
-      (job.format == out_format::i420 ? double_i420 : double_joined)(f, sink, p);
+      (job.format == out_format::i420 ? double_i420 : double_joined)(f, p);
     else if (f.place == placing::by_groups)
       place_groups(f, groups, p);
     else

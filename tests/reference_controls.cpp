@@ -194,6 +194,17 @@ TEST(ReferenceMatrices, ContrastGain) {
   EXPECT_EQ(s.y_bmy_rmy_matrix[1], 268);  // 2404 * 7296 / 4096 = 4282; (4282 + 8) >> 4
 }
 
+// Group 1 rounds twice: 257 * 129 = 32 * 1024 + 385 comes out as 33.
+TEST(ReferenceMatrices, RgbRoundsTwice) {
+  state s;
+  ref::matrix red{};
+  red[0] = 129;
+  EXPECT_TRUE(s.copy_sensor_matrix(red.data()));
+  EXPECT_TRUE(s.set_contrast_c(1, nullptr, nullptr));
+  EXPECT_EQ(s.rgb_matrix[0], 257);
+  EXPECT_EQ(s.rgb_coef[0], 33);
+}
+
 // The clamp looks at 17 bits, the lane keeps 16.
 TEST(ReferenceMatrices, CoefficientsWrapBetween16And17Bits) {
   state s;
@@ -295,13 +306,13 @@ TEST(ReferenceRollUp, MeanOf48Cells) {
   ASSERT_TRUE(s.new_frame_size(640, 480, 640));
   s.stats_scale = 256;
   s.red_divisor = s.green_divisor = s.blue_divisor = 4096;
-  for (int cell = 0; cell < 48; ++cell) s.sub_window_means[cell] = {1000, 1000, 1000};
+  for (ref::rgb_words& cell : s.sub_window_means) cell = {1000, 1000, 1000};
   s.roll_up();
   EXPECT_EQ(s.sub_window_means[0][0], 1000u);
   EXPECT_EQ(s.all_windows_means[1], 999u);
   EXPECT_EQ(s.rgb_means_whole_frame_central4()[2], 999u);
   EXPECT_EQ(s.rgb_means_whole_frame_4pts()[0], 1000u);
-  EXPECT_EQ(s.whole_frame_means[0], (48000u * 256 + 38400) / 76800);
+  EXPECT_EQ(s.whole_frame_means[0], (49000u * 256 + 38400) / 76800);  // the outside cell included
   s.quality = 3;
   EXPECT_EQ(s.rgb_means_whole_frame_central16(), s.whole_frame_means);
 }

@@ -102,6 +102,9 @@ TEST(ReferenceGreenFill, Directions) {
   EXPECT_EQ(ref::green_filled(green_site(10, 80, 50, 60), 0)(2, 4), 50);
   // gv 65 is above the threshold too: (-10 - 15) >> 2 = -7.
   EXPECT_EQ(ref::green_filled(green_site(10, 80, 10, 75), 63)(2, 4), 43);
+  // At the threshold neither is above it, nor below.
+  EXPECT_EQ(ref::green_filled(green_site(10, 73, 50, 60), 63)(2, 4), 48);  // (-17 + 10) >> 2 = -2
+  EXPECT_EQ(ref::green_filled(green_site(10, 80, 10, 73), 63)(2, 4), 43);  // (-10 - 17) >> 2 = -7
   // The other way round: along the row.
   EXPECT_EQ(ref::green_filled(green_site(50, 60, 10, 80), 63)(2, 4), 55);
 }
@@ -194,6 +197,8 @@ TEST(ReferenceChroma, Smoothing) {
   EXPECT_EQ(ref::smoothed(p)(2, 5), -126);
   p.samples.assign(64, 100);
   EXPECT_EQ(ref::smoothed(p)(0, 0), 98);
+  p.samples.assign(64, -1);
+  EXPECT_EQ(ref::smoothed(p)(0, 0), -1);  // -252 >> 8
   for (int i = 0; i < 64; ++i) p.samples[i] = static_cast<int8_t>(i % 16);
   EXPECT_EQ(ref::smoothed(p)(2, 0), 2);    // 3 * (6 + 0 + 1) * 28 >> 8
   EXPECT_EQ(ref::smoothed(p)(2, 15), 12);  // 3 * (14 + 15 + 9) * 28 >> 8

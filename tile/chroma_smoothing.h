@@ -11,7 +11,8 @@ namespace ppl::PPL_LEVEL {
 
 constexpr int kWordBytes = 2;
 
-static void smooth(const smooth_args& a) {
+static void smooth(const smooth_args& args) {
+  const smooth_args a = args;
   // Sums of three rows first, U and V apart and one word beyond either end, then three words across.
   walk_padded(a.width + 2 * kWordBytes, [&]<class V>(int at) {
     const int x = at - kWordBytes;

@@ -110,8 +110,10 @@ struct directed_interpolator {
 };
 
 template <class Interpolator, bool kOddRow>
-static void demosaic_row(const demosaic_args& a) {
-  const colour_out out = {a.matrix, a.luma, a.chroma, a.plane3};
+static void demosaic_row(const demosaic_args& args) {
+  const demosaic_args a = args;
+  const colour_matrix matrix = *a.matrix;
+  const colour_out out = {&matrix, a.luma, a.chroma, a.plane3};
   with_colour_form(out, [&]<colour_form kForm>() {
     walk_padded(a.width, [&]<class V>(int x) {
       put_colours<kForm>(out, x, Interpolator::template at<kOddRow, V>(a, x));

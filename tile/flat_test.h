@@ -13,7 +13,9 @@
 namespace ppl::PPL_LEVEL {
 
 template <bool kOddRow>
-static void flat_test_rows(const flat_args& a) {
+static void flat_test_rows(const flat_args& args) {
+  const flat_args a = args;
+  const vec_u8 t0 = a.context->CFA_T0_vector;
   walk_padded(a.width, [&]<class V>(int x) {
     // m2 .. p3: rows r - 2 .. r + 3; _l and _r two columns to the left and right
     const V m2 = load<V>(a.rows[0] + x), m1 = load<V>(a.rows[1] + x), c0 = load<V>(a.rows[2] + x);
@@ -39,7 +41,7 @@ static void flat_test_rows(const flat_args& a) {
       gb = worst(absdiff_u8(m1, m1_l), absdiff_u8(m1, right(1)), absdiff_u8(p1, right(3)), absdiff_u8(p1, p3),
                  absdiff_u8(p1_l, left(5)), absdiff_u8(m1_l, p1_l));
     }
-    const V excess = subs_u8(even_odd(gr, gb), repeat16<V>(&a.context->CFA_T0_vector));
+    const V excess = subs_u8(even_odd(gr, gb), repeat16<V>(&t0));
     store(a.mask + x, to_vec(eq16(excess, zero<V>())));
 
     // v: mean of rows r - 1, r + 1; w: mean of rows r, r + 2. At odd r the two trade places.

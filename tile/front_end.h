@@ -37,64 +37,68 @@ PPL_INLINE void balance_green(V& even_row, V& odd_row, V threshold) {
   odd_row = select(near, even_odd(odd(mean), odd_row), odd_row);
 }
 
-template <class V>
-PPL_INLINE V gain(V x, V gain_even, V gain_odd, V delta_even, V delta_odd) {
-  const V e = add16(srl16<5>(mullo16(even(x), gain_even)), delta_even);
-  const V o = add16(srl16<5>(mullo16(odd(x), gain_odd)), delta_odd);
-  return join_clamp8(e, o);
+PPL_INLINE void look_up_rows(const front_end_args a, const uint8_t* even_row, const uint8_t* odd_row) {
+  look_up_row(a.context->site_tables[0], even_row, a.row_even, a.frame_even, a.width);
+  look_up_row(a.context->site_tables[1], odd_row, a.row_odd, a.frame_odd, a.width);
 }
 
 }  // namespace front_end_detail
 
+// Up to the green balance, and what statistics keep; at levels with the curve in registers all of it.
 template <bool kLens, bool kGreen>
-static void front_end_rows(const front_end_args& a) {
+static void front_end_rows(const front_end_args& args) {
   using namespace front_end_detail;
+  const front_end_args a = args;
   const ppl_context& c = *a.context;
-  const tone_curve<wide> tone(a.tone);
+  const vec_i16 green_threshold = c.GbGr_diff_plus;
+  const vec_u8 black_b_gb = c.black_b_gb, black_gr_r = c.black_gr_r;
+  const vec_i16 gain_b_g = c.gain_b_g, gain_g_r = c.gain_g_r, delta_b_g = c.delta_b_g,
+                delta_g_r = c.delta_g_r;
+  const tone_curve tone(a.tone);
   walk_exact(a.width, [&]<class V>(int x) {
     V e = loadu<V>(a.source_even + x), o = loadu<V>(a.source_odd + x);
     if constexpr (kLens) {
       e = lens(e, a.lens_even + x);
       o = lens(o, a.lens_odd + x);
     }
-    if constexpr (kGreen) balance_green(e, o, repeat16<V>(&c.GbGr_diff_plus));
-    e = subs_u8(e, repeat16<V>(&c.black_b_gb));
-    o = subs_u8(o, repeat16<V>(&c.black_gr_r));
+    if constexpr (kGreen) balance_green(e, o, repeat16<V>(&green_threshold));
+    if constexpr (!kToneInRegisters) {
+      store(a.row_even + x, e);
+      store(a.row_odd + x, o);
+    }
+    if (!kToneInRegisters && a.black_even == nullptr) return;
+    e = subs_u8(e, repeat16<V>(&black_b_gb));
+    o = subs_u8(o, repeat16<V>(&black_gr_r));
     if (a.black_even != nullptr) {
       store(a.black_even + x, e);
       store(a.black_odd + x, o);
     }
-    e = gain(e, set16<V>(c.gain_b_g.lane[0]), set16<V>(c.gain_b_g.lane[1]), set16<V>(c.delta_b_g.lane[0]),
-             set16<V>(c.delta_b_g.lane[1]));
-    o = gain(o, set16<V>(c.gain_g_r.lane[0]), set16<V>(c.gain_g_r.lane[1]), set16<V>(c.delta_g_r.lane[0]),
-             set16<V>(c.delta_g_r.lane[1]));
-    if (a.value_even != nullptr) {
-      store(a.value_even + x, e);
-      store(a.value_odd + x, o);
-    }
     if constexpr (kToneInRegisters) {
+      e = white_balance<V>(gain_b_g, delta_b_g)(e);
+      o = white_balance<V>(gain_g_r, delta_g_r)(o);
       e = tone(e);
       o = tone(o);
       if (a.frame_even != nullptr) {
         storeu(a.frame_even + x, e);
         storeu(a.frame_odd + x, o);
       }
+      store(a.row_even + x, e);
+      store(a.row_odd + x, o);
     }
-    store(a.row_even + x, e);
-    store(a.row_odd + x, o);
   });
-  if constexpr (!kToneInRegisters) {
-    tone_row(a.tone, a.row_even, a.frame_even, a.width);
-    tone_row(a.tone, a.row_odd, a.frame_odd, a.width);
-  }
+  if constexpr (!kToneInRegisters) look_up_rows(a, a.row_even, a.row_odd);
 }
 
 static void front_end(const front_end_args& a) {
   const bool green = a.context->GbGr_correction_enabled != 0;
   if (a.lens_even != nullptr)
     green ? front_end_rows<true, true>(a) : front_end_rows<true, false>(a);
+  else if (green)
+    front_end_rows<false, true>(a);
+  else if (kToneInRegisters || a.black_even != nullptr)
+    front_end_rows<false, false>(a);
   else
-    green ? front_end_rows<false, true>(a) : front_end_rows<false, false>(a);
+    front_end_detail::look_up_rows(a, a.source_even, a.source_odd);
 }
 
 }  // namespace ppl::PPL_LEVEL

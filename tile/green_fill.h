@@ -14,10 +14,12 @@
 namespace ppl::PPL_LEVEL {
 
 template <bool kOddRow>
-static void green_fill_row(const green_args& a) {
+static void green_fill_row(const green_args& args) {
+  const green_args a = args;
+  const vec_i16 threshold = a.context->CFA_T1_vector;
   walk_padded(a.width, [&]<class V>(int x) {
     const auto site = [](V v) { return kOddRow ? odd(v) : even(v); };
-    const V t1 = repeat16<V>(&a.context->CFA_T1_vector);
+    const V t1 = repeat16<V>(&threshold);
     const V centre = load<V>(a.rows[2] + x);
     const V left = loadu<V>(a.rows[2] + x - 1), right = loadu<V>(a.rows[2] + x + 1);
     const V up = load<V>(a.rows[1] + x), down = load<V>(a.rows[3] + x);

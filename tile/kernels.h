@@ -5,6 +5,9 @@
 // to the next multiple of 64. A row that a neighbourhood reads has its two bytes on either side filled (pads).
 // Caller's memory is touched at exactly the `width` bytes given.
 //
+// Kernels take their arguments, and the vectors of the record that they need, by value before the loop: a byte store
+// could change anything that memory holds, so a pointer would be followed anew for every vector.
+//
 // Chroma rows hold words: the U byte, then the V byte of two columns, each with 128 added, so that all bytes in
 // row storage are unsigned.
 #pragma once
@@ -26,16 +29,15 @@ struct front_end_args {
   uint8_t *row_even, *row_odd;              // row storage for the result
   const uint16_t *lens_even, *lens_odd;     // factors of the two rows, or null
   uint8_t *black_even, *black_odd;          // row storage for the black-corrected samples, or null
-  uint8_t *value_even, *value_odd;  // row storage for the samples before the tone curve (with black_...)
   int32_t width;
 };
 
 // tile/statistics.h
 struct statistics_args {
   ppl_context* context;
-  const uint8_t *black_even, *black_odd;  // black-corrected samples; null: plain sums only
-  const uint8_t *value_even, *value_odd;  // before the tone curve
-  const uint8_t *tone_even, *tone_odd;    // after it
+  const uint8_t *black_even, *black_odd;  // black-corrected samples
+  const uint8_t *tone_even, *tone_odd;    // finished samples
+  int32_t plain_only;                     // neither qual nor qAE
   int32_t row_pair;                       // of the output position; odd
   int32_t last_tile;                      // inner tiles are 1 .. last_tile
   int32_t tile_lead;                      // tiles by which the front end runs ahead
@@ -127,6 +129,8 @@ struct smooth_args {
 };
 
 struct tile_kernels {
+  // Once per frame, before its first row pair: whatever the level keeps of the tone curve.
+  void (*prepare_tone)(ppl_context& context, const uint8_t* tone);
   void (*front_end)(const front_end_args&);
   void (*statistics)(const statistics_args&);
   void (*median)(const median_args&);

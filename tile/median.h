@@ -19,16 +19,18 @@ struct quad {
   V n1, n2, n3, n4;
 };
 
+struct levels {
+  vec_i16 hot, hot_percent, dead, dead_percent;
+};
+
 // The new values for one parity of columns, as 16-bit lanes; `lane` picks the parity.
 template <class V, class Lane>
-PPL_INLINE V filtered(const ppl_context& c, quad<V> n, V x, Lane lane) {
+PPL_INLINE V filtered(const levels& c, quad<V> n, V x, Lane lane) {
   const V second =
       min_u8(max_u8(min_u8(n.n1, n.n2), min_u8(n.n3, n.n4)), min_u8(max_u8(n.n1, n.n2), max_u8(n.n3, n.n4)));
   const V sum = add16(add16(lane(n.n1), lane(n.n2)), add16(lane(n.n3), lane(n.n4)));
-  const V hi =
-      max_s16(srl16<6>(mullo16(sum, repeat16<V>(&c.medium_hot_percent))), repeat16<V>(&c.medium_hot));
-  const V lo =
-      min_s16(srl16<6>(mullo16(sum, repeat16<V>(&c.medium_dead_percent))), repeat16<V>(&c.medium_dead));
+  const V hi = max_s16(srl16<6>(mullo16(sum, repeat16<V>(&c.hot_percent))), repeat16<V>(&c.hot));
+  const V lo = min_s16(srl16<6>(mullo16(sum, repeat16<V>(&c.dead_percent))), repeat16<V>(&c.dead));
   const V v = lane(x);
   return select(gt_s16(v, hi) | gt_s16(lo, v), lane(second), v);
 }
@@ -36,9 +38,12 @@ PPL_INLINE V filtered(const ppl_context& c, quad<V> n, V x, Lane lane) {
 }  // namespace median_detail
 
 // The second smallest of four is min(max(min1, min2), min(max1, max2)).
-static void median(const median_args& a) {
+static void median(const median_args& args) {
   using namespace median_detail;
-  const ppl_context& c = *a.context;
+  const median_args a = args;
+  const ppl_context& record = *a.context;
+  const levels c = {record.medium_hot, record.medium_hot_percent, record.medium_dead,
+                    record.medium_dead_percent};
   walk_padded(a.width, [&]<class V>(int x) {
     const V centre = load<V>(a.rows[2] + x);
     const quad<V> straight = {load<V>(a.rows[0] + x), load<V>(a.rows[4] + x), loadu<V>(a.rows[2] + x - 2),

@@ -9,6 +9,7 @@
 #pragma once
 
 #include "tile/colour.h"
+#include "tile/edge.h"
 #include "tile/kernels.h"
 #include "tile/simd.h"
 
@@ -17,36 +18,36 @@ namespace ppl::PPL_LEVEL {
 namespace mosaic_edge_detail {
 
 template <class V, class Lane>
-PPL_INLINE V sharpened(const ppl_context& c, const uint8_t* const rows[3], int x, Lane lane) {
+PPL_INLINE V sharpened(const edge_band& band, const uint8_t* const rows[3], int x, Lane lane) {
   const auto at = [&](int row, int dx) { return lane(loadu<V>(rows[row] + x + dx)); };
   const V up_left = at(0, -1), up_right = at(0, 1), down_left = at(2, -1), down_right = at(2, 1);
   const V gv =
       sub16(add16(add16(down_left, at(2, 0)), down_right), add16(add16(up_left, at(0, 0)), up_right));
   const V gh =
       sub16(add16(add16(up_right, at(1, 1)), down_right), add16(add16(up_left, at(1, -1)), down_left));
-  const V size = add16(abs16(gv), abs16(gh));
-  const auto inside = gt_s16(size, repeat16<V>(&c.edge_threshold_vector)) &
-                      gt_s16(repeat16<V>(&c.edge_threshold2_vector), size);
-  const V gain = keep(inside, sra16<5>(mullo16(add16(gv, gh), repeat16<V>(&c.edge_factor_vector))));
+  const V gain = edge_gain(band, add16(gv, gh), add16(abs16(gv), abs16(gh)));
   return clamp_u8_16(add16(at(1, 0), gain));
 }
 
 }  // namespace mosaic_edge_detail
 
-static void mosaic_edge(const mosaic_edge_args& a) {
+static void mosaic_edge(const mosaic_edge_args& args) {
   using namespace mosaic_edge_detail;
   using V = vec16;
-  const ppl_context& c = *a.context;
+  const mosaic_edge_args a = args;
+  const colour_matrix matrix = *a.matrix;
+  const edge_band band(*a.context);
   const auto even_lane = [](V v) { return even(v); };
   const auto odd_lane = [](V v) { return odd(v); };
   for (int x = 0; x < a.width; x += kTile) {
     colours<V> grey[2];
     for (int i = 0; i < 2; ++i) {
-      const V e = sharpened<V>(c, a.rows + i, x, even_lane), o = sharpened<V>(c, a.rows + i, x, odd_lane);
+      const V e = sharpened<V>(band, a.rows + i, x, even_lane),
+              o = sharpened<V>(band, a.rows + i, x, odd_lane);
       grey[i] = {e, o, e, o, e, o};
     }
     for (int i = 0; i < 2; ++i) {
-      const colour_out out = {a.matrix, a.luma[i], a.chroma[i], a.three_planes != 0 ? a.plane3[i] : nullptr};
+      const colour_out out = {&matrix, a.luma[i], a.chroma[i], a.three_planes != 0 ? a.plane3[i] : nullptr};
       with_colour_form(out, [&]<colour_form kForm>() { put_colours<kForm>(out, x, grey[i]); });
       if (a.three_planes == 0) store(a.rows[i + 1] + x, load<V>(a.luma[i] + x));
     }

@@ -39,7 +39,8 @@ PPL_INLINE byte_limit below(int t) {
 
 }  // namespace noise_detail
 
-static void noise_filter(const noise_args& a) {
+static void noise_filter(const noise_args& args) {
+  const noise_args a = args;
   using namespace noise_detail;
   const byte_limit vertical = below(a.context->edge_threshold_vector.lane[0]);
   const byte_limit horizontal = below(a.context->medium_diff_plus.lane[0]);

@@ -12,21 +12,27 @@
 
 #include "tile/kernels.h"
 #include "tile/simd.h"
+#include "tile/tone.h"
 
 namespace ppl::PPL_LEVEL {
 
 namespace statistics_detail {
 
-// Eight cells: 16-bit words (B, Gb) of the even row and (Gr, R) of the odd row.
+// Eight cells, the earlier tile's in the lower word of each 32 bits and the current one's in the upper: 16-bit words
+// (B, Gb) of the even row and (Gr, R) of the odd row.
 struct cells {
   vec16 even_row, odd_row;
 };
 
-// Columns 2, 3 of every four: the upper word of each 32 bits; the earlier tile's moves to the lower one.
+// Columns 2, 3 of every four stand in the upper word of each 32 bits.
+PPL_INLINE vec16 from_earlier(const uint8_t* tile) {
+  return srl32<16>(loadu<vec16>(tile));
+}
+PPL_INLINE vec16 only_current(vec16 words) {
+  return words & set32<vec16>(static_cast<int>(0xffff0000u));
+}
 PPL_INLINE vec16 sampled(const uint8_t* earlier, const uint8_t* current) {
-  const vec16 e = srl32<16>(loadu<vec16>(earlier));
-  const vec16 c = sll32<16>(srl32<16>(loadu<vec16>(current)));
-  return e | c;
+  return from_earlier(earlier) | only_current(loadu<vec16>(current));
 }
 
 // Sums over the group's cells, two 64-bit lanes each: (B, Gb) and (Gr, R).
@@ -43,6 +49,9 @@ PPL_INLINE sums sum(cells c) {
 }
 PPL_INLINE sums operator+(sums a, sums b) {
   return {add64(a.b_gb, b.b_gb), add64(a.gr_r, b.gr_r)};
+}
+PPL_INLINE cells keep(mask16<16> m, cells s) {
+  return {keep(m, s.even_row), keep(m, s.odd_row)};
 }
 
 PPL_INLINE uint32_t low(vec16 v) {
@@ -64,87 +73,120 @@ PPL_INLINE uint32_t total_of(vec16 counts) {
   return static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_add_epi32(halves, _mm_srli_si128(halves, 4))));
 }
 
-// What one row pair adds, kept in registers until its end.
-struct row_totals {
-  sums qual, qAE;
-  vec16 qual_cells, qAE_cells;
+// What passing cells add up to in a row pair.
+struct totals {
+  sums of_passed;
+  vec16 cells_passed;
+  PPL_INLINE_MEMBER void add(mask16<16> pass, sums s) {
+    of_passed = of_passed + s;
+    cells_passed = sub16(cells_passed, to_vec(pass));
+  }
 };
 
-PPL_INLINE mask16<16> between(vec16 x, const vec_i16& low, const vec_i16& high) {
-  return gt_s16(x, load<vec16>(&low)) & gt_s16(load<vec16>(&high), x);
-}
+struct qual_ranges {
+  vec_i16 gb_min, gb_span, rg_min, rg_span;  // byte pairs: minimum and maximum - minimum
+  vec_i16 BmGb_low, BmGb_high, GrmR_low, GrmR_high, sum_low, sum_high, diff_low, diff_high;  // exclusive
 
-// Both bytes of a word within minimum .. minimum + span.
-PPL_INLINE mask16<16> within(vec16 x, const vec_i16& minimum, const vec_i16& span) {
-  const vec16 above = sub8(x, load<vec16>(&minimum));
-  return eq16(subs_u8(above, load<vec16>(&span)), zero<vec16>());
-}
+  static PPL_INLINE_MEMBER mask16<16> between(vec16 x, const vec_i16& low, const vec_i16& high) {
+    return gt_s16(x, load<vec16>(&low)) & gt_s16(load<vec16>(&high), x);
+  }
+  // How far the bytes of a word leave minimum .. minimum + span.
+  static PPL_INLINE_MEMBER vec16 excess(vec16 x, const vec_i16& minimum, const vec_i16& span) {
+    return subs_u8(sub8(x, load<vec16>(&minimum)), load<vec16>(&span));
+  }
+  PPL_INLINE_MEMBER mask16<16> pass(cells s) const {
+    const vec16 dbg = sub16(even(s.even_row), odd(s.even_row));
+    const vec16 dgr = sub16(even(s.odd_row), odd(s.odd_row));
+    const vec16 outside = excess(s.even_row, gb_min, gb_span) | excess(s.odd_row, rg_min, rg_span);
+    return eq16(outside, zero<vec16>()) & between(dbg, BmGb_low, BmGb_high) &
+           between(dgr, GrmR_low, GrmR_high) & between(add16(dbg, dgr), sum_low, sum_high) &
+           between(sub16(dbg, dgr), diff_low, diff_high);
+  }
+};
 
-PPL_INLINE void qual_step(ppl_context& c, row_totals& total, cells s) {
-  const vec16 dbg = sub16(even(s.even_row), odd(s.even_row));
-  const vec16 dgr = sub16(even(s.odd_row), odd(s.odd_row));
-  const mask16<16> pass =
-      within(s.even_row, c.qual_gb_min, c.qual_gb_span) & within(s.odd_row, c.qual_rg_min, c.qual_rg_span) &
-      between(dbg, c.qual_BmGb_low, c.qual_BmGb_high) & between(dgr, c.qual_GrmR_low, c.qual_GrmR_high) &
-      between(add16(dbg, dgr), c.qual_sum_low, c.qual_sum_high) &
-      between(sub16(dbg, dgr), c.qual_diff_low, c.qual_diff_high);
-  const sums t = sum({keep(pass, s.even_row), keep(pass, s.odd_row)});
-  total.qual_cells = sub16(total.qual_cells, to_vec(pass));
-  total.qual = total.qual + t;
-  c.r_histogram[high(t.gr_r) >> 3] += 8;
-  c.g_histogram[high(t.b_gb) >> 3] += 8;
-  c.g_histogram[low(t.gr_r) >> 3] += 8;
-  c.b_histogram[low(t.b_gb) >> 3] += 8;
-}
+// A cell is rejected if all four samples are below a minimum above 0, or all four above a maximum below 255: a test
+// that stands at its limit is off.
+struct exposure_range {
+  vec16 below_min, above_max;  // the bytes that reject
+  mask16<16> low_on, high_on;
+  PPL_INLINE_MEMBER explicit exposure_range(const ppl_context& c)
+      : below_min(loadu<vec16>(&c.qAE_below_min)),
+        above_max(loadu<vec16>(&c.qAE_above_max)),
+        low_on(gt_s16(even(loadu<vec16>(&c.qAE_min)), zero<vec16>())),
+        high_on(gt_s16(even(above_max), zero<vec16>())) {}
+  PPL_INLINE_MEMBER mask16<16> pass(cells s) const {
+    const vec16 top = max_u8(s.even_row, s.odd_row), bottom = min_u8(s.even_row, s.odd_row);
+    const mask16<16> too_low = eq16(subs_u8(top, below_min), zero<vec16>()) & low_on;
+    const mask16<16> too_high = eq16(subs_u8(above_max, bottom), zero<vec16>()) & high_on;
+    return eq16(to_vec(too_low | too_high), zero<vec16>());
+  }
+};
 
-// A cell is rejected if all four samples are below a minimum above 0, or all four above a maximum below 255.
-PPL_INLINE mask16<16> qAE_pass(const ppl_context& c, cells s) {
-  const vec16 top = max_u8(s.even_row, s.odd_row), bottom = min_u8(s.even_row, s.odd_row);
-  // subs(top, min - 1) is 0 where below the minimum; the minimum 0 wraps to 255 and is switched off by qAE_min
-  const vec16 saves_low = subs_u8(top, load<vec16>(&c.qAE_below_min));
-  const vec16 saves_high = subs_u8(load<vec16>(&c.qAE_above_max), bottom);
-  const mask16<16> low = eq16(saves_low, zero<vec16>());
-  const mask16<16> high = eq16(saves_high, zero<vec16>());
-  const mask16<16> low_on = gt_s16(even(load<vec16>(&c.qAE_min)), zero<vec16>());
-  const mask16<16> high_on = gt_s16(even(load<vec16>(&c.qAE_above_max)), zero<vec16>());
-  const vec16 all = to_vec(eq16(zero<vec16>(), zero<vec16>()));
-  return without(to_mask16(all), (low & low_on) | (high & high_on));
-}
+// The cells of sub_window_means along a row pair, tile by tile from left to right.
+struct cell_walk {
+  ppl_context& c;
+  rgb32* cell;   // of the current tile
+  int end_tile;  // where it ends
+  bool in_grid;
 
-PPL_INLINE void qAE_step(const ppl_context& c, row_totals& total, cells s) {
-  const mask16<16> pass = qAE_pass(c, s);
-  total.qAE_cells = sub16(total.qAE_cells, to_vec(pass));
-  total.qAE = total.qAE + sum({keep(pass, s.even_row), keep(pass, s.odd_row)});
-}
+  cell_walk(ppl_context& context, int row_pair)
+      : c(context), cell(outside_cell(&context)), end_tile(0), in_grid(false) {
+    if (row_pair >= c.grid_row_pairs || c.grid_tiles == 0) return;
+    in_grid = true;
+    cell = &c.sub_window_means[kGridColumns * (row_pair / c.cell_row_pairs)];
+    end_tile = c.cell_tiles;
+  }
+  rgb32* at(int tile) {
+    if (!in_grid) return cell;
+    if (tile >= c.grid_tiles) return outside_cell(&c);
+    for (; tile >= end_tile; end_tile += c.cell_tiles) ++cell;
+    return cell;
+  }
+};
 
-PPL_INLINE rgb32& cell_of(ppl_context& c, int row_pair, int tile) {
-  if (row_pair < c.grid_row_pairs && tile < c.grid_tiles)
-    return c.sub_window_means[kGridColumns * (row_pair / c.cell_row_pairs) + tile / c.cell_tiles];
-  return c.sub_window_means[kCells];
+PPL_INLINE void add_to_histograms(ppl_context& c, sums group) {
+  c.r_histogram[high(group.gr_r) >> 3] += 8;
+  c.g_histogram[high(group.b_gb) >> 3] += 8;
+  c.g_histogram[low(group.gr_r) >> 3] += 8;
+  c.b_histogram[low(group.b_gb) >> 3] += 8;
 }
 
 }  // namespace statistics_detail
 
-static void statistics(const statistics_args& a) {
+static void statistics(const statistics_args& args) {
   using namespace statistics_detail;
+  const statistics_args a = args;
   ppl_context& c = *a.context;
-  const bool full = a.black_even != nullptr;
   const vec16 none = zero<vec16>();
-  row_totals total = {{none, none}, {none, none}, none, none};
-  sums plain = {none, none};  // of the cell that the walk is in
-  rgb32* cell = &cell_of(c, a.row_pair, 1);
+  const qual_ranges qual = {c.qual_gb_min,   c.qual_gb_span,   c.qual_rg_min,   c.qual_rg_span,
+                            c.qual_BmGb_low, c.qual_BmGb_high, c.qual_GrmR_low, c.qual_GrmR_high,
+                            c.qual_sum_low,  c.qual_sum_high,  c.qual_diff_low, c.qual_diff_high};
+  const exposure_range qAE(c);
+  const white_balance<vec16> even_gain(c.gain_b_g, c.delta_b_g), odd_gain(c.gain_g_r, c.delta_g_r);
+  totals qual_total = {{none, none}, none}, qAE_total = {{none, none}, none};
+  sums plain = {none, none};  // of the sub-window that the walk is in
+  cell_walk walk(c, a.row_pair);
+  rgb32* cell = walk.at(1);
+  const uint8_t* left_even = c.leftovers.stat_even_row.lane;
+  const uint8_t* left_odd = c.leftovers.stat_odd_row.lane;
   for (int t = 1; t <= a.last_tile; t += 2) {
     const int now = (t + a.tile_lead) * kTile, before = now - kTile;
-    if (full) {
-      const bool first = t == 1;
-      const uint8_t* left_even = first ? c.leftovers.stat_even_row.lane : a.black_even + before;
-      const uint8_t* left_odd = first ? c.leftovers.stat_odd_row.lane : a.black_odd + before;
-      qual_step(c, total, {sampled(left_even, a.black_even + now), sampled(left_odd, a.black_odd + now)});
+    if (t > 1) {
+      left_even = a.black_even + before;
+      left_odd = a.black_odd + before;
     }
-    const cells s = {sampled(a.tone_even + before, a.value_even + now),
-                     sampled(a.tone_odd + before, a.value_odd + now)};
-    if (full) qAE_step(c, total, s);
-    rgb32* const now_in = &cell_of(c, a.row_pair, t);
+    const cells black = {sampled(left_even, a.black_even + now), sampled(left_odd, a.black_odd + now)};
+    const cells s = {from_earlier(a.tone_even + before) | only_current(even_gain(black.even_row)),
+                     from_earlier(a.tone_odd + before) | only_current(odd_gain(black.odd_row))};
+    if (!a.plain_only) {
+      const mask16<16> qualified = qual.pass(black);
+      const sums group = sum(keep(qualified, black));
+      qual_total.add(qualified, group);
+      add_to_histograms(c, group);
+      const mask16<16> exposed = qAE.pass(s);
+      qAE_total.add(exposed, sum(keep(exposed, s)));
+    }
+    rgb32* const now_in = walk.at(t);
     if (now_in != cell) {
       add_to(*cell, plain);
       plain = {none, none};
@@ -153,11 +195,11 @@ static void statistics(const statistics_args& a) {
     plain = plain + sum(s);
   }
   add_to(*cell, plain);
-  if (!full) return;
-  add_to(c.qual_means, total.qual);
-  add_to(c.qAE_means, total.qAE);
-  c.qual_count += total_of(total.qual_cells);
-  c.qAE_count += total_of(total.qAE_cells);
+  if (a.plain_only) return;
+  add_to(c.qual_means, qual_total.of_passed);
+  add_to(c.qAE_means, qAE_total.of_passed);
+  c.qual_count += total_of(qual_total.cells_passed);
+  c.qAE_count += total_of(qAE_total.cells_passed);
   const int last_even = a.last_tile & ~1;
   if (last_even >= 2) {
     const int x = (last_even + a.tile_lead) * kTile;

@@ -16,6 +16,7 @@ namespace ppl::PPL_LEVEL {
 
 extern const tile_kernels tile_table;
 const tile_kernels tile_table = {
+    .prepare_tone = prepare_tone,
     .front_end = front_end,
     .statistics = statistics,
     .median = median,

@@ -31,17 +31,7 @@ void pad_words(uint8_t* row, int width) {
 }
 
 // The record's scratch rows during a frame.
-enum scratch_row {
-  kBlackEven,
-  kBlackOdd,
-  kValueEven,
-  kValueOdd,
-  kFlatMask,
-  kFlatR,
-  kFlatG,
-  kFlatB,
-  kColour0
-};
+enum scratch_row { kBlackEven, kBlackOdd, kSumsU, kSumsV, kFlatMask, kFlatR, kFlatG, kFlatB, kColour0 };
 constexpr int kScratchPitch = 2048 + 64;
 constexpr int kLensScratch = (kColour0 + 4) * kScratchPitch;  // two rows of factors
 static_assert(64 + kLensScratch + 2 * 2 * 2048 <= kScratchBytes - kOutputScratch);
@@ -72,14 +62,12 @@ const uint16_t* lens_factors(const walk& w, int r, int slot) {
 void gather_statistics(walk& w, int output_row_pair, ring_id ring) {
   const path_traits& path = *w.path;
   const int front_row = 2 * (output_row_pair + path.lead_row_pairs);
-  const bool full = path.full_statistics;
   w.kernels->statistics({.context = w.context,
-                         .black_even = full ? scratch_row_at(w, kBlackEven) : nullptr,
-                         .black_odd = full ? scratch_row_at(w, kBlackOdd) : nullptr,
-                         .value_even = scratch_row_at(w, kValueEven),
-                         .value_odd = scratch_row_at(w, kValueOdd),
+                         .black_even = scratch_row_at(w, kBlackEven),
+                         .black_odd = scratch_row_at(w, kBlackOdd),
                          .tone_even = w.row(ring, front_row),
                          .tone_odd = w.row(ring, front_row + 1),
+                         .plain_only = !path.full_statistics,
                          .row_pair = output_row_pair,
                          .last_tile = w.tiles - 1 - path.right,
                          .tile_lead = path.lead_tiles});
@@ -106,8 +94,6 @@ void front_end_stage(walk& w, int r) {
                         .lens_odd = lens_factors(w, r + 1, 1),
                         .black_even = collect ? scratch_row_at(w, kBlackEven) : nullptr,
                         .black_odd = collect ? scratch_row_at(w, kBlackOdd) : nullptr,
-                        .value_even = collect ? scratch_row_at(w, kValueEven) : nullptr,
-                        .value_odd = collect ? scratch_row_at(w, kValueOdd) : nullptr,
                         .width = w.width});
   if (collect) gather_statistics(w, output_row_pair, ring);
   pad_samples(w.row(ring, r), w.width);
@@ -291,8 +277,8 @@ void smooth_stage(walk& w, int first) {
   for (int r = first; r < first + 2; ++r) {
     if (!w.inside(r) || ((r & 1) != 0 && !w.chroma_in_odd_rows)) continue;
     smooth_args a = {.chroma = {},
-                     .u_sums = scratch_row_at(w, kValueEven),
-                     .v_sums = scratch_row_at(w, kValueOdd),
+                     .u_sums = scratch_row_at(w, kSumsU),
+                     .v_sums = scratch_row_at(w, kSumsV),
                      .out = w.row(kChromaOut, r),
                      .width = w.width};
     for (int i = 0; i < 3; ++i) a.chroma[i] = w.row(kChromaNf, r - 1 + i);
@@ -459,6 +445,7 @@ void run_tile_path(const frame_job& job) {
   w.chroma_in_odd_rows = job.format != out_format::i420;
   w.writer = make_writer(job, path->bottom);
   load_matrix(w);
+  w.kernels->prepare_tone(*c, c->rgb_gamma_table);
   prepare_flat_colours(w);
   plan_stages(w);
 

@@ -21,7 +21,7 @@ INTEGER = re.compile(
     rf"""(?:mov(?:abs)?[bwlq]?|mov[sz][bwl][wlq]|lea[lwq]?|(?:add|sub|adc|sbb|and|or|xor|not|neg|inc|dec|cmp|test)[bwlq]?
     |(?:i?mul|i?div|sh[lr]d?|s[ah]l|sar|ro[lr]|rc[lr])[bwlq]?|bt[src]?[bwlq]?|bs[fr][lq]?|bswap[lq]?|xchg[bwlq]?
     |push[q]?|pop[q]?|call[q]?|jmp[q]?|j{CONDITION}|set{CONDITION}|cmov{CONDITION}[wlq]?|ret[q]?|leave[q]?
-    |c[bwl]t[wlq]|cqto|cltd|cwt[ld]|(?:rep\ )?(?:movs|stos)[bwlq]?|(?:data16\ |cs\ )*nop[wlq]?|rex\.W\ jmp|pause
+    |c[bwl]t[wlq]|cqto|cltd|cwt[ld]|(?:rep\ )?(?:movs|stos)[bwlq]?|(?:data16\ |cs\ )*nop[wlq]?|jmp[q]?|pause
     |ud2|int3|cpuid|rdtsc)$""", re.VERBOSE)
 SSE2 = re.compile(
     r"""(?:mov(?:dqa|dqu|d|q|aps|apd|ups|upd|ss|sd|hlps|lhps|hps|lps|hpd|lpd|mskps|mskpd|ntdq|ntps|ntpd|nti|ntil|ntiq)
@@ -34,7 +34,7 @@ SSE41 = re.compile(
     |p(?:min|max)(?:sb|uw|sd|ud)|pmulld|pmuldq|packusdw|pmov[sz]x(?:bw|bd|bq|wd|wq|dq)|pcmpeqq|p(?:extr|insr)[bdq]
     |pblendw|pblendvb|blendp[sd]|blendvp[sd]|insertps|extractps|ptest|mpsadbw|phminposuw|movntdqa|lddqu)$""",
     re.VERBOSE)
-FORBIDDEN_OPERAND = re.compile(r"%(?:[yz]mm\d+|mm[0-7]|st\b|k[0-7]\b|cr\d|dr\d|[cdefgs]s:)")
+FORBIDDEN_OPERAND = re.compile(r"%(?:[yz]mm\d+|mm[0-7]|st\b|k[0-7]\b|cr\d|dr\d|[fg]s:)")
 
 
 def main():

@@ -4,10 +4,12 @@
 usage: check_stack.py ppl.sys [frame limit [limit in all]]
 
 A kernel stack is 24 KB in all and belongs to everything above the library too. Counted are each function's own
-bytes, from the unwind data, and 8 for every return address. An indirect call is taken to reach every function
-whose address stands in a table or is loaded somewhere; where it goes through a field of a level's tables (tile,
-bulk, output, convert, scaler), every function that stands in that field. Recursion, frames of variable size and
-code that touches the stack without unwind data are errors.
+bytes, from the unwind data, and 8 for every return address. Recursion, frames of variable size and code that touches
+the stack without unwind data are errors.
+
+An indirect call is taken to reach every function that stands in a level's tables (tile, bulk, output, convert,
+scaler); if it goes through a field of such a table, the functions in that field. All other functions whose address
+is taken must be covered by POINTERS below, which tells by their parameters which callers reach them.
 """
 
 import re
@@ -16,7 +18,14 @@ import sys
 from code_map import CodeMap
 from pe_image import Image
 
-TABLE = re.compile(r"(?:tile|bulk|output|convert|scaler)_table")
+TABLE = re.compile(r"(?:sse2|sse41)\d+(?:tile|bulk|output|convert|scaler)_tableE$")
+# Callers, and the end of the mangled names of what they call through pointers that the code hands around.
+POINTERS = [
+    (r"run_tile_path", r"ERNS_4walkEi"),
+    (r"output_stage", r"ERNS_13output_writerEiRKNS_13finished_rowsE"),
+    (r"run_bulk_path", r"ERKNS0_10bulk_frameERKNS0_8row_sinkEi"),
+    (r"run_raw_path|draw_top_down|draw_bottom_up", r"PKhRKNS0_4spanE"),
+]
 
 
 class StackMap:
@@ -27,12 +36,10 @@ class StackMap:
         self.import_slots = range(start, start + size)
         pointers = {a: self.image.pointer(a) for a in self.image.relocations()}
         starts = set(code.starts)
-        in_tables = {t for t in pointers.values() if t in starts}
-        loaded = {i.target for f in code.functions for i in f.instructions
+        taken = {t for t in pointers.values() if t in starts}
+        taken |= {i.target for f in code.functions for i in f.instructions
                   if i.name.startswith("lea") and i.target in starts}
-        self.reachable = {code.at(t).start for t in in_tables | loaded}
-        # offset in a level's table -> functions
-        self.fields = {}
+        self.fields = {}  # offset in a level's table -> functions
         tables = sorted(a for a, n in code.names.items() if not self.image.is_code(a))
         for t, following in zip(tables, tables[1:] + [self.image.size]):
             if TABLE.search(code.names[t]):
@@ -40,6 +47,13 @@ class StackMap:
                     if pointers.get(a) not in starts:
                         break
                     self.fields.setdefault(a - t, set()).add(pointers[a])
+        self.table_functions = set().union(*self.fields.values())
+        self.handed_around = {t: code.at(t).name for t in taken - self.table_functions}
+        for t, name in self.handed_around.items():
+            if not any(re.search(signature + r"(\.|$)", name) for _, signature in POINTERS):
+                self.complain(f"the address of {name} is taken, and POINTERS does not tell for whom")
+        if not self.fields:
+            self.complain("no level tables found")
         self.depths, self.active = {}, []
         self.calls = {f.start: self.callees(f) for f in code.functions}
 
@@ -51,19 +65,19 @@ class StackMap:
         """The functions that an indirect call or jump can reach; None for a jump inside the function."""
         i = function.instructions[at]
         operand = i.operands.lstrip("*")
-        if i.target is not None:
-            return set() if i.target in self.import_slots else self.reachable
-        m = re.match(r"(-?0x[0-9a-f]+)?\((%\w+)\)$", operand)
-        if m and self.fields:
-            offset = int(m.group(1) or "0", 16)
-            if offset in self.fields:
-                return self.fields[offset]
+        if i.target is not None and i.target in self.import_slots:
+            return set()
         if i.name.startswith("jmp") and operand.startswith("%"):
             # A switch: the compilers load a 32-bit distance and add the table's address.
             before = function.instructions[max(0, at - 6):at]
             if any(b.name == "movslq" and "(" in b.operands for b in before):
                 return None
-        return self.reachable
+        found = {t for t, name in self.handed_around.items()
+                 for caller, signature in POINTERS
+                 if re.search(caller, function.name) and re.search(signature + r"(\.|$)", name)}
+        m = re.match(r"(0x[0-9a-f]+)?\((%\w+)\)$", operand)
+        field = int(m.group(1) or "0", 16) if m else None
+        return found | self.fields.get(field, self.table_functions)
 
     def callees(self, f):
         """(function, bytes of f, with its return address, that are on the stack then): all that f calls or jumps to."""
@@ -116,6 +130,17 @@ class StackMap:
         return self.depths[start]
 
 
+def plain_name(mangled):
+    """The last part of a mangled name."""
+    m = re.match(r"_ZN?", mangled)
+    parts, rest = [], mangled[m.end():] if m else ""
+    while m := re.match(r"L?(\d+)", rest):
+        end = m.end() + int(m.group(1))
+        parts.append(rest[m.end():end])
+        rest = rest[end:]
+    return "::".join(p for p in parts if p not in ("ppl", "_GLOBAL__N_1")) or mangled
+
+
 def main():
     image = Image(sys.argv[1])
     frame_limit, limit = (int(a) for a in (sys.argv[2:] + [2048, 4096])[:2])
@@ -130,8 +155,11 @@ def main():
     for complaint in stack.bad:
         print(f"{image.path}: {complaint}")
     print(f"{image.path}: deepest stacks in bytes, of {limit}:")
-    for depth, path, name in found[:8]:
-        print(f"{depth:6d}  {' > '.join(path)}")
+    shown = set()
+    for depth, path, name in found:
+        if len(shown) < 5 and tuple(path[-2:]) not in shown:
+            shown.add(tuple(path[-2:]))
+            print(f"{depth:6d}  {' > '.join(map(plain_name, path))}")
     return 1 if stack.bad else 0
 
 

@@ -33,7 +33,8 @@ class Function:
 
 LINE = re.compile(r"^\s*([0-9a-f]+):\t(\S+)\s*(.*)$")
 PREFIXES = {"rep", "repz", "repnz", "lock", "data16", "cs", "ds", "es", "ss", "fs", "gs", "bnd", "notrack",
-            "addr32", "rex.W"}
+            "addr32"}
+REX = re.compile(r"rex\.\w+$")
 
 
 def disassemble(image):
@@ -45,6 +46,9 @@ def disassemble(image):
         if not m:
             continue
         name, rest = m.group(2), m.group(3)
+        while REX.match(name) and rest:  # a prefix without effect
+            name, _, rest = rest.partition(" ")
+            rest = rest.strip()
         while name.split()[-1] in PREFIXES and rest:
             following = rest.split(None, 1)
             name, rest = f"{name} {following[0]}", following[1] if len(following) > 1 else ""

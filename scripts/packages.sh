@@ -1,0 +1,49 @@
+# What the project needs of Debian, and its installation. Sourced by demo and check.
+
+PACKAGES_BUILD="g++ cmake ninja-build pkg-config"
+PACKAGES_TOOL="libcli11-dev nlohmann-json3-dev libpng-dev libcairo2-dev fonts-dejavu-core"
+PACKAGES_CHECK="clang libgtest-dev python3 binutils"
+PACKAGES_KERNEL="g++-mingw-w64-x86-64-win32 clang-19 lld-19 llvm-19 wine wine64"
+
+# The packages of the list that are not installed.
+missing_packages() {
+  local package
+  for package in "$@"; do
+    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || echo "$package"
+  done
+}
+
+as_root() {
+  if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
+}
+
+packages_updated=no
+try_install() {
+  if ! command -v apt-get >/dev/null; then return 1; fi
+  if [ $packages_updated = no ]; then
+    as_root apt-get update -qq || return 1
+    packages_updated=yes
+  fi
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "$@" >/dev/null
+}
+
+# Installs what is missing; ends the script with a plain line where that can't be done.
+install_packages() {
+  local wanted
+  wanted=$(missing_packages "$@" | xargs)
+  [ -n "$wanted" ] || return 0
+  echo "== installing $wanted"
+  if ! try_install $wanted; then
+    echo "These Debian packages are needed and could not be installed: $wanted" >&2
+    exit 1
+  fi
+}
+
+# The same for what a machine may lack: one at a time, with a line for each that is not to be had.
+install_optional_packages() {
+  local package
+  for package in $(missing_packages "$@"); do
+    echo "== installing $package"
+    try_install "$package" || echo "== $package can't be installed here; the tests that need it are skipped"
+  done
+}

@@ -1,0 +1,26 @@
+# Makes the image a second time, from a copy of the sources in another directory, and compares what is delivered.
+file(REMOVE_RECURSE ${COPY})
+file(MAKE_DIRECTORY ${COPY})
+file(GLOB parts RELATIVE ${ROOT} ${ROOT}/*)
+list(REMOVE_ITEM parts build tests bench tools)
+foreach(part IN LISTS parts)
+  file(COPY ${ROOT}/${part} DESTINATION ${COPY})
+endforeach()
+execute_process(COMMAND ${CMAKE_COMMAND} --preset ${PRESET} WORKING_DIRECTORY ${COPY} OUTPUT_QUIET
+  COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND ${CMAKE_COMMAND} --build --preset ${PRESET} --parallel 2 WORKING_DIRECTORY ${COPY}
+  OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+set(different)
+foreach(file ppl.sys ppl.lib libppl.a ppl.pdb)
+  if(EXISTS ${ROOT}/build/${PRESET}/${file})
+    execute_process(COMMAND ${CMAKE_COMMAND} -E compare_files ${ROOT}/build/${PRESET}/${file}
+      ${COPY}/build/${PRESET}/${file} RESULT_VARIABLE result)
+    if(NOT result EQUAL 0)
+      list(APPEND different ${file})
+    endif()
+  endif()
+endforeach()
+if(different)
+  message(FATAL_ERROR "A second build in ${COPY} gives other bytes in: ${different}")
+endif()
+file(REMOVE_RECURSE ${COPY})

@@ -1,0 +1,55 @@
+// Runs the command line tool in a directory of its own and looks at what it leaves there.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <stdint.h>
+
+#include <string>
+#include <vector>
+
+using Bytes = std::vector<uint8_t>;
+using Arguments = std::vector<std::string>;
+
+struct Result {
+  int status;
+  std::string out, err;
+};
+
+struct Rgb {
+  uint32_t width = 0, height = 0;
+  Bytes pixels;  // R, G, B, top row first
+  const uint8_t* at(uint32_t x, uint32_t y) const { return &pixels[3 * (size_t{y} * width + x)]; }
+};
+
+class Tool : public testing::Test {
+ protected:
+  Tool();
+  ~Tool() override;
+  Result run(const Arguments&) const;
+  // Runs it and expects success.
+  void ok(const Arguments&) const;
+  std::string path(const std::string& name) const { return directory_ + "/" + name; }
+  void write(const std::string& name, const Bytes&) const;
+  Bytes read(const std::string& name) const;
+  Rgb png(const std::string& name) const;
+  std::vector<std::string> files() const;
+
+ private:
+  std::string directory_;
+};
+
+Bytes read_whole(const std::string& path);
+Rgb read_picture(const std::string& path);
+double psnr(const Rgb&, const Rgb&);
+
+inline const std::string sample = SAMPLES "/coffee_640x480_bggr8.raw";
+inline const std::string truth = SAMPLES "/coffee_640x480.png";
+// The settings that the sample's description names.
+inline const Arguments settings{"--black", "12",        "--gains", "397,256,346",
+                                "--gbgr",  "--lens-f1", "48",      "--lens-shift1",
+                                "24",      "--lens-f2", "0"};
+
+inline Arguments operator+(Arguments a, const Arguments& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}

@@ -1,0 +1,51 @@
+// One raw Bayer frame, from the file to a finished frame or picture.
+#pragma once
+
+#include <ppl.h>
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+#include "bytes.h"
+#include "controls.h"
+#include "formats.h"
+#include "picture.h"
+
+namespace tool {
+
+// Where a frame stands in a headerless file.
+struct FrameFile {
+  std::string path;
+  uint32_t width = 0, height = 0, stride = 0;  // stride 0: rows back to back
+  uint32_t frame = 0;
+  uint64_t skip = 0;
+
+  void add_options(CLI::App&, const std::string& what);
+  // Exactly one frame of the format; throws if the file does not hold it.
+  Bytes read(Format) const;
+
+ private:
+  CLI::Option* frame_option_ = nullptr;
+};
+
+// What is to be made of a frame.
+struct Job {
+  uint32_t quality = 15;
+  int32_t decimation = 0;  // -1 doubles, 1 halves
+  Size scale = {0, 0};     // 0 x 0: no second pass
+  bool via_i420 = false;   // pictures: through I420 even where the quality has RGB24
+};
+
+// The size of the result.
+Size output_size(const FrameFile&, const Job&);
+
+// Throws with the reason if the library can't make the whole, right picture of this format from such a frame.
+void require_possible(const FrameFile&, const Job&, const Controls&, Format);
+
+// The frame as i420, yuyv, uyvy, rgb24 or rgb32, byte for byte as the library writes it.
+Bytes convert_bayer(ppl_context*, const FrameFile&, const Job&, Format, Bytes source);
+
+// The frame as a picture: through the library's RGB24 where the quality has it whole, else through RGB32 or I420.
+Picture bayer_picture(ppl_context*, const FrameFile&, const Job&, const Controls&, const Bytes& source);
+
+}  // namespace tool

@@ -1,0 +1,115 @@
+// ppl compare: the same frame at every quality on one labelled sheet, with PSNR where the truth is known.
+#include <cstdio>
+#include <memory>
+
+#include "bayer.h"
+#include "commands.h"
+#include "failure.h"
+#include "file.h"
+#include "instance.h"
+#include "sheet.h"
+
+namespace tool {
+namespace {
+
+struct Kind {
+  uint32_t quality;
+  bool medium;
+  const char* what;
+};
+
+// From the cheapest to the finest. Qualities 10 and 11 come last: what they leave in a context shows in later
+// frames of qualities 0 and 1.
+constexpr Kind kinds[] = {
+    {13, false, "the mosaic"},
+    {12, false, "the mosaic, sharpened"},
+    {3, false, "cell by cell"},
+    {2, false, "bilinear"},
+    {2, true, "bilinear"},
+    {15, false, "noise filter, sharpened"},
+    {1, false, "edge-directed"},
+    {1, true, "edge-directed"},
+    {0, false, "edge-directed, sharpened"},
+    {0, true, "edge-directed, sharpened"},
+    {11, false, "edge-directed, flat areas"},
+    {10, false, "flat areas, sharpened"},
+};
+
+struct Compare {
+  // By way of I420, which all qualities make from the same rows of the colour matrix.
+  static Job job(const Kind& kind, bool via_rgb24);
+
+  FrameFile frame;
+  Controls controls;
+  std::string truth, output = "compare.png", via = "i420";
+  uint32_t columns = 4;
+
+  void run();
+};
+
+Job Compare::job(const Kind& kind, bool via_rgb24) {
+  Job job;
+  job.quality = kind.quality;
+  job.via_i420 = !via_rgb24;
+  return job;
+}
+
+void Compare::run() {
+  if (output_format(output, "") != Format::png)
+    fail("the sheet is a PNG picture; end the output's name in .png");
+  refuse_same_file(frame.path, output);
+  if (!truth.empty()) refuse_same_file(truth, output);
+  if (controls.medium_filter) fail("--medium-filter is shown beside its absence; leave the option out");
+  const bool via_rgb24 = via == "rgb24";
+  for (const Kind& kind : kinds) require_possible(frame, job(kind, via_rgb24), controls, Format::png);
+  const Bytes source = frame.read(Format::bayer);
+  Picture right;
+  if (!truth.empty()) {
+    right = read_png(truth);
+    if (right.width != frame.width || right.height != frame.height)
+      fail("the truth ", truth, " is ", right.width, " x ", right.height, ", the frame ", frame.width, " x ",
+           frame.height, "; they must be alike");
+  }
+  const Instance instance;
+  std::vector<Panel> panels;
+  for (const Kind& kind : kinds) {
+    ppl_reset_all_controls(instance.get());
+    controls.apply(instance.get(), frame.width, frame.height);
+    if (kind.medium) ppl_enable_medium_filter(instance.get());
+    Picture picture = bayer_picture(instance.get(), frame, job(kind, via_rgb24), controls, source);
+    std::string label = text("quality ", kind.quality, kind.medium ? " + medium filter: " : ": ", kind.what);
+    if (!truth.empty()) {
+      char ratio[32];
+      snprintf(ratio, sizeof ratio, "%.2f dB", psnr(picture, right));
+      printf("quality %2u%s  %s\n", kind.quality, kind.medium ? " + medium filter" : "                ",
+             ratio);
+      label += text("  -  ", ratio);
+    }
+    panels.push_back({label, std::move(picture)});
+  }
+  if (!truth.empty()) panels.push_back({"the truth", std::move(right)});
+  write_file(output, encode_png(make_sheet(panels, columns)));
+}
+
+}  // namespace
+
+void add_compare(CLI::App& app) {
+  CLI::App* command =
+      app.add_subcommand("compare", "One Bayer frame at every quality, as one labelled PNG sheet");
+  const auto state = std::make_shared<Compare>();
+  state->frame.add_options(*command, "File of headerless 8-bit Bayer frames; - is standard input");
+  command->add_option("--truth", state->truth,
+                      "PNG picture to compare with: prints the PSNR of every quality");
+  command->add_option("-o,--output", state->output, "PNG file to write")->capture_default_str();
+  command->add_option("--columns", state->columns, "Pictures side by side (1 to 13)")
+      ->capture_default_str()
+      ->check(in_range(1, 13));
+  command
+      ->add_option("--via", state->via, "The library's frames that the pictures are made of: i420 or rgb24")
+      ->capture_default_str()
+      ->check(CLI::IsMember({"i420", "rgb24"}));
+  state->controls.add_options(*command);
+  command->callback([state] { state->run(); });
+}
+
+}  // namespace tool

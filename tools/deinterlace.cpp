@@ -1,0 +1,242 @@
+// ppl deinterlace: fields, or a sequence of interlaced frames, to pictures, raw frames or a Y4M stream.
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "commands.h"
+#include "controls.h"
+#include "failure.h"
+#include "file.h"
+#include "formats.h"
+#include "instance.h"
+
+namespace tool {
+namespace {
+
+struct Deinterlace {
+  std::vector<std::string> files;
+  uint32_t width = 0, height = 0, threshold = 50;
+  bool frames = false, weave = false;
+  std::string input = "yuyv", output, format, size, rate = "25/1";
+
+  void run();
+
+ private:
+  using Call = uint8_t (*)(ppl_context*, const uint8_t*, const uint8_t*, const uint8_t*, uint8_t*, uint32_t,
+                           uint32_t, uint32_t, uint32_t);
+  void set_size(ppl_context*);
+  void choose_call(ppl_context*);
+  Bytes convert(ppl_context*, const uint8_t* earlier, const uint8_t* kept, const uint8_t* later) const;
+  void put(OutputFile*, const Bytes& frame, size_t number, size_t count) const;
+  size_t field_bytes() const { return size_t{width} * height; }
+
+  Format in_ = Format::yuyv, out_ = Format::png;
+  Format made_ = Format::rgb24;  // what the library makes on the way to out_
+  bool swap_input_ = false, swap_output_ = false, motion_ = true;
+  Call call_ = nullptr;
+  Size to_;
+};
+
+// The output sizes that the library makes from a frame of this size.
+std::string possible_sizes(ppl_context* context, uint32_t w, uint32_t h) {
+  const Size candidates[] = {{w, h}, {w / 2, h / 2}, {w / 4, h / 4}, {w * 2, h * 2}};
+  std::string list;
+  for (const Size& s : candidates)
+    if ((s.width == w && s.height == h) || ppl_new_frame_sizes(context, w, h, s.width, s.height, 1))
+      list += text(list.empty() ? "" : ", ", s.width, "x", s.height);
+  if (ppl_new_frame_sizes(context, w, h, w, h + 96, 1)) list += ", each also with black lines added";
+  return list;
+}
+
+void Deinterlace::set_size(ppl_context* context) {
+  if (width % 16 || width < 16 || width > 2032 || height % 2 || height < 2 || height > 2048)
+    fail("frames of ", width, " x ", height,
+         " won't do: widths are multiples of 16 from 16 to 2032, heights even, up to 2048");
+  to_ = size.empty() ? Size{width, height} : parse_size("--size", size);
+  const bool same = to_.width == width && to_.height == height;
+  const bool known = ppl_new_frame_sizes(context, width, height, to_.width, to_.height, !same) != 0;
+  // At full size the library leaves a change of width to a scaler behind it.
+  if (!known || (ppl_decimation(context) == 0 && to_.width != width))
+    fail("--size ", to_.width, "x", to_.height, " can't be made from ", width, " x ", height, "; ",
+         possible_sizes(context, width, height), " can");
+  if (to_.height % 2) fail("--size ", to_.width, "x", to_.height, " won't do: the height must be even");
+}
+
+// The library has no routine for some ways: swapped bytes on the way in or out lead around those, and identical
+// earlier and later fields turn a motion form into a plain weave.
+void Deinterlace::choose_call(ppl_context* context) {
+  const bool doubled = ppl_decimation(context) < 0;
+  made_ = is_picture(out_) || out_ == Format::rgb24     ? Format::rgb24
+          : out_ == Format::y4m || out_ == Format::i420 ? Format::i420
+                                                        : out_;
+  Format from = in_;
+  if (doubled) {
+    swap_input_ = from == Format::uyvy;
+    from = Format::yuyv;
+    swap_output_ = made_ == Format::uyvy;
+    if (swap_output_) made_ = Format::yuyv;
+  }
+  const bool yuyv = from == Format::yuyv;
+  const bool crossed = made_ != from && (made_ == Format::yuyv || made_ == Format::uyvy);
+  const bool plain = !motion_ && !doubled && !crossed;
+  if (made_ == Format::i420)
+    call_ = plain ? (yuyv ? IntlYUYVToI420MMX_no_motion : IntlUYVYToI420MMX_no_motion)
+                  : (yuyv ? IntlYUYVToI420MMX : IntlUYVYToI420MMX);
+  else if (made_ == Format::rgb24)
+    call_ = plain ? (yuyv ? IntlYUYVToRGB24MMX_no_motion : IntlUYVYToRGB24MMX_no_motion)
+                  : (yuyv ? IntlYUYVToRGB24MMX : IntlUYVYToRGB24MMX);
+  else if (made_ == Format::yuyv)
+    call_ = yuyv ? (plain ? IntlYUYVToYUYVMMX_no_motion : IntlYUYVToYUYVMMX) : IntlUYVYToYUYVMMX;
+  else
+    call_ = yuyv ? IntlYUYVToUYVYMMX : (plain ? IntlUYVYToUYVYMMX_no_motion : IntlUYVYToUYVYMMX);
+}
+
+Bytes Deinterlace::convert(ppl_context* context, const uint8_t* earlier, const uint8_t* kept,
+                           const uint8_t* later) const {
+  const size_t size_in = field_bytes();
+  Bytes fields[3];
+  const uint8_t* const given[3] = {motion_ ? earlier : later, kept, later};
+  for (int i = 0; i < 3; ++i) {
+    fields[i].assign(given[i], given[i] + size_in);
+    if (swap_input_) swap_words(fields[i]);
+  }
+  Bytes frame(frame_bytes(made_, to_.width, to_.height));
+  const uint32_t before = ppl_n_frame(context);
+  if (!call_(context, fields[0].data(), fields[1].data(), fields[2].data(), frame.data(), width, height,
+             to_.width, to_.height) ||
+      ppl_n_frame(context) == before)
+    fail("the library refuses fields of a ", width, " x ", height, " frame");
+  if (swap_output_) swap_words(frame);
+  if (is_picture(out_)) return encode(out_, picture_of(made_, frame, to_.width, to_.height, Chroma::decoder));
+  return frame;
+}
+
+// Pictures of a sequence get a file each, with a number in front of the ending; frames follow one another.
+void Deinterlace::put(OutputFile* stream, const Bytes& frame, size_t number, size_t count) const {
+  if (stream) {
+    if (out_ == Format::y4m) stream->write("FRAME\n");
+    stream->write(frame);
+    return;
+  }
+  std::string path = output;
+  if (count > 1) {
+    char digits[24];
+    snprintf(digits, sizeof digits, "-%04zu", number);
+    const size_t dot = path.rfind('.');
+    const bool ending = dot != std::string::npos && path.find('/', dot) == std::string::npos;
+    path.insert(ending ? dot : path.size(), digits);
+  }
+  for (const std::string& file : files) refuse_same_file(file, path);
+  write_file(path, frame);
+}
+
+void Deinterlace::run() {
+  in_ = input == "yuyv" ? Format::yuyv : Format::uyvy;
+  out_ = output_format(output, format);
+  if (out_ == Format::rgb32) fail("the library makes no rgb32 from fields; use rgb24, png or ppm");
+  unsigned rate_up = 0, rate_down = 0;
+  char tail = 0;
+  if (sscanf(rate.c_str(), "%6u/%6u%c", &rate_up, &rate_down, &tail) != 2 || !rate_up || !rate_down)
+    fail("--rate takes frames a second as a fraction like 25/1 or 30000/1001, not ", rate);
+  for (const std::string& file : files) refuse_same_file(file, output);
+
+  const Instance instance;
+  ppl_context* context = instance.get();
+  set_size(context);
+  if (!ppl_set_intl_3T_threshold(context, threshold)) fail("--threshold runs from 0 to 765");
+
+  // Fields, in order: later field of frame 0, kept and later field of frame 0, kept and later field of frame 1 ...
+  const size_t field = field_bytes(), row = size_t{2} * width;
+  std::vector<Bytes> kept, later;
+  Bytes earlier;
+  if (frames) {
+    for (const std::string& file : files) {
+      const Bytes bytes = read_file(file);
+      if (bytes.empty() || bytes.size() % (2 * field))
+        fail(file, " has ", bytes.size(), " bytes, no whole number of interlaced ", width, " x ", height,
+             " frames of ", 2 * field, " bytes");
+      for (size_t at = 0; at < bytes.size(); at += 2 * field) {
+        Bytes even(field), odd(field);
+        for (size_t r = 0; r < height / 2; ++r) {
+          memcpy(even.data() + r * row, bytes.data() + at + 2 * r * row, row);
+          memcpy(odd.data() + r * row, bytes.data() + at + (2 * r + 1) * row, row);
+        }
+        kept.push_back(std::move(even));
+        later.push_back(std::move(odd));
+      }
+    }
+  } else {
+    if (files.size() != 2 && files.size() != 3)
+      fail(files.size(), files.size() == 1 ? " field was" : " fields were",
+           " named: two, KEPT LATER, or three, EARLIER KEPT LATER, are needed; --frames takes whole frames");
+    std::vector<Bytes> fields;
+    for (const std::string& file : files) {
+      fields.push_back(read_file(file));
+      if (fields.back().size() != field)
+        fail(file, " has ", fields.back().size(), " bytes; a field of a ", width, " x ", height,
+             " frame has ", field, ": ", height / 2, " rows of ", row,
+             " bytes (--frames takes whole interlaced frames)");
+    }
+    if (files.size() == 3) earlier = fields.front();
+    later.push_back(std::move(fields.back()));
+    fields.pop_back();
+    kept.push_back(std::move(fields.back()));
+  }
+  motion_ = !weave && (frames || files.size() == 3);
+  choose_call(context);
+
+  std::unique_ptr<OutputFile> stream;
+  if (!is_picture(out_)) stream = std::make_unique<OutputFile>(output);
+  if (out_ == Format::y4m)
+    stream->write(text("YUV4MPEG2 W", to_.width, " H", to_.height, " F", rate_up, ":", rate_down,
+                       " Ip A0:0 C420mpeg2\n"));
+  for (size_t i = 0; i < kept.size(); ++i) {
+    // The first frame has no earlier field: its own stands in, which makes it a plain weave.
+    const Bytes& before = i ? later[i - 1] : earlier.empty() ? later[0] : earlier;
+    put(stream.get(), convert(context, before.data(), kept[i].data(), later[i].data()), i, kept.size());
+  }
+  if (stream) stream->commit();
+}
+
+}  // namespace
+
+void add_deinterlace(CLI::App& app) {
+  CLI::App* command = app.add_subcommand(
+      "deinterlace",
+      "Turn the fields of interlaced 4:2:2 video into whole frames; chroma combing is removed");
+  const auto state = std::make_shared<Deinterlace>();
+  command
+      ->add_option(
+          "FIELDS", state->files,
+          "Two fields, KEPT LATER, or three, EARLIER KEPT LATER; with --frames files of whole frames. KEPT "
+          "holds the even rows; EARLIER is the field before LATER with the same rows")
+      ->required();
+  command->add_option("-W,--width", state->width, "Width of the frame in pixels")->required();
+  command
+      ->add_option("-H,--height", state->height, "Height of the whole frame in rows, twice that of a field")
+      ->required();
+  command->add_flag("--frames", state->frames, "The files hold interlaced frames, even and odd rows in turn");
+  command->add_option("--input", state->input, "Layout of the fields: yuyv or uyvy")
+      ->capture_default_str()
+      ->check(CLI::IsMember({"yuyv", "uyvy"}));
+  command
+      ->add_option("-o,--output", state->output,
+                   "File to write; pictures of a sequence are numbered, out-0000.png and so on")
+      ->required();
+  command
+      ->add_option("--format", state->format,
+                   "png, ppm, i420, yuyv, uyvy, rgb24 or y4m (default: by the ending of the output's name)")
+      ->check(CLI::IsMember({"png", "ppm", "i420", "yuyv", "uyvy", "rgb24", "y4m"}));
+  command->add_flag("--weave", state->weave, "No motion test: the rows of both fields as they are");
+  command->add_option("--threshold", state->threshold, "Motion threshold (0 to 765); lower finds more motion")
+      ->capture_default_str()
+      ->check(in_range(0, 765));
+  command->add_option(
+      "--size", state->size,
+      "Size of the result: half, a quarter or double where the library has it (default: the frame's)");
+  command->add_option("--rate", state->rate, "Frames a second of a y4m stream, as a fraction")
+      ->capture_default_str();
+  command->callback([state] { state->run(); });
+}
+
+}  // namespace tool

@@ -1,0 +1,129 @@
+#include "file.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+
+#include "failure.h"
+
+namespace tool {
+namespace {
+
+// The temporary file of the output being written, for the signal handler.
+char pending[4096];
+
+void remove_pending(int signal_number) {
+  if (pending[0]) unlink(pending);
+  _exit(128 + signal_number);
+}
+
+std::string reason() {
+  return strerror(errno);
+}
+
+}  // namespace
+
+Bytes read_file(const std::string& path) {
+  const int file = path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file < 0) fail("can't read ", path, ": ", reason());
+  Bytes bytes;
+  for (;;) {
+    const size_t have = bytes.size();
+    bytes.resize(have + (size_t{1} << 20));
+    const ssize_t got = read(file, bytes.data() + have, bytes.size() - have);
+    if (got < 0 && errno != EINTR) {
+      const std::string why = reason();
+      if (path != "-") close(file);
+      fail("can't read ", path, ": ", why);
+    }
+    bytes.resize(have + static_cast<size_t>(got > 0 ? got : 0));
+    if (got == 0) break;
+  }
+  if (path != "-") close(file);
+  return bytes;
+}
+
+void refuse_same_file(const std::string& input, const std::string& output) {
+  std::error_code ignored;
+  if (input == "-" || output == "-") return;
+  if (std::filesystem::is_regular_file(output, ignored) &&
+      std::filesystem::equivalent(input, output, ignored))
+    fail("the output ", output, " is the input file itself; name another one with -o");
+}
+
+OutputFile::OutputFile(const std::string& path) : shown_(path) {
+  if (path == "-") {
+    file_ = STDOUT_FILENO;
+    shown_ = "standard output";
+    return;
+  }
+  std::error_code error;
+  target_ = path;
+  if (std::filesystem::exists(path, error)) target_ = std::filesystem::canonical(path, error).string();
+  if (target_.empty()) target_ = path;
+  if (std::filesystem::is_directory(target_, error)) fail("can't write ", path, ": it is a directory");
+  if (std::filesystem::exists(target_, error) && !std::filesystem::is_regular_file(target_, error)) {
+    file_ = open(target_.c_str(), O_WRONLY | O_CLOEXEC);
+    if (file_ < 0) fail("can't write ", path, ": ", reason());
+    return;
+  }
+  temporary_ = target_ + ".XXXXXX";
+  file_ = mkstemp(temporary_.data());
+  if (file_ < 0) fail("can't write ", path, ": ", reason());
+  if (temporary_.size() < sizeof pending) {
+    memcpy(pending, temporary_.c_str(), temporary_.size() + 1);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) signal(number, remove_pending);
+  }
+}
+
+OutputFile::~OutputFile() {
+  if (file_ >= 0 && file_ != STDOUT_FILENO) close(file_);
+  if (!temporary_.empty()) unlink(temporary_.c_str());
+  pending[0] = 0;
+}
+
+void OutputFile::write(std::span<const uint8_t> bytes) {
+  while (!bytes.empty()) {
+    const ssize_t done = ::write(file_, bytes.data(), bytes.size());
+    if (done < 0 && errno == EINTR) continue;
+    if (done < 0) fail("can't write ", shown_, ": ", reason());
+    bytes = bytes.subspan(static_cast<size_t>(done));
+  }
+}
+
+void OutputFile::write(const std::string& bytes) {
+  write({reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()});
+}
+
+void OutputFile::commit() {
+  if (temporary_.empty()) return;
+  // The rights the file would have had, and those of the file that it replaces.
+  const mode_t mask = umask(0);
+  umask(mask);
+  struct stat before;
+  const mode_t mode = stat(target_.c_str(), &before) == 0 ? before.st_mode & 07777 : 0666 & ~mask;
+  const int file = file_;
+  file_ = -1;
+  if (fchmod(file, mode) != 0 || fsync(file) != 0) {
+    const std::string why = reason();
+    close(file);
+    fail("can't write ", shown_, ": ", why);
+  }
+  if (close(file) != 0) fail("can't write ", shown_, ": ", reason());
+  if (rename(temporary_.c_str(), target_.c_str()) != 0) fail("can't write ", shown_, ": ", reason());
+  temporary_.clear();
+  pending[0] = 0;
+}
+
+void write_file(const std::string& path, std::span<const uint8_t> bytes) {
+  OutputFile file(path);
+  file.write(bytes);
+  file.commit();
+}
+
+}  // namespace tool

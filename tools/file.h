@@ -1,0 +1,36 @@
+// Files in and out. "-" is standard input or standard output.
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "bytes.h"
+
+namespace tool {
+
+Bytes read_file(const std::string& path);
+
+// Throws if the two names lead to the same file: an output must never replace an input.
+void refuse_same_file(const std::string& input, const std::string& output);
+
+// An output that appears whole or not at all: bytes go to a temporary file beside the target, commit() puts it
+// in the target's place. Without commit(), or when a signal ends the program, the temporary file is removed and
+// a file that was there before stays as it was. Devices, pipes and "-" are written directly.
+class OutputFile {
+ public:
+  explicit OutputFile(const std::string& path);
+  ~OutputFile();
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+  void write(std::span<const uint8_t> bytes);
+  void write(const std::string& bytes);
+  void commit();
+
+ private:
+  std::string shown_, target_, temporary_;
+  int file_ = -1;
+};
+
+void write_file(const std::string& path, std::span<const uint8_t> bytes);
+
+}  // namespace tool

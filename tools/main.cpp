@@ -1,0 +1,86 @@
+// ppl: the library's work from the command line. Exit status: 0 done, 1 the work can't be done, 2 the command line
+// can't be understood. Every failure is one line on standard error, and no output is left half written.
+#include <algorithm>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "commands.h"
+#include "failure.h"
+
+namespace {
+
+// Letters to change, add or drop to make one word of the other.
+size_t distance(const std::string& a, const std::string& b) {
+  std::vector<size_t> row(b.size() + 1);
+  for (size_t j = 0; j < row.size(); ++j) row[j] = j;
+  for (size_t i = 1; i <= a.size(); ++i) {
+    size_t corner = row[0];
+    row[0] = i;
+    for (size_t j = 1; j <= b.size(); ++j) {
+      const size_t above = row[j];
+      row[j] = std::min({above + 1, row[j - 1] + 1, corner + (a[i - 1] != b[j - 1])});
+      corner = above;
+    }
+  }
+  return row.back();
+}
+
+std::string nearest(const std::string& word, const std::vector<std::string>& known) {
+  const auto best = std::min_element(known.begin(), known.end(), [&](const auto& a, const auto& b) {
+    return distance(word, a) < distance(word, b);
+  });
+  return best != known.end() && distance(word, *best) <= 1 + word.size() / 3 ? *best : "";
+}
+
+std::string explain(const CLI::App& app, const CLI::ParseError& error, int count, char** words) {
+  const auto chosen = app.get_subcommands();
+  const std::string command = chosen.empty() ? "ppl" : "ppl " + chosen[0]->get_name();
+  std::string what = error.what();
+  if (dynamic_cast<const CLI::RequiredError*>(&error) && chosen.empty()) {
+    std::vector<std::string> known;
+    for (const CLI::App* sub : app.get_subcommands({})) known.push_back(sub->get_name());
+    what = "a command is needed: convert, compare, stats or deinterlace";
+    if (count > 1 && !nearest(words[1], known).empty())
+      what += "; did you mean " + nearest(words[1], known) + "?";
+  } else if (dynamic_cast<const CLI::ExtrasError*>(&error) && !chosen.empty()) {
+    std::vector<std::string> known;
+    for (const CLI::Option* option : chosen[0]->get_options())
+      known.push_back("--" + option->get_single_name());
+    const std::vector<std::string> extras = chosen[0]->remaining(true);
+    const std::string word = extras.empty() ? "" : extras[0].substr(0, extras[0].find('='));
+    if (word.starts_with("-")) {
+      what = "there is no option " + word;
+      const std::string guess = nearest(word, known);
+      if (!guess.empty()) what += "; did you mean " + guess + "?";
+    }
+  }
+  std::replace(what.begin(), what.end(), '\n', ' ');
+  while (!what.empty() && what.back() == ' ') what.pop_back();
+  return command + ": " + what + " (see " + command + " --help)";
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+  CLI::App app("Video pipeline library for a USB 2.0 camera: from raw frames to pictures", "ppl");
+  app.set_version_flag("--version", "ppl " PPL_VERSION);
+  app.require_subcommand(1);
+  app.footer("Exit status: 0 done, 1 the work can't be done, 2 the command line can't be understood.");
+  tool::add_convert(app);
+  tool::add_compare(app);
+  tool::add_stats(app);
+  tool::add_deinterlace(app);
+  try {
+    app.parse(count, words);
+    return 0;
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) return app.exit(error);
+    std::cerr << explain(app, error, count, words) << "\n";
+    return 2;
+  } catch (const std::exception& error) {
+    const auto chosen = app.get_subcommands();
+    std::cerr << "ppl" << (chosen.empty() ? "" : " " + chosen[0]->get_name()) << ": " << error.what() << "\n";
+    return 1;
+  }
+}

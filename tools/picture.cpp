@@ -1,0 +1,74 @@
+#include "picture.h"
+
+#include <png.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+#include "failure.h"
+#include "file.h"
+
+namespace tool {
+
+Picture read_png(const std::string& path) {
+  const Bytes file = read_file(path);
+  png_image image{};
+  image.version = PNG_IMAGE_VERSION;
+  if (!png_image_begin_read_from_memory(&image, file.data(), file.size()))
+    fail(path, " is not a PNG picture: ", image.message);
+  image.format = PNG_FORMAT_RGB;
+  Picture picture(image.width, image.height);
+  const png_color black{0, 0, 0};
+  if (!png_image_finish_read(&image, &black, picture.rgb.data(), 0, nullptr))
+    fail("can't read the PNG picture ", path, ": ", image.message);
+  return picture;
+}
+
+Bytes encode_png(const Picture& picture) {
+  png_image image{};
+  image.version = PNG_IMAGE_VERSION;
+  image.width = picture.width;
+  image.height = picture.height;
+  image.format = PNG_FORMAT_RGB;
+  png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
+  Bytes file(size);
+  if (!png_image_write_to_memory(&image, file.data(), &size, 0, picture.rgb.data(), 0, nullptr))
+    fail("can't make a PNG picture: ", image.message);
+  file.resize(size);
+  return file;
+}
+
+Bytes encode_ppm(const Picture& picture) {
+  const std::string head = text("P6\n", picture.width, " ", picture.height, "\n255\n");
+  Bytes file(head.begin(), head.end());
+  file.insert(file.end(), picture.rgb.begin(), picture.rgb.end());
+  return file;
+}
+
+void mirror_columns(Picture& picture) {
+  for (uint32_t y = 0; y < picture.height; ++y)
+    for (uint32_t x = 0; x < picture.width / 2; ++x)
+      std::swap_ranges(picture.row(y) + 3 * x, picture.row(y) + 3 * x + 3,
+                       picture.row(y) + 3 * (picture.width - 1 - x));
+}
+
+void mirror_rows(Picture& picture) {
+  for (uint32_t y = 0; y < picture.height / 2; ++y)
+    std::swap_ranges(picture.row(y), picture.row(y) + 3 * picture.width, picture.row(picture.height - 1 - y));
+}
+
+double psnr(const Picture& a, const Picture& b) {
+  if (a.width != b.width || a.height != b.height || a.rgb.empty())
+    fail("pictures of ", a.width, " x ", a.height, " and ", b.width, " x ", b.height, " can't be compared");
+  double sum = 0;
+  for (size_t i = 0; i < a.rgb.size(); ++i) {
+    const double d = static_cast<double>(a.rgb[i]) - b.rgb[i];
+    sum += d * d;
+  }
+  if (sum == 0) return std::numeric_limits<double>::infinity();
+  return 10 * std::log10(255.0 * 255.0 * static_cast<double>(a.rgb.size()) / sum);
+}
+
+}  // namespace tool
