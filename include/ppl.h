@@ -1,4 +1,68 @@
-/* ppl: a video pipeline library for a USB 2.0 camera. The whole interface of the library. */
+/*
+ * ppl: a video pipeline library for a USB 2.0 camera. This header is the whole interface.
+ *
+ * A capture driver or camera program takes a context, sets its image controls and hands it one frame per call.
+ * Two kinds of frames come in: raw 8-bit Bayer mosaics from a sensor, which leave as I420, YUYV, UYVY, RGB24 or
+ * RGB32 with the statistics that an exposure and white-balance control needs; and packed 4:2:2 frames or fields from
+ * a video decoder, which leave as I420, YUYV, UYVY or RGB24.
+ *
+ *     ppl_context *context = ppl_init();
+ *     ppl_set_rgb_gain(context, 397, 256, 346);
+ *     BaylorToI420MMX(context, mosaic, picture, 640, 480);            (once per frame)
+ *     const uint32_t *rgb = ppl_rgb_means_whole_frame(context);
+ *     ppl_free(context);
+ *
+ * RESULTS. A uint8_t result is 1 (true) or 0 (false). There are no error codes and no messages: a refusal is silent.
+ * What a refusal leaves behind is said at each call; where nothing is said, nothing has changed. Results are part of
+ * the interface even where they surprise: some setters always answer false, some calls that write nothing answer
+ * true. A null context is allowed in ppl_free alone.
+ *
+ * FRAME FORMATS. No format has padding between rows; W and H are the width and height of the frame.
+ *
+ *   Bayer   one byte a sample, rows `stride` bytes apart: B Gb B Gb ... on even rows, Gr R Gr R ... on odd rows.
+ *   I420    W*H bytes of luma, then W*H/4 bytes of U, then W*H/4 bytes of V; top row first.
+ *   YUYV    2*W*H bytes, Y0 U Y1 V for two pixels; top row first.
+ *   UYVY    2*W*H bytes, U Y0 V Y1 for two pixels; top row first.
+ *   RGB24   3*W*H bytes, blue, green, red; BOTTOM row first.
+ *   RGB32   4*W*H bytes, blue, green, red, 0; BOTTOM row first.
+ *
+ *   YUV made from a Bayer frame has full-range luma, and its chroma is the plain colour difference plus 128: U is
+ *   B - Y, V is R - Y, each cut at -128 and 127. So R = Y + V - 128, B = Y + U - 128 and
+ *   G = Y - 0.509 (V - 128) - 0.194 (U - 128). YUV from a decoder is studio-range BT.601 and stays so.
+ *
+ * SIZES. Widths up to 2036, heights and strides up to 2048 are accepted. The picture is whole and right at
+ *
+ *   Bayer, same size     widths that are multiples of 32, even heights
+ *   Bayer, double size   the same
+ *   Bayer, half size     widths that are multiples of 64 and heights that are multiples of 4
+ *   conversions          widths that are multiples of 32, even heights; the 12-bit layout the same
+ *
+ *   at any stride from the width up. With an odd number of 16-column tiles RGB, YUYV, UYVY and the luma of I420 are
+ *   whole at the same size too (not in qualities 3 and 13), the chroma of I420 is not. At widths that are no multiple
+ *   of 16 and at odd heights a call stays inside its buffers and counts the frame; what the picture holds is open. A
+ *   frame whose stride is below its width is only counted.
+ *
+ * MEMORY. The library allocates nothing. Contexts are eight static records inside the library; frames and the lens
+ * table are the caller's. No call reads or writes a byte outside the buffers that the caller handed over. Everything
+ * that a getter returns by pointer stays valid until the next frame call on that context.
+ *
+ * ALIGNMENT. Frame buffers start at multiples of 16 bytes; strides and widths are free. A buffer at an odd multiple of
+ * 8 makes a frame call or conversion answer true without touching it; a buffer that is no multiple of 8 makes an
+ * ...MMX call write a plain last-resort picture and answer false.
+ *
+ * THE SOURCE OF A BAYER FRAME IS AN IN-OUT BUFFER: the corrected mosaic replaces the raw one while the frame is worked
+ * on. Keep a copy if the raw frame is needed again. Sources of conversions are only read.
+ *
+ * THREADS. The library has no thread and no lock, and works on the caller's thread inside the call. A context serves
+ * one thread at a time; no setter may run during a frame on that context. Different contexts may run at the same time.
+ * The caller serialises ppl_init. Shared by all contexts: the built-in gamma tables (ppl_copy_gamma_tables65x256 and
+ * its studio-range sibling replace them) and the results of the four centre-weighted means.
+ *
+ * STACK. No call takes more than 4 KB of stack. There is no floating point and no call into the operating system, so a
+ * frame may be converted wherever its buffers are resident, in kernel mode too.
+ *
+ * FIXED POINT. nf88 in a name is 8.8: 256 is 1.0. nf20_12 is 20.12: 4096 is 1.0.
+ */
 #ifndef PPL_H
 #define PPL_H
 
@@ -20,11 +84,21 @@
 extern "C" {
 #endif
 
+/* One instance: controls, what is derived from them, geometry, statistics and line buffers. Opaque and flat. */
 typedef struct ppl_context ppl_context;
 
-/* Context */
+/* ---- Context --------------------------------------------------------------------------------------------------- */
+
+/* Claims the first free one of eight contexts, with all controls at their defaults; null if all are claimed. Frame
+ * size, frame count, statistics and the place of the raw picture's mark are those of the slot's last owner (zero in a
+ * slot that was never used); the first frame call sets the size. Calls must not overlap. */
 PPL_API ppl_context *ppl_init(void);
+
+/* Gives the context back; true. Doing it twice is harmless. A null context: false, nothing happens. */
 PPL_API uint8_t ppl_free(ppl_context *);
+
+/* Sets every control to its default, as its own reset does. Frame size, frame count and statistics stay. ALWAYS FALSE:
+ * it ends with the lens correction's reset, which has no table to fill. */
 PPL_API uint8_t ppl_reset_all_controls(ppl_context *);
 
 /* Geometry */
@@ -36,14 +110,92 @@ PPL_API int32_t ppl_decimation(const ppl_context *);
 PPL_API int32_t ppl_decimation_top_black_lines(const ppl_context *);
 PPL_API int32_t ppl_decimation_bottom_black_lines(const ppl_context *);
 
-/* Bayer frame calls; the source is an in-out buffer */
+/* ---- Bayer frame calls -----------------------------------------------------------------------------------------
+ *
+ * One raw frame in, one finished frame out, statistics ready to be read. In the order of the call:
+ *
+ * 1. A width, height or stride other than the context's is taken as ppl_new_frame_size takes it. Refused sizes: false,
+ *    nothing changes, the frame is not counted, the statistics of the last frame stay.
+ * 2. The statistics are cleared.
+ * 3. The frame is converted by the context's quality and decimation, and ppl_n_frame moves on by one. This step is
+ *    left out, and the call still answers true, if source or destination is no multiple of 16 or ppl_P3_only is set:
+ *    the destination stays untouched and the statistics come out as zeros.
+ * 4. The statistics are turned into means.
+ *
+ *   source        stride * height bytes, at a multiple of 16. OVERWRITTEN with the corrected mosaic (bytes between
+ *                 width and stride stay).
+ *   destination   one frame of the format at the output size, at a multiple of 16: width x height at decimation 0,
+ *                 half of both at 1, twice both at -1; black lines of ppl_set_decimation add to the height until the
+ *                 next change of size. Bytes as in FRAME FORMATS, I420 exactly n + 2 * (n / 4) for n pixels.
+ *   width, height in samples and rows; stride in bytes from one row to the next.
+ *
+ * Result: true for a converted or only counted frame, false for a refused size and, although their picture is made,
+ * for the raw qualities 4 and 9.
+ *
+ * By ppl_set_quality:
+ *
+ *   0            edge-directed reconstruction, sharpened; with the medium filter where that is enabled
+ *   1, 2         edge-directed, bilinear; likewise with or without medium filter
+ *   3            cell by cell, no interpolation
+ *   4, 9         the raw mosaic; result false. Decimation 0, and 1 but for RGB24. I420 at widths that are multiples of
+ *                160 carries a mark of V = 255 that moves from frame to frame. Mirrors and, at decimation 0, the stride
+ *                are not looked at
+ *   10, 11       as 0 and 1, with flat areas smoothed
+ *   12, 13       grey: the mosaic, sharpened in 12 (RGB and chroma of 12 pass the colour matrix). 13 in I420 and RGB24
+ *                alone, at decimation 0 and 1
+ *   15           the default: gradient-tested reconstruction, noise filter, sharpening, chroma smoothing. NOT IN RGB32
+ *   5 to 8, 14   nothing is written, the frame is counted; likewise 13 and 15 where they are missing, and 3 and 13 at
+ *                decimation 2
+ *
+ * Unfinished at double size, by design of the formats: RGB24 of quality 15 holds luma and chroma unconverted; RGB24
+ * with exactly one mirror has its rows in other places; RGB32 is not doubled; YUYV of quality 15, and of quality 2 with
+ * medium filter, and I420, YUYV and UYVY of qualities 10, 11 and 12 leave the rows between untouched. Decimation 2 is
+ * for the interlaced conversions: a Bayer frame there comes out broken, inside its buffer.
+ *
+ * The RGB of qualities 0 and 10 is formed from Y and chroma reduced to the usual ranges, and is paler than the RGB of
+ * the other qualities and than their own YUV. */
 PPL_API uint8_t ppl_process_blrtoi420(ppl_context *, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height, uint32_t stride);
 PPL_API uint8_t ppl_process_blrtoyuyv(ppl_context *, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height, uint32_t stride);
 PPL_API uint8_t ppl_process_blrtouyvy(ppl_context *, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height, uint32_t stride);
 PPL_API uint8_t ppl_process_blrtorgb24(ppl_context *, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height, uint32_t stride);
 PPL_API uint8_t ppl_process_blrtorgb32(ppl_context *, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height, uint32_t stride);
 
-/* Bayer wrappers */
+/* ---- Bayer wrappers: what a capture driver calls per frame ------------------------------------------------------
+ *
+ *   ending              decimation set   stride passed on   output
+ *   (none)              0                width              width x height
+ *   _deci_2_1           1                width              half of both
+ *   _intp_1_2           -1               width              twice both
+ *   _intp_1_2_stride    -1               2 * width          twice both
+ *   _intp_1_4_stride    as it stands     4 * width          as the decimation in force says
+ *   _scaling_stride     0                stride             out_width x out_height
+ *
+ * Source, destination and result are those of the frame calls above; black lines are set to none. The decimation stays
+ * set even if the size is refused afterwards. With a stride of 2 or 4 times the width the source is stride * height
+ * bytes, and strides above 2048 are refused, which limits the widths to 1024 and 512.
+ *
+ * If source or destination is no multiple of 8 nothing is set or counted; a last-resort picture is written and the
+ * result is false. With n = width * height:
+ *
+ *   I420, YUYV, UYVY    m bytes of the source are copied as they are, then m / 2 bytes of 128: m is n, n / 4 for
+ *                       _deci_2_1, 4 * n for the _intp forms (which therefore read 4 * n bytes of the source),
+ *                       out_width * out_height for _scaling_stride
+ *   RGB24               bytes of 255: 3 * n, 3 * (n / 4) for _deci_2_1, 12 * n for the _intp forms
+ *   RGB32               bytes of 255: 4 * n, 4 * (n / 4) for _deci_2_1, 16 * n for the _intp forms
+ *
+ * The _scaling_stride forms convert at the input size into `scratch` and resample from there into `destination`:
+ *
+ *   scratch       one frame of the format at the input size, at a multiple of 16. YUYV may be read 4 bytes beyond.
+ *   destination   out_width x out_height in the format, at a multiple of 8.
+ *   I420          bilinear, plane by plane. Whole at out_width that is a multiple of 32 and even out_height.
+ *   YUYV          bilinear. Whole at out_width that is a multiple of 32.
+ *   UYVY          is not resampled: the frame is in scratch, destination stays untouched.
+ *   RGB24, RGB32  are not converted at all: destination is filled with 255, the result is always false.
+ *
+ * The scaler moves on by at most one input row per output row. So out_height from the input height up gives the whole
+ * picture; below it the rows come from the top of the frame: shrink with _deci_2_1. The row resampling position of
+ * output pixel i is i * (in << 20) / out, blended with 8-bit weights. Where two line buffers of the output width do not
+ * fit 57344 bytes nothing is scaled and the result is that of the conversion. */
 PPL_API uint8_t BaylorToI420MMX(ppl_context *, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
 PPL_API uint8_t BaylorToI420MMX_deci_2_1(ppl_context *, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
 PPL_API uint8_t BaylorToI420MMX_intp_1_2(ppl_context *, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
@@ -278,7 +430,41 @@ PPL_API const uint32_t *ppl_b_histogram(const ppl_context *);
 PPL_API uint32_t ppl_n_qAE_2x2_whole_frame(const ppl_context *);
 PPL_API uint32_t ppl_n_qual_2x2_whole_frame(const ppl_context *);
 
-/* Packed YUV, 12-bit packed and RGB conversions */
+/* ---- Packed YUV, 12-bit packed and RGB conversions ---------------------------------------------------------------
+ *
+ * Frames from a video decoder. The arithmetic is fixed: no control but the mirrors (YUV to I420 alone) acts on them,
+ * and they touch no statistics.
+ *
+ *   input         in_width x in_height, rows back to back: 2 bytes a pixel, 1.5 in the 12-bit layout
+ *   output        out_width x out_height in the format
+ *   both          at multiples of 16
+ *
+ * The ppl_process_ form, in this order: sizes other than the context's are looked up as ppl_new_frame_sizes does with
+ * validation on, and a pair that is not in its table gives false with nothing changed; a pointer that is no multiple
+ * of 16, or ppl_P3_only, gives true with no output and no count (an accepted size has been taken by then); else the
+ * frame is converted and counted, and the result is true. For sizes that are not in the table call
+ * ppl_new_frame_sizes(context, w, h, w, h, 0) first: sizes equal to the context's are not looked up.
+ *
+ * The ...MMX form first tests for multiples of 8. If a pointer fails nothing but a last-resort picture happens, and
+ * the result is false: to I420 the first out_width * out_height bytes of the input with half as many bytes of 128
+ * behind them; to RGB24 and RGB32 bytes of 255 all over.
+ *
+ * YUYV, UYVY to I420: luma is copied, a chroma sample is the rounded-up mean (a + b + 1) >> 1 of two rows. Both mirrors
+ * act. Only at decimation 0; otherwise the frame is counted and nothing is written. Black lines are not written.
+ *
+ * YUYV, UYVY to RGB24: with y = 74 * max(Y - 16, 0), u = U - 128, v = V - 128, in 16-bit arithmetic that wraps,
+ *
+ *   blue  = (y + 129 u) >> 6,   green = (y - 25 u - 52 v) >> 6,   red = (y + 102 v) >> 6,   each cut at 0 and 255
+ *
+ * (BT.601 at a scale of 64; blue wraps to 0 where Y and U are near 255). Mirrors are not looked at. Only at decimation
+ * 0: otherwise the picture is open.
+ *
+ * UYVYYYYYToI420MMX and its three other names are one function, for frames of 12 bits a pixel: 12 bytes for 8 pixels,
+ * four luma and chroma byte pairs and four more luma bytes. U and V bytes go mixed to the U plane, from the second row
+ * of each row pair; the V plane is not written. Of each 32 pixels, pixels 4 to 7 hold the luma of 20 to 23, and 20 to
+ * 23 hold the luma of 24, 0, the luma of 25, 0. Only at decimation 0; both mirrors act.
+ *
+ * RGB24ToRGB32MMX converts nothing: its process form counts the frame and returns false. */
 PPL_API uint8_t YUYVToI420MMX(ppl_context *, const uint8_t *input, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
 PPL_API uint8_t ppl_process_yuyvtoi420(ppl_context *, const uint8_t *input, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
 PPL_API uint8_t UYVYToI420MMX(ppl_context *, const uint8_t *input, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
@@ -294,7 +480,42 @@ PPL_API uint8_t ppl_process_yuyvyyyytoi420(ppl_context *, const uint8_t *input, 
 PPL_API uint8_t RGB24ToRGB32MMX(ppl_context *, const uint8_t *input, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
 PPL_API uint8_t ppl_process_rgb24torgb32(ppl_context *, const uint8_t *input, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
 
-/* Interlaced conversions */
+/* ---- Interlaced conversions --------------------------------------------------------------------------------------
+ *
+ * Fields of packed 4:2:2 video to whole frames.
+ *
+ *   kept_field      supplies the even output rows; never altered
+ *   later_field     supplies the odd output rows
+ *   earlier_field   the field before later_field with the same rows; the motion test compares the two. The library
+ *                   keeps no field: pass the later_field of the last frame. For the first frame pass later_field
+ *                   itself, which gives the plain weave
+ *   output          out_width x out_height in the format, but the full in_width x in_height where 640 x 480 is asked
+ *                   to become 352 x 240 or 352 x 288
+ *
+ * in_width and in_height are those of the whole frame: a field is in_width * in_height bytes, in_height / 2 rows of
+ * 2 * in_width bytes. All four pointers are at multiples of 16, read or not (null passes). Sizes, alignment, results
+ * and count are those of the conversions above; the last-resort picture takes out_width * out_height bytes of
+ * kept_field and, to YUYV and UYVY, as many of later_field behind them, to I420 half as many bytes of 128.
+ *
+ * Full size. Rows are woven. The motion form then looks at the chroma of the odd rows: with d the difference of later
+ * and earlier field at pixels x - 1, x, x + 1 (0 outside the row) and S their sum, there is motion where
+ * |S - 3 d(x-1)| + |S - 3 d(x)| + |S - 3 d(x+1)| is above ppl_intl_3T_threshold (0 to 765, default 50), and the chroma
+ * byte becomes the rounded-up mean of the kept rows above and below. Luma is always woven, as is the last row pair.
+ * _no_motion forms weave and do not read earlier_field. I420 chroma is the mean of the two finished rows. RGB24 is
+ * converted as above.
+ *
+ * Black lines (ppl_new_frame_sizes with an out_height above the frame's) are Y 16, U and V 128, in RGB24 0. In RGB24
+ * with black lines the picture lies one row off: at full size its first row replaces the last black row above it and
+ * one row below keeps what the buffer held; when shrinking the last picture row is replaced instead.
+ *
+ * Half and quarter size (decimation 1, 2) read the kept field alone: means of pixel pairs; at a quarter every second
+ * row and pair. Double size (decimation -1, motion forms alone) puts rounded-up means between columns and rows.
+ *
+ *   writes nothing, counts, true: IntlYUYVToUYVYMMX_no_motion and IntlUYVYToYUYVMMX_no_motion (one function) at every
+ *   size; every other _no_motion form and both layout-changing motion forms at double size. Double size from UYVY
+ *   stores zero bytes.
+ *
+ * Mirrors have no effect here. */
 PPL_API uint8_t IntlYUYVToYUYVMMX(ppl_context *, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
 PPL_API uint8_t IntlYUYVToYUYVMMX_no_motion(ppl_context *, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
 PPL_API uint8_t IntlYUYVToUYVYMMX(ppl_context *, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
