@@ -61,3 +61,16 @@ install(FILES ${PPL_ROOT}/include/ppl.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(TARGETS ppl ppl_static EXPORT ppl-targets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(EXPORT ppl-targets NAMESPACE ppl:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ppl)
+
+# What find_package(ppl) and pkg-config read; both find the rest from where they stand, so a prefix can be moved.
+include(CMakePackageConfigHelpers)
+set(PPL_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/ppl)
+configure_package_config_file(${PPL_ROOT}/cmake/ppl-config.cmake.in ppl-config.cmake
+  INSTALL_DESTINATION ${PPL_PACKAGE_DIR} NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file(ppl-config-version.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ppl-config.cmake ${CMAKE_CURRENT_BINARY_DIR}/ppl-config-version.cmake
+  DESTINATION ${PPL_PACKAGE_DIR})
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX} OUTPUT_VARIABLE PPL_LIBDIR)
+string(REGEX REPLACE "[^/]+" ".." PPL_UP ${PPL_LIBDIR}/pkgconfig)
+configure_file(${PPL_ROOT}/cmake/ppl.pc.in ppl.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ppl.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -3,7 +3,8 @@
 // Positions are byte offsets from the frame's base and move by the output plan alone. In an ordinary frame every row
 // of tiles is one run of bytes inside the frame, and the writer stores whole rows without a test. In all others
 // (pointers that drift or overlap at odd tile counts, decimation 2, black lines that do not fit) it goes tile by
-// tile, in the order of the plan, and drops the bytes that would land outside.
+// tile, in the order of the plan, and keeps the bytes that would land outside from the caller's memory: those within
+// a row of the frame go to a margin in the record, where the filling of a row at the frame's edge finds them.
 #pragma once
 
 #include <stddef.h>
@@ -19,7 +20,8 @@ struct output_kernels;
 
 constexpr int kTileColumns = 16;
 constexpr int kPlanePitch = 2048 + 64;
-constexpr int kOutputScratch = 64 + 9 * kPlanePitch;
+constexpr int kMargin = 3 * 2 * 2048;  // bytes of a doubled RGB24 row
+constexpr int kOutputScratch = 64 + 9 * kPlanePitch + 2 * kMargin;
 
 // The two rows of a row pair as the path's last block left them. Chroma words hold U, V with 128 added.
 struct finished_rows {
@@ -43,6 +45,7 @@ struct output_writer {
   bool medium_filter;
   uint8_t bottom_stages;  // row pairs behind the main stage
   uint8_t* planes;        // 9 rows of kPlanePitch bytes in the record's scratch
+  uint8_t* margin;        // kMargin bytes that stand for those in front of the frame, then those behind it
   bool h_mirror;
   bool ordinary;                 // every row is one run inside the frame
   bool fills_gaps;               // doubled: rows between are interpolated
@@ -59,15 +62,28 @@ void start_packed(output_writer& w, const frame_job& job);
 void start_rgb24(output_writer& w, const frame_job& job);
 void start_rgb32(output_writer& w, const frame_job& job);
 
-// Stores the part of a run that lies inside the frame.
+// Where the byte at an offset lives: in the frame, in a margin, or nowhere (null).
+inline uint8_t* place_of(const output_writer& w, int64_t at) {
+  if (at >= 0 && at < w.bytes) return w.base + at;
+  if (at < 0 && at >= -kMargin) return w.margin + kMargin + at;
+  if (at >= w.bytes && at < w.bytes + kMargin) return w.margin + kMargin + (at - w.bytes);
+  return nullptr;
+}
 inline void put_inside(const output_writer& w, int64_t at, const uint8_t* from, int n) {
-  const int64_t first = at < 0 ? -at : 0;
-  const int64_t last = w.bytes - at < n ? w.bytes - at : n;
-  for (int64_t i = first; i < last; ++i) w.base[at + i] = from[i];
+  for (int i = 0; i < n; ++i)
+    if (uint8_t* const to = place_of(w, at + i)) *to = from[i];
+}
+inline int byte_at(const output_writer& w, int64_t at) {
+  const uint8_t* const from = place_of(w, at);
+  return from != nullptr ? *from : 0;
+}
+// All of a run lies inside the frame.
+inline bool inside(const output_writer& w, int64_t at, int n) {
+  return at >= 0 && at + n <= w.bytes;
 }
 
 // Doubled pictures: the row of n bytes at `at` becomes the mean of the rows `pitch` bytes below and above it; the row
-// at `to` becomes a copy of that at `from`. Only where all of it lies inside the frame.
+// at `to` becomes a copy of that at `from`.
 void fill_row(const output_writer& w, int64_t at, int64_t pitch, int n);
 void repeat_row(const output_writer& w, int64_t to, int64_t from, int n);
 

@@ -74,8 +74,19 @@ struct packed_writer {
 
   static void fill_gap(const output_writer& w, int64_t at) {
     const int n = 2 * w.context->out_width;
-    if (at - n < 0 || at + 2 * int64_t{n} > w.bytes) return;
-    w.kernels->packed_gap(w.base + at, w.base + at - n, w.base + at + n, n);
+    if (inside(w, at - n, n) && inside(w, at + n, n)) {
+      w.kernels->packed_gap(w.base + at, w.base + at - n, w.base + at + n, n);
+      return;
+    }
+    uint8_t a[64], b[64], group[64];
+    for (int x = 0; x < n; x += 64) {
+      for (int i = 0; i < 64; ++i) {
+        a[i] = static_cast<uint8_t>(byte_at(w, at - n + x + i));
+        b[i] = static_cast<uint8_t>(byte_at(w, at + n + x + i));
+      }
+      w.kernels->packed_gap(group, a, b, 64);
+      put_inside(w, at + x, group, 64);
+    }
   }
 
   static bool in_main_stage(const output_writer& w, int p) {

@@ -59,10 +59,6 @@ void put_halved(output_writer& w, const finished_rows& rows) {
   }
 }
 
-int byte_at(const output_writer& w, int64_t at) {
-  return at >= 0 && at < w.bytes ? w.base[at] : 0;
-}
-
 // Tile by tile, since each reads what the one before it stored.
 void put_doubled(output_writer& w, const finished_rows& rows) {
   const output_plan& plan = w.context->plan;

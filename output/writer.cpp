@@ -23,26 +23,23 @@ bool is_ordinary(const ppl_context& c, out_format format, int64_t bytes) {
   return c.out_height >= height && c.out_height <= height + 65536;
 }
 
-bool inside(const output_writer& w, int64_t at, int n) {
-  return at >= 0 && at + n <= w.bytes;
+void put_byte(const output_writer& w, int64_t at, int value) {
+  if (uint8_t* const to = place_of(w, at)) *to = static_cast<uint8_t>(value);
 }
 
 }  // namespace
 
-// Byte by byte where a row crosses the frame's edge: each byte has its own two neighbours.
 void fill_row(const output_writer& w, int64_t at, int64_t pitch, int n) {
   if ((n & 15) == 0 && inside(w, at - pitch, n) && inside(w, at + pitch, n)) {
     w.kernels->mean(w.base + at, w.base + at - pitch, w.base + at + pitch, n);
     return;
   }
   for (int64_t i = at; i < at + n; ++i)
-    if (inside(w, i - pitch, 1) && inside(w, i + pitch, 1))
-      w.base[i] = static_cast<uint8_t>((w.base[i - pitch] + w.base[i + pitch] + 1) >> 1);
+    put_byte(w, i, (byte_at(w, i - pitch) + byte_at(w, i + pitch) + 1) >> 1);
 }
 
 void repeat_row(const output_writer& w, int64_t to, int64_t from, int n) {
-  for (int64_t i = 0; i < n; ++i)
-    if (inside(w, to + i, 1) && inside(w, from + i, 1)) w.base[to + i] = w.base[from + i];
+  for (int64_t i = 0; i < n; ++i) put_byte(w, to + i, byte_at(w, from + i));
 }
 
 output_writer make_writer(const frame_job& job, int bottom_stages) {
@@ -62,7 +59,9 @@ output_writer make_writer(const frame_job& job, int bottom_stages) {
   w.medium_filter = c.medium_filter_enabled != 0;
   w.bottom_stages = static_cast<uint8_t>(bottom_stages);
   w.planes = c.scratch + kScratchBytes - kOutputScratch + 64;
+  w.margin = w.planes + 9 * kPlanePitch;
   w.ordinary = is_ordinary(c, job.format, job.destination_bytes);
+  if (!w.ordinary) __builtin_memset(w.margin, 0, 2 * kMargin);
   w.fills_gaps = c.decimation < 0 && (quality < 10 || quality == 15);
   switch (job.format) {
     case out_format::i420:

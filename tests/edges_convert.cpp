@@ -52,7 +52,7 @@ class buffer {
 class ConvertEdges : public testing::TestWithParam<int> {
  protected:
   void SetUp() override {
-    if (!ppl_test_force_level(GetParam())) GTEST_SKIP() << "this processor has no level " << GetParam();
+    ppl_test_force_level(GetParam());
     context = ppl_init();
     ASSERT_NE(context, nullptr);
   }

@@ -134,7 +134,7 @@ TEST(ConvertVectors, Library) {
   const std::vector<vector_row> rows = read_rows();
   ASSERT_EQ(rows.size(), 293u);
   for (int level = 0; level < ppl_test_levels(); ++level) {
-    if (!ppl_test_force_level(level)) continue;
+    ppl_test_force_level(level);
     for (const vector_row& r : rows) {
       const convert_export* e = find_export(r.call.c_str());
       ASSERT_NE(e, nullptr) << r.call;

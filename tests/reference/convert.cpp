@@ -234,15 +234,30 @@ std::vector<row422> doubled_rows(const convert_state& s, const conversion& c, co
   return rows;
 }
 
+// True where a conversion counts the frame and does nothing else.
+bool only_counts(const conversion& c, int32_t decimation) {
+  const bool swaps = (c.source == packing::yuyv && c.output == target::uyvy) ||
+                     (c.source == packing::uyvy && c.output == target::yuyv);
+  switch (c.kind) {
+    case work::progressive:
+      return decimation != 0 && c.output == target::i420;
+    case work::twelve_bit:
+      return decimation != 0;
+    case work::fields:
+      return decimation < 0 && (!c.motion || swaps);
+    case work::nothing:
+    case work::counts:
+      break;
+  }
+  return true;
+}
+
 promise convert_fields(const convert_state& s, const conversion& c, const convert_call& call, picture& out) {
   if (s.decimation == 0) {
     store_picture(s, full_rows(s, c, call), c.output, out);
   } else if (s.decimation > 0) {
     store_picture(s, shrunk_rows(s, c, call), c.output, out);
   } else {
-    const bool swaps = (c.source == packing::yuyv && c.output == target::uyvy) ||
-                       (c.source == packing::uyvy && c.output == target::yuyv);
-    if (!c.motion || swaps) return promise::exact;
     store_picture(s, doubled_rows(s, c, call), c.output, out);
     // Widening knows YUYV alone: from UYVY come zero bytes, in the places where the picture would stand.
     if (c.source == packing::uyvy)
@@ -256,7 +271,7 @@ promise convert_fields(const convert_state& s, const conversion& c, const conver
 
 promise convert_progressive(const convert_state& s, const conversion& c, const convert_call& call,
                             picture& out) {
-  if (s.decimation != 0) return c.output == target::rgb24 ? promise::nothing_inside : promise::exact;
+  if (s.decimation != 0) return promise::nothing_inside;
   for (int p = 0; p < s.row_pairs(); ++p) {
     const row422 top = field_row(s, call.kept, 2 * p, c.source);
     const row422 bottom = field_row(s, call.kept, 2 * p + 1, c.source);
@@ -276,7 +291,6 @@ constexpr int kUnitLuma[32] = {0,  2,  4,  6,  32, 33, 34, 35, 12, 14, 16, 18, 2
 constexpr int kUnitChroma[16] = {1, 3, 5, 7, 13, 15, 17, 19, 25, 27, 29, 31, 37, 39, 41, 43};
 
 promise convert_twelve_bit(const convert_state& s, const convert_call& call, picture& out) {
-  if (s.decimation != 0) return promise::exact;
   const planes at(s);
   for (int p = 0; p < s.row_pairs(); ++p)
     for (int unit = 0; unit < s.tiles() / 2; ++unit)
@@ -403,23 +417,13 @@ converted convert(convert_state& s, const conversion& c, const convert_call& cal
   if (f.reached != reach::runs) return {f.reached == reach::idle, promise::exact};
 
   promise content = promise::exact;
-  switch (c.kind) {
-    case work::progressive:
-      content = convert_progressive(s, c, call, out);
-      break;
-    case work::twelve_bit:
-      content = convert_twelve_bit(s, call, out);
-      break;
-    case work::fields:
-      content = convert_fields(s, c, call, out);
-      break;
-    case work::nothing:
-    case work::counts:
-      break;
+  if (!only_counts(c, s.decimation)) {
+    if (c.kind == work::progressive) content = convert_progressive(s, c, call, out);
+    if (c.kind == work::twelve_bit) content = convert_twelve_bit(s, call, out);
+    if (c.kind == work::fields) content = convert_fields(s, c, call, out);
+    // Partial tiles and an odd last row are not visited; what becomes of their place is left open.
+    if (s.frame_width % 16 != 0 || s.frame_height % 2 != 0) content = promise::nothing_inside;
   }
-  // Partial tiles and an odd last row are not visited; what becomes of their place is left open.
-  const bool stores = std::find(out.stored.begin(), out.stored.end(), true) != out.stored.end();
-  if (stores && (s.frame_width % 16 != 0 || s.frame_height % 2 != 0)) content = promise::nothing_inside;
   return {c.kind != work::nothing, content};
 }
 
