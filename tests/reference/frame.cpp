@@ -16,6 +16,8 @@ bool aligned(const uint8_t* a, const uint8_t* b, uintptr_t to) {
   return (reinterpret_cast<uintptr_t>(a) | reinterpret_cast<uintptr_t>(b)) % to == 0;
 }
 
+thread_local std::vector<int64_t> last_open_bytes;
+
 // Entry of the scale table, or -1 for a quality that is only counted in this format.
 int scale_entry(const state& s, format kind) {
   const bool medium = s.medium_filter_enabled != 0;
@@ -69,6 +71,7 @@ bool dispatch(state& s, format kind, uint8_t* source, uint8_t* destination) {
     place(reconstruct(s, source, kind), how, out);
   }
   out.commit();
+  last_open_bytes = out.open_bytes();
   if (!raw) s.stats_scale = s.stats_scale_table[size_t(entry)];
   return !raw;
 }
@@ -94,8 +97,13 @@ void last_resort(format kind, const uint8_t* source, uint8_t* destination, uint3
 
 }  // namespace
 
+const std::vector<int64_t>& open_bytes() {
+  return last_open_bytes;
+}
+
 bool process_frame(state& s, format kind, uint8_t* source, uint8_t* destination, uint32_t width,
                    uint32_t height, uint32_t stride) {
+  last_open_bytes.clear();
   if (!resized(s, width, height, stride)) return false;
   s.clear_statistics();
   bool result = true;
@@ -106,6 +114,7 @@ bool process_frame(state& s, format kind, uint8_t* source, uint8_t* destination,
 
 bool wrapper(state& s, format kind, ending name, uint8_t* source, uint8_t* destination, uint32_t width,
              uint32_t height) {
+  last_open_bytes.clear();
   const uint32_t wh = width * height;
   if (!aligned(source, destination, 8)) {
     uint32_t n = 0;
@@ -151,6 +160,7 @@ bool wrapper(state& s, format kind, ending name, uint8_t* source, uint8_t* desti
 
 bool scaling_wrapper(state& s, format kind, uint8_t* source, uint32_t width, uint32_t height, uint32_t stride,
                      uint8_t* destination, uint32_t out_width, uint32_t out_height, uint8_t* scratch) {
+  last_open_bytes.clear();
   const uint32_t n = out_width * out_height;
   if (is_rgb(kind)) {
     last_resort(kind, source, destination, n * (kind == format::rgb24 ? 3 : 4));
@@ -161,6 +171,7 @@ bool scaling_wrapper(state& s, format kind, uint8_t* source, uint32_t width, uin
     return false;
   }
   s.set_decimation(0, 0, 0);
+  last_open_bytes.clear();
   if (!resized(s, width, height, stride)) return false;
   s.clear_statistics();
   bool result = true;

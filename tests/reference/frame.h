@@ -4,11 +4,15 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "finished.h"
 #include "state.h"
 
 namespace ref {
+
+// Offsets in the last frame that this thread put out of bytes that no rule settles (canvas.h).
+const std::vector<int64_t>& open_bytes();
 
 bool process_frame(state& s, format kind, uint8_t* source, uint8_t* destination, uint32_t width,
                    uint32_t height, uint32_t stride);

@@ -198,11 +198,11 @@ void walk::i420() {
     const auto between = [&](int64_t row_start, int64_t length) {
       for (int64_t i = 0; i < length; ++i) {
         const int64_t at = row_start + i;
-        out.store(at, mean(out.load(at - length), out.load(at + length)));
+        out.mean_of(at, at - length, at + length);
       }
     };
     const auto copy = [&](int64_t target, int64_t source, int64_t length) {
-      for (int64_t i = 0; i < length; ++i) out.store(target + i, out.load(source + i));
+      for (int64_t i = 0; i < length; ++i) out.copy(target + i, source + i);
     };
     const int64_t l_row = h ? l + 16 - W : l;
     const int64_t c_row = h ? c + 16 - W / 2 : c;
@@ -284,14 +284,10 @@ void walk::packed() {
       for (int64_t group = 0; group < row_bytes; group += 64) {
         for (int64_t i = 0; i < 16; ++i) {
           const int64_t g = row_start + group + i;
-          const auto a = [&](int block) { return out.load(g - row_bytes + 16 * block); };
-          const auto b = [&](int block) { return out.load(g + row_bytes + 16 * block); };
-          const uint8_t m0 = mean(b(0), a(0)), m1 = mean(b(1), a(1));
-          const uint8_t m2 = mean(m1, a(2)), m3 = mean(m1, a(3));
-          out.store(g, m0);
-          out.store(g + 16, m1);
-          out.store(g + 32, m2);
-          out.store(g + 48, m3);
+          out.mean_of(g, g + row_bytes, g - row_bytes);
+          out.mean_of(g + 16, g + 16 + row_bytes, g + 16 - row_bytes);
+          out.mean_of(g + 32, g + 16, g + 32 - row_bytes);
+          out.mean_of(g + 48, g + 16, g + 48 - row_bytes);
         }
       }
     };
@@ -300,7 +296,7 @@ void walk::packed() {
     if (run.outer) between(row_start + plan.fill_2 + back);
     if (run.last_copy)
       for (int64_t i = 0; i < row_bytes; ++i)
-        out.store(row_start + plan.last_target + i, out.load(row_start + plan.last_source + i));
+        out.copy(row_start + plan.last_target + i, row_start + plan.last_source + i);
   }
 }
 
@@ -313,10 +309,13 @@ void walk::rgb24_doubled(int64_t at, int row, int tile) {
     int P[16];
     for (int i = 0; i < 16; ++i)
       P[h ? 15 - i : i] = (*planes[colour])[size_t(row) * size_t(f.width) + size_t(16 * tile + i)];
-    const int neighbour = tile == 0 ? (h ? P[15] : P[0]) : out.load(h ? at + 96 + colour : at - 3 + colour);
+    const int64_t beside_at = h ? at + 96 + colour : at - 3 + colour;
+    const int neighbour = tile == 0 ? (h ? P[15] : P[0]) : out.load(beside_at);
+    const bool neighbour_known = tile == 0 || out.known(beside_at);
     for (int i = 0; i < 16; ++i) {
       const int beside = h ? (i < 15 ? P[i + 1] : neighbour) : (i > 0 ? P[i - 1] : neighbour);
-      out.store(at + 6 * i + colour, mean(beside, P[i]));
+      const bool read_back = h ? i == 15 : i == 0;
+      out.store(at + 6 * i + colour, mean(beside, P[i]), !read_back || neighbour_known);
       out.store(at + 6 * i + 3 + colour, uint8_t(P[i]));
     }
   }
@@ -395,13 +394,13 @@ void walk::rgb24() {
     const int64_t row_start = h ? at + 96 - row_bytes : at;
     const auto between = [&](int64_t start_) {
       for (int64_t i = 0; i < row_bytes; ++i)
-        out.store(start_ + i, mean(out.load(start_ + i - row_bytes), out.load(start_ + i + row_bytes)));
+        out.mean_of(start_ + i, start_ + i - row_bytes, start_ + i + row_bytes);
     };
     if (run.inner) between(row_start + plan.fill_1);
     if (run.outer) between(row_start + plan.fill_2);
     if (run.last_copy)
       for (int64_t i = 0; i < row_bytes; ++i)
-        out.store(row_start + plan.last_target + i, out.load(row_start + plan.last_source + i));
+        out.copy(row_start + plan.last_target + i, row_start + plan.last_source + i);
   }
 }
 
