@@ -1,6 +1,7 @@
 // Finished luma and chroma to R, G, B. Chroma is signed here. All sums are 16-bit and saturate, in this order:
 //   R = 128 Y, + 128 V, + 64, >> 7     G = -65 V, + 128 Y, - 25 U, + 64, >> 7     B = 128 Y, + 128 U, + 64, >> 7
-// each clamped to 0..255. The order shows: with Y = 255, V = -128 green's first sum sticks at the top before U's term.
+// each clamped to 0..255. Red and blue come to clamp(Y + V) and clamp(Y + U), done on bytes; in green the order
+// shows: with Y = 255, V = -128 the first sum sticks at the top before U's term.
 #pragma once
 
 #include "output/output_kernels.h"
@@ -13,35 +14,45 @@ struct rgb {
   V r, g, b;
 };
 
+// clamp(y + c) of bytes, c being held with 128 added.
 template <class V>
-PPL_INLINE rgb<V> yuv_to_rgb16(V y, V u, V v) {
-  const V y128 = sll16<7>(y), round = set16<V>(64);
-  const V r = adds_s16(adds_s16(y128, sll16<7>(v)), round);
-  const V b = adds_s16(adds_s16(y128, sll16<7>(u)), round);
-  const V g = adds_s16(adds_s16(adds_s16(mullo16(v, set16<V>(-65)), y128), mullo16(u, set16<V>(-25))), round);
-  return {sra16<7>(r), sra16<7>(g), sra16<7>(b)};
+PPL_INLINE V add_signed(V y, V chroma) {
+  const V zero_chroma = set8<V>(0x80);
+  return subs_u8(adds_u8(y, subs_u8(chroma, zero_chroma)), subs_u8(zero_chroma, chroma));
+}
+
+// 16-bit lanes; -65 V and -25 U are given.
+template <class V>
+PPL_INLINE V green(V y, V red_part, V blue_part) {
+  return sra16<7>(adds_s16(adds_s16(adds_s16(red_part, sll16<7>(y)), blue_part), set16<V>(64)));
+}
+template <class V>
+PPL_INLINE V red_part(V v) {
+  return mullo16(sub16(v, set16<V>(128)), set16<V>(-65));
+}
+template <class V>
+PPL_INLINE V blue_part(V u) {
+  return mullo16(sub16(u, set16<V>(128)), set16<V>(-25));
 }
 
 // R, G, B bytes of the V::size pixels at x.
 template <enum rgb_source::kind kKind, class V>
 PPL_INLINE rgb<V> rgb_at(const rgb_source& s, int x) {
-  const V first = loadu<V>(s.plane[0] + x);
+  const V first = loadu<V>(s.plane[0] + x), second = loadu<V>(s.plane[1] + x);
   if constexpr (kKind == rgb_source::planes) {
-    return {first, loadu<V>(s.plane[1] + x), loadu<V>(s.plane[2] + x)};
+    return {first, second, loadu<V>(s.plane[2] + x)};
+  } else if constexpr (kKind == rgb_source::yuv_words) {
+    const V u = even(second), v = odd(second);
+    const V from_v = red_part(v), from_u = blue_part(u);
+    return {add_signed(first, join8(v, v)),
+            join_clamp8(green(even(first), from_v, from_u), green(odd(first), from_v, from_u)),
+            add_signed(first, join8(u, u))};
   } else {
-    const V zero_chroma = set16<V>(128);
-    const V second = loadu<V>(s.plane[1] + x);
-    const V u_even = sub16(even(second), zero_chroma), odd_of_second = sub16(odd(second), zero_chroma);
-    rgb<V> e, o;
-    if constexpr (kKind == rgb_source::yuv_words) {
-      e = yuv_to_rgb16(even(first), u_even, odd_of_second);
-      o = yuv_to_rgb16(odd(first), u_even, odd_of_second);
-    } else {
-      const V third = loadu<V>(s.plane[2] + x);
-      e = yuv_to_rgb16(even(first), u_even, sub16(even(third), zero_chroma));
-      o = yuv_to_rgb16(odd(first), odd_of_second, sub16(odd(third), zero_chroma));
-    }
-    return {join_clamp8(e.r, o.r), join_clamp8(e.g, o.g), join_clamp8(e.b, o.b)};
+    const V third = loadu<V>(s.plane[2] + x);
+    return {add_signed(first, third),
+            join_clamp8(green(even(first), red_part(even(third)), blue_part(even(second))),
+                        green(odd(first), red_part(odd(third)), blue_part(odd(second)))),
+            add_signed(first, second)};
   }
 }
 

@@ -29,14 +29,16 @@ static void edge(const edge_args& args) {
   const edge_args a = args;
   const edge_band band(*a.context);
   walk_padded(a.width, [&]<class V>(int x) {
-    const V up = load<V>(a.luma[0] + x), down = load<V>(a.luma[2] + x), centre = load<V>(a.luma[1] + x);
-    const V left = loadu<V>(a.luma[1] + x - 1), right = loadu<V>(a.luma[1] + x + 1);
-    const V e_even =
-        sub16(sll16<2>(even(centre)), add16(add16(even(up), even(down)), add16(even(left), even(right))));
-    const V e_odd =
-        sub16(sll16<2>(odd(centre)), add16(add16(odd(up), odd(down)), add16(odd(left), odd(right))));
-    store(a.out + x, join_clamp8(add16(even(centre), edge_gain(band, e_even, abs16(e_even))),
-                                 add16(odd(centre), edge_gain(band, e_odd, abs16(e_odd)))));
+    V above_below[2], beside[2], centre[2];
+    widen_sum(load<V>(a.luma[0] + x), load<V>(a.luma[2] + x), above_below[0], above_below[1]);
+    widen_sum(loadu<V>(a.luma[1] + x - 1), loadu<V>(a.luma[1] + x + 1), beside[0], beside[1]);
+    widen(load<V>(a.luma[1] + x), centre[0], centre[1]);
+    V out[2];
+    for (int i = 0; i < 2; ++i) {
+      const V e = sub16(sll16<2>(centre[i]), add16(above_below[i], beside[i]));
+      out[i] = add16(centre[i], edge_gain(band, e, abs16(e)));
+    }
+    store(a.out + x, narrow(out[0], out[1]));
   });
 }
 

@@ -50,6 +50,15 @@ PPL_INLINE void load_to(vec<16>& d, const void* p) {
 PPL_INLINE void loadu_to(vec<16>& d, const void* p) {
   d.v = _mm_loadu_si128(static_cast<const __m128i*>(p));
 }
+// Half a vector of bytes as unsigned 16-bit lanes.
+PPL_INLINE void load_widened_to(vec<16>& d, const void* p) {
+  const __m128i bytes = _mm_loadl_epi64(static_cast<const __m128i*>(p));
+#ifdef __SSE4_1__
+  d.v = _mm_cvtepu8_epi16(bytes);
+#else
+  d.v = _mm_unpacklo_epi8(bytes, _mm_setzero_si128());
+#endif
+}
 PPL_INLINE void store(void* p, vec<16> a) {
   _mm_store_si128(static_cast<__m128i*>(p), a.v);
 }
@@ -179,7 +188,11 @@ PPL_INLINE vec<16> absdiff_u8(vec<16> a, vec<16> b) {
   return subs_u8(a, b) | subs_u8(b, a);
 }
 PPL_INLINE vec<16> abs16(vec<16> a) {
+#ifdef __SSSE3__
+  return {_mm_abs_epi16(a.v)};
+#else
   return {_mm_max_epi16(a.v, _mm_sub_epi16(_mm_setzero_si128(), a.v))};
+#endif
 }
 PPL_INLINE mask8<16> le_u8(vec<16> a, vec<16> b) {
   return {_mm_cmpeq_epi8(_mm_subs_epu8(a.v, b.v), _mm_setzero_si128())};
@@ -315,6 +328,28 @@ PPL_INLINE vec<16> reverse8(vec<16> a) {
   return reverse16({_mm_or_si128(_mm_slli_epi16(a.v, 8), _mm_srli_epi16(a.v, 8))});
 #endif
 }
+// Bytes as 16-bit lanes in two vectors, in an order of this width's own that narrow() undoes.
+PPL_INLINE void widen(vec<16> a, vec<16>& lo, vec<16>& hi) {
+  lo.v = _mm_unpacklo_epi8(a.v, _mm_setzero_si128());
+  hi.v = _mm_unpackhi_epi8(a.v, _mm_setzero_si128());
+}
+// Signed lanes clamped to 0..255.
+PPL_INLINE vec<16> narrow(vec<16> lo, vec<16> hi) {
+  return {_mm_packus_epi16(lo.v, hi.v)};
+}
+// Sums of the bytes of a and b, widened likewise.
+PPL_INLINE void widen_sum(vec<16> a, vec<16> b, vec<16>& lo, vec<16>& hi) {
+#ifdef __SSSE3__
+  lo.v = _mm_maddubs_epi16(_mm_unpacklo_epi8(a.v, b.v), _mm_set1_epi8(1));
+  hi.v = _mm_maddubs_epi16(_mm_unpackhi_epi8(a.v, b.v), _mm_set1_epi8(1));
+#else
+  vec<16> a_lo, a_hi, b_lo, b_hi;
+  widen(a, a_lo, a_hi);
+  widen(b, b_lo, b_hi);
+  lo = add16(a_lo, b_lo);
+  hi = add16(a_hi, b_hi);
+#endif
+}
 // The even (odd) bytes of a, then those of b, in memory order.
 PPL_INLINE vec<16> even_bytes(vec<16> a, vec<16> b) {
   return pack_u8(even(a), even(b));
@@ -343,6 +378,9 @@ PPL_INLINE void load_to(vec<32>& d, const void* p) {
 }
 PPL_INLINE void loadu_to(vec<32>& d, const void* p) {
   d.v = _mm256_loadu_si256(static_cast<const __m256i*>(p));
+}
+PPL_INLINE void load_widened_to(vec<32>& d, const void* p) {
+  d.v = _mm256_cvtepu8_epi16(_mm_loadu_si128(static_cast<const __m128i*>(p)));
 }
 PPL_INLINE void store(void* p, vec<32> a) {
   _mm256_store_si256(static_cast<__m256i*>(p), a.v);
@@ -600,6 +638,20 @@ PPL_INLINE vec<32> reverse8(vec<32> a) {
       a.v, _mm256_broadcastsi128_si256(_mm_set_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15)));
   return {_mm256_permute4x64_epi64(x, 0x4e)};
 }
+// Bytes as 16-bit lanes in two vectors, in an order of this width's own that narrow() undoes.
+PPL_INLINE void widen(vec<32> a, vec<32>& lo, vec<32>& hi) {
+  lo.v = _mm256_unpacklo_epi8(a.v, _mm256_setzero_si256());
+  hi.v = _mm256_unpackhi_epi8(a.v, _mm256_setzero_si256());
+}
+// Signed lanes clamped to 0..255.
+PPL_INLINE vec<32> narrow(vec<32> lo, vec<32> hi) {
+  return {_mm256_packus_epi16(lo.v, hi.v)};
+}
+// Sums of the bytes of a and b, widened likewise.
+PPL_INLINE void widen_sum(vec<32> a, vec<32> b, vec<32>& lo, vec<32>& hi) {
+  lo.v = _mm256_maddubs_epi16(_mm256_unpacklo_epi8(a.v, b.v), _mm256_set1_epi8(1));
+  hi.v = _mm256_maddubs_epi16(_mm256_unpackhi_epi8(a.v, b.v), _mm256_set1_epi8(1));
+}
 // The even (odd) bytes of a, then those of b, in memory order.
 PPL_INLINE vec<32> even_bytes(vec<32> a, vec<32> b) {
   return pack_u8(even(a), even(b));
@@ -629,6 +681,9 @@ PPL_INLINE void load_to(vec<64>& d, const void* p) {
 }
 PPL_INLINE void loadu_to(vec<64>& d, const void* p) {
   d.v = _mm512_loadu_si512(static_cast<const __m512i*>(p));
+}
+PPL_INLINE void load_widened_to(vec<64>& d, const void* p) {
+  d.v = _mm512_cvtepu8_epi16(_mm256_loadu_si256(static_cast<const __m256i*>(p)));
 }
 PPL_INLINE void store(void* p, vec<64> a) {
   _mm512_store_si512(static_cast<__m512i*>(p), a.v);
@@ -877,6 +932,20 @@ PPL_INLINE vec<64> reverse8(vec<64> a) {
       a.v, _mm512_broadcast_i32x4(_mm_set_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15)));
   return {_mm512_shuffle_i64x2(x, x, 0x1b)};
 }
+// Bytes as 16-bit lanes in two vectors, in an order of this width's own that narrow() undoes.
+PPL_INLINE void widen(vec<64> a, vec<64>& lo, vec<64>& hi) {
+  lo.v = _mm512_unpacklo_epi8(a.v, _mm512_setzero_si512());
+  hi.v = _mm512_unpackhi_epi8(a.v, _mm512_setzero_si512());
+}
+// Signed lanes clamped to 0..255.
+PPL_INLINE vec<64> narrow(vec<64> lo, vec<64> hi) {
+  return {_mm512_packus_epi16(lo.v, hi.v)};
+}
+// Sums of the bytes of a and b, widened likewise.
+PPL_INLINE void widen_sum(vec<64> a, vec<64> b, vec<64>& lo, vec<64>& hi) {
+  lo.v = _mm512_maddubs_epi16(_mm512_unpacklo_epi8(a.v, b.v), _mm512_set1_epi8(1));
+  hi.v = _mm512_maddubs_epi16(_mm512_unpackhi_epi8(a.v, b.v), _mm512_set1_epi8(1));
+}
 // The even (odd) bytes of a, then those of b, in memory order.
 PPL_INLINE vec<64> even_bytes(vec<64> a, vec<64> b) {
   return pack_u8(even(a), even(b));
@@ -898,6 +967,12 @@ template <class V>
 PPL_INLINE V loadu(const void* p) {
   V d;
   loadu_to(d, p);
+  return d;
+}
+template <class V>
+PPL_INLINE V load_widened(const void* p) {
+  V d;
+  load_widened_to(d, p);
   return d;
 }
 template <class V>

@@ -189,7 +189,7 @@ void demosaic_stage(walk& w, int first) {
   if (tested && w.inside(first) && flat_in_row(w, first)) find_flat_blocks(w, first);
   for (int r = first; r < first + 2; ++r) {
     if (!w.inside(r)) continue;
-    const bool chroma = path.noise_filter || w.chroma_in_odd_rows || (r & 1) == 0 || w.three_planes;
+    const bool chroma = path.noise_filter || w.three_planes || w.chroma_is_put_out(r);
     const bool flat = flat_in_row(w, r);
     demosaic_args a = {.rows = {},
                        .green = {},
@@ -236,7 +236,7 @@ void mosaic_edge_stage(walk& w, int first) {
   for (int i = 0; i < 4; ++i) a.rows[i] = w.row(kMosaic, first - 1 + i);
   for (int i = 0; i < 2; ++i) {
     a.luma[i] = w.row(kLuma, first + i);
-    a.chroma[i] = i == 0 || w.chroma_in_odd_rows || w.three_planes ? w.row(kChroma, first + i) : nullptr;
+    a.chroma[i] = w.three_planes || w.chroma_is_put_out(first + i) ? w.row(kChroma, first + i) : nullptr;
     a.plane3[i] = w.three_planes ? w.row(kPlane3, first + i) : nullptr;
   }
   w.kernels->mosaic_edge(a);
@@ -266,7 +266,7 @@ void noise_stage(walk& w, int first) {
 void edge_stage(walk& w, int first) {
   const ring_id from = w.path->noise_filter ? kLumaNf : kLuma;
   for (int r = first; r < first + 2; ++r) {
-    if (!w.inside(r)) continue;
+    if (!w.inside(r) || !w.row_is_put_out(r)) continue;
     edge_args a = {.context = w.context, .luma = {}, .out = w.row(kLumaOut, r), .width = w.width};
     for (int i = 0; i < 3; ++i) a.luma[i] = w.row(from, r - 1 + i);
     w.kernels->edge(a);
@@ -275,7 +275,7 @@ void edge_stage(walk& w, int first) {
 
 void smooth_stage(walk& w, int first) {
   for (int r = first; r < first + 2; ++r) {
-    if (!w.inside(r) || ((r & 1) != 0 && !w.chroma_in_odd_rows)) continue;
+    if (!w.inside(r) || !w.chroma_is_put_out(r)) continue;
     smooth_args a = {.chroma = {},
                      .u_sums = scratch_row_at(w, kSumsU),
                      .v_sums = scratch_row_at(w, kSumsV),
@@ -375,7 +375,7 @@ void plan_stages(walk& w) {
   const int pitch = (w.width + 63) / 64 * 64 + 64;
   uint8_t* base = w.context->ring_pool + 64;
   for (int i = 0; i < kRings; ++i) {
-    w.rings[i] = {base, pitch, plan.ring_rows[i]};
+    w.rings[i] = row_ring(base, pitch, plan.ring_rows[i]);
     base += static_cast<ptrdiff_t>(pitch) * plan.ring_rows[i];
   }
 }
@@ -442,7 +442,6 @@ void run_tile_path(const frame_job& job) {
   w.height = 2 * w.row_pairs;
   const bool rgb = job.format == out_format::rgb24 || job.format == out_format::rgb32;
   w.three_planes = rgb && !path->noise_filter;
-  w.chroma_in_odd_rows = job.format != out_format::i420;
   w.writer = make_writer(job, path->bottom);
   load_matrix(w);
   w.kernels->prepare_tone(*c, c->rgb_gamma_table);

@@ -48,11 +48,21 @@ struct path_traits {
 
 const path_traits* find_path(uint32_t quality, bool medium_filter);
 
-// Row storage for `rows` consecutive rows of the frame.
+// Row storage for `rows` consecutive rows of the frame, at most 8 of them; row r stands at place r mod rows.
 struct row_ring {
   uint8_t* base;
   int32_t pitch, rows;
-  uint8_t* row(int r) const { return base + static_cast<ptrdiff_t>(r % rows) * pitch; }
+  uint32_t reciprocal;  // 65536 / rows, rounded up: exact quotients for rows below 8192
+  row_ring() = default;
+  row_ring(uint8_t* at, int32_t row_pitch, int32_t n)
+      : base(at),
+        pitch(row_pitch),
+        rows(n),
+        reciprocal(n > 0 ? (65536u + static_cast<uint32_t>(n) - 1) / static_cast<uint32_t>(n) : 0) {}
+  uint8_t* row(int r) const {
+    const int turns = static_cast<int>(static_cast<uint32_t>(r) * reciprocal >> 16);
+    return base + static_cast<ptrdiff_t>(r - turns * rows) * pitch;
+  }
 };
 
 struct walk;
@@ -72,8 +82,7 @@ struct walk {
   const tile_kernels* kernels;
   const path_traits* path;
   int tiles, row_pairs, width, height;
-  bool three_planes;        // the conversion forms planes instead of luma and chroma words
-  bool chroma_in_odd_rows;  // the output needs finished chroma of odd rows too
+  bool three_planes;  // the conversion forms planes instead of luma and chroma words
   uint8_t *flat_mask, *flat_r, *flat_g, *flat_b;  // one row each; null while no flat colours apply
   row_ring rings[kRings];
   stage stages[6];
@@ -85,6 +94,12 @@ struct walk {
   int mirrored(int r) const {
     while (r < 0 || r >= height) r = r < 0 ? -r : 2 * (height - 1) - r;
     return r;
+  }
+  // Halved pictures take even rows alone, I420 chroma of even rows, halved of every second of those.
+  bool row_is_put_out(int r) const { return context->decimation <= 0 || (r & 1) == 0 || !writer.ordinary; }
+  bool chroma_is_put_out(int r) const {
+    if (job->format == out_format::i420) return (r & 1) == 0 && (context->decimation <= 0 || (r & 2) != 0);
+    return row_is_put_out(r);
   }
   bool inside(int r) const { return r >= 0 && r < height; }
   uint8_t* row(ring_id ring, int r) const { return rings[ring].row(mirrored(r)); }
