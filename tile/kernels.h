@@ -35,12 +35,12 @@ struct front_end_args {
 // tile/statistics.h
 struct statistics_args {
   ppl_context* context;
-  const uint8_t *black_even, *black_odd;  // black-corrected samples
-  const uint8_t *tone_even, *tone_odd;    // finished samples
-  int32_t plain_only;                     // neither qual nor qAE
-  int32_t row_pair;                       // of the output position; odd
-  int32_t last_tile;                      // inner tiles are 1 .. last_tile
-  int32_t tile_lead;                      // tiles by which the front end runs ahead
+  uint8_t *black_even, *black_odd;  // black-corrected samples; the tile before that of tile 1 is overwritten
+  const uint8_t *tone_even, *tone_odd;  // finished samples
+  int32_t plain_only;                   // neither qual nor qAE
+  int32_t row_pair;                     // of the output position; odd
+  int32_t last_tile;                    // inner tiles are 1 .. last_tile
+  int32_t tile_lead;                    // tiles by which the front end runs ahead
 };
 
 // tile/median.h: rows r - 2 .. r + 2
