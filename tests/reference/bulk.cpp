@@ -45,9 +45,10 @@ struct rows_out {
   canvas& out;
   int64_t first, end, pitch;
   bool upward;
-  void put(int64_t row, const row_bytes& bytes) {
+  void put(int64_t row, const row_bytes& bytes) { put(row, bytes, 0, bytes.size()); }
+  void put(int64_t row, const row_bytes& bytes, size_t from, size_t count) {
     const int64_t to = upward ? end - (row + 1) * pitch : first + row * pitch;
-    for (size_t i = 0; i < bytes.size(); ++i) out.store(to + int64_t(i), bytes[i]);
+    for (size_t i = from; i < from + count; ++i) out.store(to + int64_t(i), bytes[i]);
   }
 };
 
@@ -89,16 +90,62 @@ row_bytes mean_row(const row_bytes& a, const row_bytes& b) {
   return m;
 }
 
-// Rows in image order with the means between them. The row that is doubled is the last one in memory.
-void put_doubled(rows_out to, const std::vector<row_bytes>& rows) {
-  const int64_t shift = to.upward ? 1 : 0;
-  for (size_t i = 0; i < rows.size(); ++i) {
-    to.put(int64_t(2 * i) + shift, rows[i]);
-    if (i + 1 < rows.size()) to.put(int64_t(2 * i) + 1 + shift, mean_row(rows[i], rows[i + 1]));
+struct frame_rows {
+  rows_out main, u, v;
+};
+
+// Rows in image order, from the first column to the last as they stand in memory. In I420 the planes can overlap
+// where black lines are negative, so the order of the stores matters: two rows at a time, in groups of 32 columns
+// in the walk's direction, tile by tile and row by row, luma before U before V.
+struct row_list {
+  std::vector<row_bytes> main, u, v;
+};
+
+void put_rows(frame_rows& to, const row_list& rows, bool h_mirror) {
+  const size_t height = rows.main.size();
+  if (rows.u.empty()) {
+    for (size_t y = 0; y < height; ++y) to.main.put(int64_t(y), rows.main[y]);
+    return;
   }
-  if (rows.empty()) return;
-  if (to.upward) to.put(0, rows.front());
-  if (!to.upward) to.put(int64_t(2 * rows.size()) - 1, rows.back());
+  for (size_t y = 0; y + 1 < height; y += 2) {
+    const size_t width = rows.main[y].size(), groups = width / 32;
+    for (size_t g = 0; g < groups; ++g) {
+      for (size_t t = 2 * g; t < 2 * g + 2; ++t)
+        for (size_t k = 0; k < 2; ++k)
+          to.main.put(int64_t(y + k), rows.main[y + k], h_mirror ? width - 16 * (t + 1) : 16 * t, 16);
+      const size_t chroma = h_mirror ? width / 2 - 16 * (g + 1) : 16 * g;
+      to.u.put(int64_t(y / 2), rows.u[y / 2], chroma, 16);
+      to.v.put(int64_t(y / 2), rows.v[y / 2], chroma, 16);
+    }
+  }
+}
+
+// Rows in image order with the means between them. The row that is doubled is the last one in memory. Row pair by
+// row pair: its own rows and the mean between them in all planes, then the means towards the row pair before, then
+// the doubled row, each luma before U before V.
+void put_doubled(frame_rows& to, const row_list& rows) {
+  const int64_t shift = to.main.upward ? 1 : 0;
+  const auto own = [&](rows_out& plane, const std::vector<row_bytes>& from, size_t i) {
+    plane.put(int64_t(2 * i) + shift, from[i]);
+  };
+  const auto before = [&](rows_out& plane, const std::vector<row_bytes>& from, size_t i) {
+    if (i > 0) plane.put(int64_t(2 * i) - 1 + shift, mean_row(from[i - 1], from[i]));
+  };
+  const auto twice = [&](rows_out& plane, const std::vector<row_bytes>& from, size_t first, size_t count) {
+    if (shift != 0 && first == 0) plane.put(0, from.front());
+    if (shift == 0 && first + count == from.size()) plane.put(int64_t(2 * from.size()) - 1, from.back());
+  };
+  const bool chroma = !rows.u.empty();
+  for (size_t i = 0; i + 1 < rows.main.size(); i += 2) {
+    own(to.main, rows.main, i);
+    own(to.main, rows.main, i + 1);
+    before(to.main, rows.main, i + 1);
+    if (chroma) own(to.u, rows.u, i / 2), own(to.v, rows.v, i / 2);
+    before(to.main, rows.main, i);
+    if (chroma) before(to.u, rows.u, i / 2), before(to.v, rows.v, i / 2);
+    twice(to.main, rows.main, i, 2);
+    if (chroma) twice(to.u, rows.u, i / 2, 1), twice(to.v, rows.v, i / 2, 1);
+  }
 }
 
 int clamped(int value, int low, int high) {
@@ -163,9 +210,6 @@ row_bytes pixels(size_t bytes_a_pixel, const row_bytes& r, const row_bytes& g, c
   return row;
 }
 
-struct frame_rows {
-  rows_out main, u, v;
-};
 frame_rows layout(const state& s, format kind, canvas& out) {
   const int64_t W = s.out_width, N = s.out_pixels, Q = s.out_quarter_pixels;
   const bool up = s.v_mirror != 0;
@@ -194,13 +238,14 @@ void put_cells(const state& s, const cells& c, format kind, canvas& out) {
     for (int x = 0; x < n; ++x) row[size_t(h ? n - 1 - x : x)] = value(x);
     return row;
   };
+  row_list rows;
   for (int yo = 0; yo < height; ++yo) {
     const int y = step * yo;
     if (kind == format::rgb24 || kind == format::rgb32) {
       const auto plane_row = [&](size_t row) {
         return row_of([&](int xo) { return c.colour(row, y, step * xo); }, width);
       };
-      to.main.put(yo, pixels(kind == format::rgb24 ? 3 : 4, plane_row(0), plane_row(1), plane_row(2)));
+      rows.main.push_back(pixels(kind == format::rgb24 ? 3 : 4, plane_row(0), plane_row(1), plane_row(2)));
       continue;
     }
     const row_bytes luma = row_of([&](int xo) { return c.luma(y, step * xo); }, width);
@@ -208,15 +253,16 @@ void put_cells(const state& s, const cells& c, format kind, canvas& out) {
       return row_of([&](int xc) { return c.chroma(row, step * xc, j); }, width / 2);
     };
     if (kind != format::i420) {
-      to.main.put(yo, interleaved(kind, luma, words(1, y / 2), words(2, y / 2)));
+      rows.main.push_back(interleaved(kind, luma, words(1, y / 2), words(2, y / 2)));
       continue;
     }
-    to.main.put(yo, luma);
+    rows.main.push_back(luma);
     if (yo % 2 == 0) {
-      to.u.put(yo / 2, words(1, step * (yo / 2)));
-      to.v.put(yo / 2, words(2, step * (yo / 2)));
+      rows.u.push_back(words(1, step * (yo / 2)));
+      rows.v.push_back(words(2, step * (yo / 2)));
     }
   }
+  put_rows(to, rows, h);
 }
 
 void put_cells_doubled(const state& s, const cells& c, format kind, canvas& out) {
@@ -228,13 +274,13 @@ void put_cells_doubled(const state& s, const cells& c, format kind, canvas& out)
     for (int x = 0; x < n; ++x) row.push_back(value(x));
     return row;
   };
-  std::vector<row_bytes> main, u, v;
+  row_list rows;
   for (int y = 0; y < height; ++y) {
     if (kind == format::rgb24) {
       const auto plane_row = [&](size_t row) {
         return widened(row_of([&](int x) { return c.colour(row, y, x); }, width), 16, h);
       };
-      main.push_back(pixels(3, plane_row(0), plane_row(1), plane_row(2)));
+      rows.main.push_back(pixels(3, plane_row(0), plane_row(1), plane_row(2)));
       continue;
     }
     const row_bytes luma = widened(row_of([&](int x) { return c.luma(y, x); }, width), 16, h);
@@ -242,20 +288,16 @@ void put_cells_doubled(const state& s, const cells& c, format kind, canvas& out)
       return widened(row_of([&](int i) { return c.chroma(row, i, y / 2); }, width / 2), 8, h);
     };
     if (kind != format::i420) {
-      main.push_back(interleaved(kind, luma, words(1), words(2)));
+      rows.main.push_back(interleaved(kind, luma, words(1), words(2)));
       continue;
     }
-    main.push_back(luma);
+    rows.main.push_back(luma);
     if (y % 2 == 0) {
-      u.push_back(words(1));
-      v.push_back(words(2));
+      rows.u.push_back(words(1));
+      rows.v.push_back(words(2));
     }
   }
-  put_doubled(to.main, main);
-  if (kind == format::i420) {
-    put_doubled(to.u, u);
-    put_doubled(to.v, v);
-  }
+  put_doubled(to, rows);
 }
 
 // RGB32 has no doubling: the routine for full size walks with the plan of a doubled picture.
@@ -326,17 +368,18 @@ void grey_frame(state& s, format kind, uint8_t* source, canvas& out) {
     return;
   }
   frame_rows to = layout(s, kind, out);
+  row_list rows;
   for (int y = 0; y < m.toned.height; ++y) {
     row_bytes row(at(m.toned, y, 0), at(m.toned, y, 0) + m.toned.width);
     if (s.h_mirror) row = reversed(row, 1);
     if (kind == format::rgb24) row = pixels(3, row, row, row);
-    to.main.put(y, row);
+    rows.main.push_back(row);
     if (kind == format::i420 && y % 2 == 0) {
-      const row_bytes grey(size_t(m.toned.width / 2), 128);
-      to.u.put(y / 2, grey);
-      to.v.put(y / 2, grey);
+      rows.u.emplace_back(size_t(m.toned.width / 2), 128);
+      rows.v.emplace_back(size_t(m.toned.width / 2), 128);
     }
   }
+  put_rows(to, rows, s.h_mirror != 0);
 }
 
 void cell_frame(state& s, format kind, uint8_t* source, canvas& out) {
