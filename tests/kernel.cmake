@@ -6,6 +6,7 @@
 #   <preset>.image            the image loaded into a Linux process
 #   <preset>.<test>           a test of the Linux library, run against the loaded image
 #   <preset>.wine             the capture driver example as a service under Wine
+#   kernel.sign               a signed image is still right
 #   kernel.checks             the checks find what they look for
 #
 # In the ordinary release build only: the others would test the same images again. Where a tool is missing, one
@@ -120,6 +121,15 @@ if(PPL_FOUND_CLANG AND PPL_FOUND_LLD)
 else()
   ppl_skipped_test(kernel-release "the image with a PDB is not built: clang and lld, version 16 or later, are not \
 installed (clang-19 lld-19 llvm-19)")
+endif()
+find_program(PPL_FOUND_SIGN NAMES osslsigncode)
+if(PPL_FOUND_SIGN)
+  add_test(NAME kernel.sign COMMAND ${CMAKE_COMMAND} -DSIGN=${PPL_ROOT}/platform/kernel-sign.sh
+    -DIMAGE=${PPL_ROOT}/build/kernel/ppl.sys -DTO=${CMAKE_BINARY_DIR}/signed -DPYTHON=${Python3_EXECUTABLE}
+    -DEXPORTS=${PPL_ROOT}/cmake/exports.txt -P ${here}/sign.cmake)
+  set_tests_properties(kernel.sign PROPERTIES FIXTURES_REQUIRED kernel)
+else()
+  ppl_skipped_test(kernel.sign "the image is not signed: osslsigncode is not installed")
 endif()
 add_test(NAME kernel.checks COMMAND ${python} ${here}/checks_test.py ${PPL_ROOT}/build/kernel)
 set_tests_properties(kernel.checks PROPERTIES FIXTURES_REQUIRED kernel)
