@@ -6,6 +6,7 @@
 #   <preset>.image            the image loaded into a Linux process
 #   <preset>.<test>           a test of the Linux library, run against the loaded image
 #   <preset>.wine             the capture driver example as a service under Wine
+#   kernel.sign               a signed image is still right
 #   kernel.checks             the checks find what they look for
 #
 # In the ordinary release build only: the others would test the same images again. Where a tool is missing, one
@@ -15,6 +16,7 @@ if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" 
 else()
   set(default OFF)
 endif()
+set(PPL_IMAGE_SHARE 0.3 CACHE STRING "Share of the usual number of random cases that the kernel image is put to")
 option(PPL_TEST_KERNEL "Build and test the kernel image" ${default})
 if(NOT PPL_TEST_KERNEL)
   return()
@@ -68,25 +70,14 @@ add_executable(kernel_image_test ${here}/image_test.cpp)
 target_link_libraries(kernel_image_test PRIVATE ppl_kernel_image GTest::gtest_main)
 target_compile_options(kernel_image_test PRIVATE ${PPL_WARNINGS})
 
-# The sources of a test of the Linux library, linked with the image instead.
+# The tests of the Linux library, the very objects, linked with the image instead.
 set(PPL_IMAGE_TESTS image_test)
-function(ppl_image_test name)
-  foreach(source IN LISTS ARGN)
-    if(NOT EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${source})
-      message(STATUS "kernel image: no ${source}, so no test ${name}")
-      return()
-    endif()
-  endforeach()
-  add_executable(kernel_${name} ${ARGN})
+foreach(name digests_bayer compare_bayer vectors_convert edges_convert compare_convert)
+  add_executable(kernel_${name} $<TARGET_OBJECTS:${name}>)
   target_link_libraries(kernel_${name} PRIVATE ppl_kernel_image ppl_reference GTest::gtest_main)
-  target_include_directories(kernel_${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
-  target_compile_definitions(kernel_${name} PRIVATE TEST_LIBRARY
-    PPL_TEST_VECTORS="${CMAKE_CURRENT_SOURCE_DIR}/vectors")
   list(APPEND PPL_IMAGE_TESTS ${name})
-  set(PPL_IMAGE_TESTS ${PPL_IMAGE_TESTS} PARENT_SCOPE)
-endfunction()
-ppl_image_test(digests_bayer vectors_bayer.cpp slots_reference.cpp slots_library.cpp)
-ppl_image_test(compare_bayer compare_bayer.cpp slots_reference.cpp slots_library.cpp)
+endforeach()
+set(PPL_IMAGE_ARGUMENTS_compare_bayer --share ${PPL_IMAGE_SHARE})
 
 add_executable(kernel_capture_pictures ${here}/capture_pictures.cpp)
 target_link_libraries(kernel_capture_pictures PRIVATE ppl_static)
@@ -107,7 +98,7 @@ function(ppl_kernel_tests preset)
     -P ${here}/reproduce.cmake)
   set(needing ${preset}.tables ${preset}.objects ${preset}.code ${preset}.stack ${preset}.reproducible)
   foreach(name IN LISTS PPL_IMAGE_TESTS)
-    add_test(NAME ${preset}.${name} COMMAND kernel_${name})
+    add_test(NAME ${preset}.${name} COMMAND kernel_${name} ${PPL_IMAGE_ARGUMENTS_${name}})
     set_tests_properties(${preset}.${name} PROPERTIES ENVIRONMENT PPL_KERNEL_IMAGE=${image})
     list(APPEND needing ${preset}.${name})
   endforeach()
@@ -130,6 +121,15 @@ if(PPL_FOUND_CLANG AND PPL_FOUND_LLD)
 else()
   ppl_skipped_test(kernel-release "the image with a PDB is not built: clang and lld, version 16 or later, are not \
 installed (clang-19 lld-19 llvm-19)")
+endif()
+find_program(PPL_FOUND_SIGN NAMES osslsigncode)
+if(PPL_FOUND_SIGN)
+  add_test(NAME kernel.sign COMMAND ${CMAKE_COMMAND} -DSIGN=${PPL_ROOT}/platform/kernel-sign.sh
+    -DIMAGE=${PPL_ROOT}/build/kernel/ppl.sys -DTO=${CMAKE_BINARY_DIR}/signed -DPYTHON=${Python3_EXECUTABLE}
+    -DEXPORTS=${PPL_ROOT}/cmake/exports.txt -P ${here}/sign.cmake)
+  set_tests_properties(kernel.sign PROPERTIES FIXTURES_REQUIRED kernel)
+else()
+  ppl_skipped_test(kernel.sign "the image is not signed: osslsigncode is not installed")
 endif()
 add_test(NAME kernel.checks COMMAND ${python} ${here}/checks_test.py ${PPL_ROOT}/build/kernel)
 set_tests_properties(kernel.checks PROPERTIES FIXTURES_REQUIRED kernel)

@@ -19,12 +19,10 @@ namespace front_end_detail {
 
 // (x << 3) * f >> 16 is x * f >> 13: x << 3 stays below 2041, so the signed high product is exact.
 template <class V>
-PPL_INLINE V lens(V x, const uint16_t* factors) {
-  V lo, hi;
-  interleave8(x, zero<V>(), lo, hi);
-  lo = mulhi_s16(sll16<3>(lo), loadu<V>(factors));
-  hi = mulhi_s16(sll16<3>(hi), loadu<V>(factors + V::size / 2));
-  return pack_u8(lo, hi);
+PPL_INLINE V lens(const uint8_t* samples, const uint16_t* factors) {
+  constexpr int kHalf = V::size / 2;
+  return pack_u8(mulhi_s16(sll16<3>(load_widened<V>(samples)), loadu<V>(factors)),
+                 mulhi_s16(sll16<3>(load_widened<V>(samples + kHalf)), loadu<V>(factors + kHalf)));
 }
 
 // Bytes Gb of `even` and Gr of `odd` meet in the odd byte places.
@@ -56,10 +54,13 @@ static void front_end_rows(const front_end_args& args) {
                 delta_g_r = c.delta_g_r;
   const tone_curve tone(a.tone);
   walk_exact(a.width, [&]<class V>(int x) {
-    V e = loadu<V>(a.source_even + x), o = loadu<V>(a.source_odd + x);
+    V e, o;
     if constexpr (kLens) {
-      e = lens(e, a.lens_even + x);
-      o = lens(o, a.lens_odd + x);
+      e = lens<V>(a.source_even + x, a.lens_even + x);
+      o = lens<V>(a.source_odd + x, a.lens_odd + x);
+    } else {
+      e = loadu<V>(a.source_even + x);
+      o = loadu<V>(a.source_odd + x);
     }
     if constexpr (kGreen) balance_green(e, o, repeat16<V>(&green_threshold));
     if constexpr (!kToneInRegisters) {

@@ -50,6 +50,15 @@ PPL_INLINE void load_to(vec<16>& d, const void* p) {
 PPL_INLINE void loadu_to(vec<16>& d, const void* p) {
   d.v = _mm_loadu_si128(static_cast<const __m128i*>(p));
 }
+// Half a vector of bytes as unsigned 16-bit lanes.
+PPL_INLINE void load_widened_to(vec<16>& d, const void* p) {
+  const __m128i bytes = _mm_loadl_epi64(static_cast<const __m128i*>(p));
+#ifdef __SSE4_1__
+  d.v = _mm_cvtepu8_epi16(bytes);
+#else
+  d.v = _mm_unpacklo_epi8(bytes, _mm_setzero_si128());
+#endif
+}
 PPL_INLINE void store(void* p, vec<16> a) {
   _mm_store_si128(static_cast<__m128i*>(p), a.v);
 }
@@ -370,6 +379,9 @@ PPL_INLINE void load_to(vec<32>& d, const void* p) {
 PPL_INLINE void loadu_to(vec<32>& d, const void* p) {
   d.v = _mm256_loadu_si256(static_cast<const __m256i*>(p));
 }
+PPL_INLINE void load_widened_to(vec<32>& d, const void* p) {
+  d.v = _mm256_cvtepu8_epi16(_mm_loadu_si128(static_cast<const __m128i*>(p)));
+}
 PPL_INLINE void store(void* p, vec<32> a) {
   _mm256_store_si256(static_cast<__m256i*>(p), a.v);
 }
@@ -670,6 +682,9 @@ PPL_INLINE void load_to(vec<64>& d, const void* p) {
 PPL_INLINE void loadu_to(vec<64>& d, const void* p) {
   d.v = _mm512_loadu_si512(static_cast<const __m512i*>(p));
 }
+PPL_INLINE void load_widened_to(vec<64>& d, const void* p) {
+  d.v = _mm512_cvtepu8_epi16(_mm256_loadu_si256(static_cast<const __m256i*>(p)));
+}
 PPL_INLINE void store(void* p, vec<64> a) {
   _mm512_store_si512(static_cast<__m512i*>(p), a.v);
 }
@@ -952,6 +967,12 @@ template <class V>
 PPL_INLINE V loadu(const void* p) {
   V d;
   loadu_to(d, p);
+  return d;
+}
+template <class V>
+PPL_INLINE V load_widened(const void* p) {
+  V d;
+  load_widened_to(d, p);
   return d;
 }
 template <class V>

@@ -73,6 +73,27 @@ PPL_INLINE uint32_t total_of(vec16 counts) {
   return static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_add_epi32(halves, _mm_srli_si128(halves, 4))));
 }
 
+// Gain and offset of the current tile's cells, both rows in one vector: the even row's words in the lower half of each
+// 32 bits, the odd row's in the upper.
+struct current_gain {
+  vec16 gain_low, gain_high, delta_low, delta_high;  // of the low and the high byte of each word
+  PPL_INLINE_MEMBER explicit current_gain(const ppl_context& c)
+      : gain_low(pair(c.gain_b_g, c.gain_g_r, 0)),
+        gain_high(pair(c.gain_b_g, c.gain_g_r, 1)),
+        delta_low(pair(c.delta_b_g, c.delta_g_r, 0)),
+        delta_high(pair(c.delta_b_g, c.delta_g_r, 1)) {}
+  static PPL_INLINE_MEMBER vec16 pair(const vec_i16& even_row, const vec_i16& odd_row, int place) {
+    const uint32_t low = static_cast<uint16_t>(even_row.lane[place]),
+                   high = static_cast<uint16_t>(odd_row.lane[place]);
+    return set32<vec16>(static_cast<int>(low | high << 16));
+  }
+  PPL_INLINE_MEMBER vec16 operator()(cells black) const {
+    const vec16 x = srl32<16>(black.even_row) | only_current(black.odd_row);
+    return join_clamp8(add16(srl16<5>(mullo16(even(x), gain_low)), delta_low),
+                       add16(srl16<5>(mullo16(odd(x), gain_high)), delta_high));
+  }
+};
+
 // What passing cells add up to in a row pair.
 struct totals {
   sums of_passed;
@@ -114,6 +135,7 @@ struct exposure_range {
         above_max(loadu<vec16>(&c.qAE_above_max)),
         low_on(gt_s16(even(loadu<vec16>(&c.qAE_min)), zero<vec16>())),
         high_on(gt_s16(even(above_max), zero<vec16>())) {}
+  bool is_open() const { return !any(low_on) && !any(high_on); }  // nothing can be rejected
   PPL_INLINE_MEMBER mask16<16> pass(cells s) const {
     const vec16 top = max_u8(s.even_row, s.odd_row), bottom = min_u8(s.even_row, s.odd_row);
     const mask16<16> too_low = eq16(subs_u8(top, below_min), zero<vec16>()) & low_on;
@@ -162,7 +184,9 @@ static void statistics(const statistics_args& args) {
                             c.qual_BmGb_low, c.qual_BmGb_high, c.qual_GrmR_low, c.qual_GrmR_high,
                             c.qual_sum_low,  c.qual_sum_high,  c.qual_diff_low, c.qual_diff_high};
   const exposure_range qAE(c);
-  const white_balance<vec16> even_gain(c.gain_b_g, c.delta_b_g), odd_gain(c.gain_g_r, c.delta_g_r);
+  const bool qAE_open = qAE.is_open();
+  uint32_t groups = 0;  // counted where all their cells pass
+  const current_gain gain(c);
   totals qual_total = {{none, none}, none}, qAE_total = {{none, none}, none};
   sums plain = {none, none};  // of the sub-window that the walk is in
   cell_walk walk(c, a.row_pair);
@@ -176,13 +200,20 @@ static void statistics(const statistics_args& args) {
       left_odd = a.black_odd + before;
     }
     const cells black = {sampled(left_even, a.black_even + now), sampled(left_odd, a.black_odd + now)};
-    const cells s = {from_earlier(a.tone_even + before) | only_current(even_gain(black.even_row)),
-                     from_earlier(a.tone_odd + before) | only_current(odd_gain(black.odd_row))};
+    const vec16 value = gain(black);
+    const cells s = {from_earlier(a.tone_even + before) | sll32<16>(value),
+                     from_earlier(a.tone_odd + before) | only_current(value)};
     if (!a.plain_only) {
       const mask16<16> qualified = qual.pass(black);
       const sums group = sum(keep(qualified, black));
       qual_total.add(qualified, group);
       add_to_histograms(c, group);
+    }
+    const sums all = sum(s);
+    if (qAE_open) {
+      qAE_total.of_passed = qAE_total.of_passed + all;
+      groups += 1;
+    } else {
       const mask16<16> exposed = qAE.pass(s);
       qAE_total.add(exposed, sum(keep(exposed, s)));
     }
@@ -192,14 +223,14 @@ static void statistics(const statistics_args& args) {
       plain = {none, none};
       cell = now_in;
     }
-    plain = plain + sum(s);
+    plain = plain + all;
   }
   add_to(*cell, plain);
   if (a.plain_only) return;
   add_to(c.qual_means, qual_total.of_passed);
   add_to(c.qAE_means, qAE_total.of_passed);
   c.qual_count += total_of(qual_total.cells_passed);
-  c.qAE_count += total_of(qAE_total.cells_passed);
+  c.qAE_count += total_of(qAE_total.cells_passed) + 8 * groups;
   const int last_even = a.last_tile & ~1;
   if (last_even >= 2) {
     const int x = (last_even + a.tile_lead) * kTile;

@@ -375,7 +375,7 @@ void plan_stages(walk& w) {
   const int pitch = (w.width + 63) / 64 * 64 + 64;
   uint8_t* base = w.context->ring_pool + 64;
   for (int i = 0; i < kRings; ++i) {
-    w.rings[i] = {base, pitch, plan.ring_rows[i]};
+    w.rings[i] = row_ring(base, pitch, plan.ring_rows[i]);
     base += static_cast<ptrdiff_t>(pitch) * plan.ring_rows[i];
   }
 }

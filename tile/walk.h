@@ -48,11 +48,21 @@ struct path_traits {
 
 const path_traits* find_path(uint32_t quality, bool medium_filter);
 
-// Row storage for `rows` consecutive rows of the frame.
+// Row storage for `rows` consecutive rows of the frame, at most 8 of them; row r stands at place r mod rows.
 struct row_ring {
   uint8_t* base;
   int32_t pitch, rows;
-  uint8_t* row(int r) const { return base + static_cast<ptrdiff_t>(r % rows) * pitch; }
+  uint32_t reciprocal;  // 65536 / rows, rounded up: exact quotients for rows below 8192
+  row_ring() = default;
+  row_ring(uint8_t* at, int32_t row_pitch, int32_t n)
+      : base(at),
+        pitch(row_pitch),
+        rows(n),
+        reciprocal(n > 0 ? (65536u + static_cast<uint32_t>(n) - 1) / static_cast<uint32_t>(n) : 0) {}
+  uint8_t* row(int r) const {
+    const int turns = static_cast<int>(static_cast<uint32_t>(r) * reciprocal >> 16);
+    return base + static_cast<ptrdiff_t>(r - turns * rows) * pitch;
+  }
 };
 
 struct walk;
