@@ -405,19 +405,14 @@ void put_copy(const bulk_frame& f, const row_grid& g, int p, int rows, const uin
   if (g.step > 0 && p == f.row_pairs - 1) put_mean(f, g, rows * p + rows - 1, last, last, n);
 }
 
-// Rows 4p and 4p + 2 are the row pair's own, those between and before them means.
-void put_doubled_luma(const bulk_frame& f, int p, const doubled_rows& d, int n) {
+// Rows 4p and 4p + 2 are the row pair's own, those between and before them means; in chroma, row 2p is.
+void put_luma(const bulk_frame& f, int p, const doubled_rows& d, int n) {
   put_aside(f, f.luma, 4 * p, d.first, n);
   put_aside(f, f.luma, 4 * p + 2, d.second, n);
   put_mean(f, f.luma, 4 * p + 1, d.first, d.second, n);
-  if (p > 0) put_mean(f, f.luma, 4 * p - 1, d.before, d.first, n);
-  put_copy(f, f.luma, p, 4, d.first, d.second, n);
 }
-void put_doubled_chroma(const bulk_frame& f, const row_grid& g, int p, const uint8_t* row,
-                        const uint8_t* before, int n) {
-  put_aside(f, g, 2 * p, row, n);
-  if (p > 0) put_mean(f, g, 2 * p - 1, before, row, n);
-  put_copy(f, g, p, 2, row, row, n);
+void put_luma_before(const bulk_frame& f, int p, const doubled_rows& d, int n) {
+  if (p > 0) put_mean(f, f.luma, 4 * p - 1, d.before, d.first, n);
 }
 
 void double_i420(const bulk_frame& f, int p) {
@@ -430,9 +425,19 @@ void double_i420(const bulk_frame& f, int p) {
   k.widen(d.second, a.luma[1], f.columns, {f.mirrored, 16});
   k.widen(d.u, a.u, half, {f.mirrored, 8});
   k.widen(d.v, a.v, half, {f.mirrored, 8});
-  put_doubled_luma(f, p, d, f.pixels);
-  put_doubled_chroma(f, f.u, p, d.u, d.u_before, f.pixels / 2);
-  put_doubled_chroma(f, f.v, p, d.v, d.v_before, f.pixels / 2);
+  // Planes can overlap in a clipped frame, so the order counts: own rows, means towards the row pair before, copies.
+  const int n = f.pixels;
+  put_luma(f, p, d, n);
+  put_aside(f, f.u, 2 * p, d.u, n / 2);
+  put_aside(f, f.v, 2 * p, d.v, n / 2);
+  put_luma_before(f, p, d, n);
+  if (p > 0) {
+    put_mean(f, f.u, 2 * p - 1, d.u_before, d.u, n / 2);
+    put_mean(f, f.v, 2 * p - 1, d.v_before, d.v, n / 2);
+  }
+  put_copy(f, f.luma, p, 4, d.first, d.second, n);
+  put_copy(f, f.u, p, 2, d.u, d.u, n / 2);
+  put_copy(f, f.v, p, 2, d.v, d.v, n / 2);
 }
 
 // The other formats: planes are widened, then joined to rows.
@@ -462,7 +467,10 @@ void double_joined(const bulk_frame& f, int p) {
       pack(to[i], wide[0], wide[1], wide[2], f.pixels);
     }
   }
-  put_doubled_luma(f, p, d, pixel_bytes(f.job->format) * f.pixels);
+  const int n = pixel_bytes(f.job->format) * f.pixels;
+  put_luma(f, p, d, n);
+  put_luma_before(f, p, d, n);
+  put_copy(f, f.luma, p, 4, d.first, d.second, n);
 }
 
 // ---- by groups

