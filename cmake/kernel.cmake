@@ -45,7 +45,7 @@ if(PPL_IMAGE_GCC)
   list(APPEND PPL_IMAGE_FLAGS -mno-80387 -mfpmath=sse -fno-ident
     -Werror=frame-larger-than=2048 -Werror=vla -Werror=alloca)
 else()
-  list(APPEND PPL_IMAGE_FLAGS -gcodeview -gno-codeview-command-line -Xclang -fdebug-compilation-dir=.
+  list(APPEND PPL_IMAGE_FLAGS -gcodeview -gno-codeview-command-line -ffile-compilation-dir=.
     -Wframe-larger-than=2048 -Wvla -Walloca)
   if(CMAKE_CXX_COMPILER_VERSION VERSION_GREATER_EQUAL 18)
     list(APPEND PPL_IMAGE_FLAGS -fno-auto-import) # else every variable of another file is reached through a pointer
@@ -100,12 +100,16 @@ add_custom_command(OUTPUT libppl.a DEPENDS ${def} VERBATIM
 add_custom_command(OUTPUT ppl.lib DEPENDS ${def} VERBATIM
   COMMAND ${PPL_LLVM_DLLTOOL} -m i386:x86-64 -d ${def} -l ppl.lib)
 
-# ---- The image
+# ---- The image. The linkers are told of the objects by paths relative to the build directory, as the symbol files
+# keep them: the same bytes come out wherever the sources lie.
+file(GENERATE OUTPUT objects.txt CONTENT "$<JOIN:${PPL_IMAGE_OBJECTS},\n>\n")
+add_custom_command(OUTPUT objects.rsp DEPENDS ${CMAKE_BINARY_DIR}/objects.txt VERBATIM
+  COMMAND ${CMAKE_COMMAND} -DBASE=${CMAKE_BINARY_DIR} -P ${PPL_ROOT}/cmake/kernel-objects.cmake)
 if(PPL_IMAGE_GCC)
   set(PPL_SYMBOLS ppl.dbg)
   add_custom_command(OUTPUT ppl.sys BYPRODUCTS ppl.full ppl.dbg ppl.map
-    DEPENDS ${PPL_IMAGE_OBJECTS} ppl_version.o libntoskrnl.a ${def} COMMAND_EXPAND_LISTS VERBATIM
-    COMMAND ${CMAKE_CXX_COMPILER} -nostdlib -shared -o ppl.full ${PPL_IMAGE_OBJECTS} ppl_version.o ${def} libntoskrnl.a
+    DEPENDS ${PPL_IMAGE_OBJECTS} objects.rsp ppl_version.o libntoskrnl.a ${def} VERBATIM
+    COMMAND ${CMAKE_CXX_COMPILER} -nostdlib -shared -o ppl.full @objects.rsp ppl_version.o ppl.def libntoskrnl.a
       -Wl,--subsystem,native:6.1 -Wl,--major-os-version,6 -Wl,--minor-os-version,1 -Wl,--entry,DriverEntry
       -Wl,--image-base,0x140000000 -Wl,--dynamicbase -Wl,--nxcompat -Wl,--wdmdriver -Wl,--gc-sections
       -Wl,--no-insert-timestamp -Wl,--section-alignment,0x1000 -Wl,--file-alignment,0x200
@@ -116,12 +120,12 @@ if(PPL_IMAGE_GCC)
 else()
   set(PPL_SYMBOLS ppl.pdb)
   # -lldmingw: without it the unwind data of -ffunction-sections objects is silently lost
-  add_custom_command(OUTPUT ppl.sys BYPRODUCTS ppl.pdb ppl.map ppl_lld.lib
-    DEPENDS ${PPL_IMAGE_OBJECTS} ppl_version.o libntoskrnl.a ${def} COMMAND_EXPAND_LISTS VERBATIM
+  add_custom_command(OUTPUT ppl.sys BYPRODUCTS ppl.pdb ppl.map
+    DEPENDS ${PPL_IMAGE_OBJECTS} objects.rsp ppl_version.o libntoskrnl.a ${def} VERBATIM
     COMMAND ${PPL_LLD_LINK} -lldmingw -out:ppl.sys -nodefaultlib -driver -driver:wdm -release -dll
-      -subsystem:native,6.01 -entry:DriverEntry -def:${def} -implib:ppl_lld.lib -dynamicbase -nxcompat
+      -subsystem:native,6.01 -entry:DriverEntry -def:ppl.def -noimplib -dynamicbase -nxcompat
       -debug -pdb:ppl.pdb -pdbaltpath:ppl.pdb -pdbsourcepath:. -brepro -opt:ref -base:0x140000000 -align:0x1000
-      -map:ppl.map ${PPL_IMAGE_OBJECTS} ppl_version.o ntoskrnl.lib)
+      -map:ppl.map @objects.rsp ppl_version.o ntoskrnl.lib)
 endif()
 add_custom_target(ppl_image ALL DEPENDS ppl.sys ppl.lib libppl.a)
 

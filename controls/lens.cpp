@@ -29,23 +29,31 @@ uint64_t term(uint64_t product, int32_t shift_count) {
   return static_cast<uint64_t>(static_cast<int64_t>(product) >> shift);
 }
 
-uint16_t factor(const ppl_context* c, int32_t x, int32_t y) {
+struct polynomial {
+  uint64_t f1, f2;
+  int32_t f1_shift_count, f2_shift_count;
+};
+
+uint16_t factor(const polynomial& p, int32_t x, int32_t y) {
   const uint64_t r = widened(squared_distance(x, y));
-  const uint64_t a = term(widened(c->lens_f1) * r, c->lens_f1_rshift_count);
-  const uint64_t b = term(widened(c->lens_f2) * r * r, c->lens_f2_rshift_count);
+  const uint64_t a = term(p.f1 * r, p.f1_shift_count);
+  const uint64_t b = term(p.f2 * r * r, p.f2_shift_count);
   return static_cast<uint16_t>(a - b + kUnity);
 }
 
 // Stops at the end of the table: the needed size may have wrapped below what the loops would write.
 void fill_table(const ppl_context* c) {
   const int32_t first = c->lens_smallest_x_offset, last = c->lens_largest_x_offset;
+  const int32_t last_row = c->lens_largest_y_offset;
   if (first > last || c->lens_table_size < 0) return;
+  const polynomial p = {widened(c->lens_f1), widened(c->lens_f2), c->lens_f1_rshift_count,
+                        c->lens_f2_rshift_count};
   uint16_t* entry = c->lens_table;
   uint16_t* const end = entry + c->lens_table_size / 2;
-  for (int64_t y = 0; y <= c->lens_largest_y_offset; ++y) {
+  for (int64_t y = 0; y <= last_row; ++y) {
     for (int64_t x = first; x <= last; ++x) {
       if (entry == end) return;
-      *entry++ = factor(c, static_cast<int32_t>(x), static_cast<int32_t>(y));
+      *entry++ = factor(p, static_cast<int32_t>(x), static_cast<int32_t>(y));
     }
   }
 }

@@ -19,9 +19,7 @@ struct blend_rows {
   const uint8_t* below;    // the row below it
   const uint8_t* earlier;  // the same row one frame ago
   const uint8_t* later;    // the row itself, as its field has it
-  int16_t* difference;     // row storage for pixels + 2 values, kRowPad bytes of it in front of the first
 };
-constexpr int kRowPad = 64;
 
 // Where a pair of rows goes in I420.
 struct plane_rows {

@@ -22,8 +22,8 @@ const uint8_t* later_row(const fields& f, const row_sink& sink, int i, uint8_t* 
   const int64_t at = i * f.pitch;
   if (!f.motion || i + 1 >= f.rows) return f.later + at;
   const uint8_t* const kept = f.kept + at;
-  sink.kernels->blend[static_cast<int>(sink.from)](
-      out, {kept, kept + f.pitch, f.earlier + at, f.later + at, sink.rows.difference}, f.pixels, f.threshold);
+  sink.kernels->blend[static_cast<int>(sink.from)](out, {kept, kept + f.pitch, f.earlier + at, f.later + at},
+                                                   f.pixels, f.threshold);
   return out;
 }
 

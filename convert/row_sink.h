@@ -21,7 +21,6 @@ namespace ppl {
 
 // Row storage of a call, laid over the record's rings.
 struct row_storage {
-  int16_t* difference;
   uint8_t *blended, *widened_kept, *widened_later[2], *made[2], *staging;
 };
 row_storage lay_out_rows(ppl_context* c);

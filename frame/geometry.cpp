@@ -42,7 +42,7 @@ void set_output_size(ppl_context* c, int32_t d, int32_t black_lines) {
 // the lines that lack are drawn black, half of them (rounded down) above the picture.
 struct conversion {
   uint16_t in_width, in_height, out_width, out_height;
-  int8_t decimation;
+  int16_t decimation;
   bool by_total;
 };
 constexpr conversion kConversions[] = {
@@ -63,7 +63,7 @@ constexpr conversion kConversions[] = {
 // Any output height from the decimated input height up.
 struct open_conversion {
   uint16_t in_width, in_height, out_width;
-  int8_t decimation;
+  int16_t decimation;
 };
 constexpr open_conversion kOpenConversions[] = {
     {704, 480, 176, 2}, {704, 480, 352, 1}, {704, 480, 704, 0}, {704, 576, 176, 2},

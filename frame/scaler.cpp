@@ -6,11 +6,17 @@
 namespace ppl {
 namespace {
 
-constexpr uint32_t kReadAhead = 16;             // of the horizontal passes
-constexpr uint32_t kGroup = 16;                 // bytes of a planar and of a vertical group
-constexpr uint32_t kPackedGroup = 64;           // bytes of a packed horizontal group
-constexpr uint32_t kPaddedRow = 4 * 4096 + 64;  // the furthest that any position reaches
-constexpr uint32_t kTableBytes = (kScratchBytes - kPaddedRow) & ~63u;
+constexpr uint32_t kReadAhead = 16;    // of the horizontal pass
+constexpr uint32_t kGroup = 16;        // bytes of a planar and of a vertical group
+constexpr uint32_t kPackedGroup = 64;  // bytes of a packed horizontal group
+constexpr uint32_t kSamples = 4096;    // positions point below this
+
+// In the record's scratch: the planes of a packed source row (or a padded planar one), the planes of a run of a
+// packed line, and the tables of the columns.
+constexpr uint32_t kLumaRow = 0, kURow = kLumaRow + 2 * kSamples + 64, kVRow = kURow + kSamples + 64;
+constexpr uint32_t kRun = kVRow + kSamples + 64, kRunPixels = 512, kTables = kRun + 2 * kRunPixels;
+constexpr uint32_t kTableBytes = kScratchBytes - kTables;
+static_assert(kTables % 64 == 0);
 
 uint32_t rounded_up(uint32_t bytes, uint32_t group) {
   return (bytes + group - 1) / group * group;
@@ -31,30 +37,86 @@ uint32_t plain_outputs(uint32_t step, uint32_t limit, uint32_t count) {
   return n < count ? static_cast<uint32_t>(n) : count;
 }
 
-using line_pass = void (*)(const scaler_columns&, const uint8_t* row, uint8_t* line);
+scaler_columns plan_columns(ppl_context* c, const scaler_plane& p, uint32_t count) {
+  scaler_columns columns = {};
+  columns.step = (p.source_width << 20) / p.width;
+  columns.count = count;
+  columns.limit = p.source_width - 1;
+  columns.plain = plain_outputs(columns.step, columns.limit, count);
+  columns.memory = c->scratch + kTables;
+  columns.memory_bytes = kTableBytes;
+  c->kernels->scaler->prepare(columns);
+  return columns;
+}
 
-// Reads one source row through a horizontal pass. Rows near the end of the source, from which the pass could read
-// behind it, are first copied to a padded row with zeros behind.
-struct row_reader {
+struct source_row {
+  const uint8_t* at;
+  int64_t left;  // bytes up to the end of the source
+};
+source_row row_of(const scaler_plane& p, uint32_t row) {
+  const uint8_t* at = p.source + int64_t{row} * p.source_width;
+  return {at, p.source_end - at};
+}
+
+// Passes a row of one plane. A row from which the pass could read behind the source is copied first, with zeros
+// behind it.
+struct planar_pass {
+  ppl_context* context;
   const scaler_plane* plane;
-  const scaler_columns* columns;
-  line_pass pass;
+  scaler_columns columns;
   uint32_t reach;  // bytes from the start of a row that the pass may read
-  uint8_t* padded;
 
   void operator()(uint32_t row, uint8_t* line) const {
-    const uint8_t* at = plane->source + int64_t{row} * plane->source_width;
-    const int64_t left = plane->source_end - at;
-    if (left < reach) {
-      for (int64_t i = 0; i < reach; ++i) padded[i] = i < left ? at[i] : 0;
-      at = padded;
+    source_row r = row_of(*plane, row);
+    if (r.left < reach) {
+      uint8_t* const padded = context->scratch + kLumaRow;
+      for (int64_t i = 0; i < reach; ++i) padded[i] = i < r.left ? r.at[i] : 0;
+      r.at = padded;
     }
-    pass(*columns, at, line);
+    context->kernels->scaler->line(columns, r.at, line, 0, columns.count);
+  }
+};
+
+// Passes a packed row as planes: luma and chroma walk with the same step, so the columns of luma, as far as
+// needed, are those of U and V.
+struct packed_pass {
+  ppl_context* context;
+  const scaler_plane* plane;
+  scaler_columns columns;
+  uint32_t reach;  // source pixels that any position may use; even
+
+  void operator()(uint32_t row, uint8_t* line) const {
+    const scaler_kernels& k = *context->kernels->scaler;
+    uint8_t* const y = context->scratch + kLumaRow;
+    uint8_t* const u = context->scratch + kURow;
+    uint8_t* const v = context->scratch + kVRow;
+    const source_row r = row_of(*plane, row);
+    const uint32_t inside = r.left < 0 ? 0 : r.left / 2 < reach ? static_cast<uint32_t>(r.left / 2) : reach;
+    const uint32_t whole = inside & ~31u;
+    k.split(r.at, y, u, v, whole);
+    const auto sample = [&](uint32_t i) { return i < r.left ? r.at[i] : uint8_t{0}; };
+    for (uint32_t x = whole; x < reach; x += 2) {
+      y[x] = sample(2 * x);
+      u[x / 2] = sample(2 * x + 1);
+      y[x + 1] = sample(2 * x + 2);
+      v[x / 2] = sample(2 * x + 3);
+    }
+    uint8_t* const run = context->scratch + kRun;
+    uint8_t* const run_u = run + kRunPixels;
+    uint8_t* const run_v = run_u + kRunPixels / 2;
+    for (uint32_t first = 0; first < columns.count; first += kRunPixels) {
+      const uint32_t left = columns.count - first, n = left < kRunPixels ? left : kRunPixels;
+      k.line(columns, y, run, first, n);
+      k.line(columns, u, run_u, first / 2, n / 2);
+      k.line(columns, v, run_v, first / 2, n / 2);
+      k.join(line + 2 * first, run, run_u, run_v, n);
+    }
   }
 };
 
 // Down the destination rows, with at most two passed lines at a time.
-void walk_rows(ppl_context* c, const scaler_plane& p, const row_reader& read) {
+template <class Pass>
+void walk_rows(ppl_context* c, const scaler_plane& p, const Pass& read) {
   const scaler_kernels& k = *c->kernels->scaler;
   uint8_t* top = c->ring_pool;
   uint8_t* bottom = top + p.width;
@@ -75,7 +137,7 @@ void walk_rows(ppl_context* c, const scaler_plane& p, const row_reader& read) {
       }
     }
     const int64_t room = p.destination_end - out;
-    k.blend_lines(top, bottom, y >> 12 & 255, out, room < pitch ? static_cast<uint32_t>(room) : pitch);
+    k.blend(top, bottom, y >> 12 & 255, out, room < pitch ? static_cast<uint32_t>(room) : pitch);
   }
 }
 
@@ -85,17 +147,8 @@ bool frame_scaler_planar(ppl_context* c, const scaler_plane& p) {
   if (p.width == 0 || p.height == 0 || p.width > kRingPoolBytes) return true;
   const uint32_t count = rounded_up(p.width, kGroup);
   if (p.width + count > kRingPoolBytes) return true;
-  scaler_columns columns = {};
-  columns.step = (p.source_width << 20) / p.width;
-  columns.count = count;
-  columns.limit = p.source_width - 1;
-  columns.plain = plain_outputs(columns.step, columns.limit, count);
-  columns.memory = c->scratch;
-  columns.memory_bytes = kTableBytes;
-  const scaler_kernels& k = *c->kernels->scaler;
-  k.planar_prepare(columns);
-  const uint32_t reach = furthest(columns.step, count) + 2 + kReadAhead;
-  walk_rows(c, p, {&p, &columns, k.planar_line, reach, c->scratch + kTableBytes});
+  const scaler_columns columns = plan_columns(c, p, count);
+  walk_rows(c, p, planar_pass{c, &p, columns, furthest(columns.step, count) + 2 + kReadAhead});
   return true;
 }
 
@@ -106,15 +159,10 @@ bool frame_scaler_packed(ppl_context* c, const scaler_plane& p) {
   const uint32_t pitch = rounded_up(p.width, kGroup);
   if (line < pitch)  // an odd width: what no pair covers is 0
     for (uint32_t i = 0; i < p.width + pitch; ++i) c->ring_pool[i] = 0;
-  scaler_columns columns = {};
-  columns.step = (p.source_width << 20) / p.width;
-  columns.count = line / 2;
-  columns.limit = p.source_width - 1;
-  columns.plain = plain_outputs(columns.step, columns.limit, columns.count);
-  const uint32_t luma = 2 * furthest(columns.step, columns.count) + 4;
-  const uint32_t chroma = 4 * furthest(columns.step, columns.count / 2) + 8;
-  const uint32_t reach = (luma > chroma ? luma : chroma) + kReadAhead;
-  walk_rows(c, p, {&p, &columns, c->kernels->scaler->packed_line, reach, c->scratch + kTableBytes});
+  const scaler_columns columns = plan_columns(c, p, line / 2);
+  const uint32_t luma = furthest(columns.step, columns.count) + 2;
+  const uint32_t chroma = 2 * (furthest(columns.step, columns.count / 2) + 2);
+  walk_rows(c, p, packed_pass{c, &p, columns, ((luma > chroma ? luma : chroma) + 1) & ~1u});
   return true;
 }
 

@@ -15,11 +15,11 @@ constexpr bool kShuffles = true;
 constexpr bool kShuffles = false;
 #endif
 
-PPL_INLINE uint8_t blend(uint32_t a, uint32_t b, uint32_t f) {
+PPL_INLINE uint8_t blend_one(uint32_t a, uint32_t b, uint32_t f) {
   return static_cast<uint8_t>((a * (256 - f) + b * f + 128) >> 8);
 }
 
-// ---- planar lines
+// ---- lines of one plane
 
 // Tables of eight outputs: where their samples begin, which bytes from there make the pairs, and the weights.
 struct octet {
@@ -35,7 +35,7 @@ PPL_INLINE octet_tables tables_of(const scaler_columns& c) {
   return {octets, reinterpret_cast<uint16_t*>(octets + c.count / 8)};
 }
 
-void planar_prepare(scaler_columns& c) {
+void prepare(scaler_columns& c) {
   if (!kShuffles || c.count / 8 * (sizeof(octet) + 2) > c.memory_bytes) return;
   const octet_tables t = tables_of(c);
   uint32_t p = 0;
@@ -64,16 +64,17 @@ PPL_INLINE vec16 tabled_octet(const octet& o, const uint8_t* at) {
   const vec16 pairs = {_mm_shuffle_epi8(loadu<vec16>(at).v, load<vec16>(o.shuffle).v)};
   return blend_pairs(pairs, load<vec16>(o.weight));
 }
-PPL_INLINE void tabled_line(const scaler_columns& c, const uint8_t* row, uint8_t* line) {
+PPL_INLINE void tabled_line(const scaler_columns& c, const uint8_t* row, uint8_t* line, uint32_t first,
+                            uint32_t count) {
   const octet_tables t = tables_of(c);
-  for (uint32_t o = 0; o < c.count / 8; o += 2) {
+  for (uint32_t o = first / 8; o < (first + count) / 8; o += 2, line += 16) {
     const vec16 lo = tabled_octet(t.octets[o], row + t.base[o]);
     const vec16 hi = tabled_octet(t.octets[o + 1], row + t.base[o + 1]);
-    storeu(line + 8 * o, pack_u8(lo, hi));
+    storeu(line, pack_u8(lo, hi));
   }
 }
 #else
-PPL_INLINE void tabled_line(const scaler_columns&, const uint8_t*, uint8_t*) {}
+PPL_INLINE void tabled_line(const scaler_columns&, const uint8_t*, uint8_t*, uint32_t, uint32_t) {}
 #endif
 
 PPL_INLINE int load_pair(const uint8_t* p) {
@@ -102,99 +103,43 @@ PPL_INLINE vec16 gathered_octet(const uint8_t* row, uint32_t& p, uint32_t step) 
   return blend_pairs({pairs}, {f});
 }
 
-void planar_line(const scaler_columns& c, const uint8_t* row, uint8_t* line) {
-  if (c.tabled) return tabled_line(c, row, line);
-  uint32_t p = 0, i = 0;
-  for (; i + 16 <= c.plain; i += 16) {
+void line(const scaler_columns& c, const uint8_t* row, uint8_t* out, uint32_t first, uint32_t count) {
+  if (c.tabled) return tabled_line(c, row, out, first, count);
+  const uint32_t end = first + count, plain = c.plain < end ? c.plain : end;
+  uint32_t p = first * c.step, i = first;
+  for (; i + 16 <= plain; i += 16, out += 16) {
     const vec16 lo = gathered_octet(row, p, c.step);
     const vec16 hi = gathered_octet(row, p, c.step);
-    storeu(line + i, pack_u8(lo, hi));
+    storeu(out, pack_u8(lo, hi));
   }
-  for (; i < c.count; ++i, p += c.step) {
+  for (; i < end; ++i, p += c.step) {
     const uint32_t x = p >> 20;
-    line[i] = blend(row[x], row[x < c.limit ? x + 1 : x], p >> 12 & 255);
+    *out++ = blend_one(row[x], row[x < c.limit ? x + 1 : x], p >> 12 & 255);
   }
 }
 
 // ---- packed lines
 
-PPL_INLINE __m128i load_4(const uint8_t* p) {
-  int v;
-  __builtin_memcpy(&v, p, 4);
-  return _mm_cvtsi32_si128(v);
-}
-
-// Four positions and their weights as words (256 - f, f).
-struct quad {
-  uint32_t x[4];
-  __m128i weights;
-};
-PPL_INLINE quad next_quad(uint32_t& p, uint32_t step) {
-  const uint32_t p1 = p + step, p2 = p1 + step, p3 = p2 + step;
-  const __m128i at =
-      _mm_set_epi32(static_cast<int>(p3), static_cast<int>(p2), static_cast<int>(p1), static_cast<int>(p));
-  const __m128i f = _mm_and_si128(_mm_srli_epi32(at, 12), _mm_set1_epi32(255));
-  const __m128i w = _mm_add_epi32(_mm_sub_epi32(_mm_set1_epi32(256), f), _mm_slli_epi32(f, 16));
-  const quad q = {{p >> 20, p1 >> 20, p2 >> 20, p3 >> 20}, w};
-  p = p3 + step;
-  return q;
-}
-PPL_INLINE __m128i blend_words(__m128i words, __m128i weights) {
-  return _mm_srli_epi32(_mm_add_epi32(_mm_madd_epi16(words, weights), _mm_set1_epi32(128)), 8);
-}
-
-// Y of four pixels, in 32-bit lanes: bytes 0 and 2 from each position.
-PPL_INLINE __m128i luma_quad(const uint8_t* row, uint32_t& p, uint32_t step) {
-  const quad q = next_quad(p, step);
-  const __m128i a = _mm_unpacklo_epi32(load_4(row + 2 * q.x[0]), load_4(row + 2 * q.x[1]));
-  const __m128i b = _mm_unpacklo_epi32(load_4(row + 2 * q.x[2]), load_4(row + 2 * q.x[3]));
-  return blend_words(_mm_and_si128(_mm_unpacklo_epi64(a, b), _mm_set1_epi16(0x00ff)), q.weights);
-}
-
-// U, V of two pairs, in 32-bit lanes: bytes 1 and 5, 3 and 7 from each position.
-PPL_INLINE __m128i chroma_couple(const uint8_t* first, const uint8_t* second, __m128i weights) {
-  const __m128i both = _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(first)),
-                                          _mm_loadl_epi64(reinterpret_cast<const __m128i*>(second)));
-  const __m128i words = _mm_srli_epi16(both, 8);  // U V U' V'
-  return blend_words(_mm_shufflehi_epi16(_mm_shufflelo_epi16(words, 0xd8), 0xd8), weights);
-}
-// Eight pairs as 16 bytes U, V, ...
-PPL_INLINE vec16 chroma_octet(const uint8_t* row, uint32_t& p, uint32_t step) {
-  __m128i words[2];
-  for (__m128i& w : words) {
-    const quad q = next_quad(p, step);
-    const __m128i lo =
-        chroma_couple(row + 4 * q.x[0], row + 4 * q.x[1], _mm_unpacklo_epi32(q.weights, q.weights));
-    const __m128i hi =
-        chroma_couple(row + 4 * q.x[2], row + 4 * q.x[3], _mm_unpackhi_epi32(q.weights, q.weights));
-    w = _mm_packs_epi32(lo, hi);
+void split(const uint8_t* row, uint8_t* y, uint8_t* u, uint8_t* v, uint32_t pixels) {
+  for (uint32_t i = 0; i < pixels; i += 32, row += 64) {
+    vec16 words[4];
+    for (int k = 0; k < 4; ++k) words[k] = loadu<vec16>(row + 16 * k);
+    storeu(y + i, even_bytes(words[0], words[1]));
+    storeu(y + i + 16, even_bytes(words[2], words[3]));
+    const vec16 lo = odd_bytes(words[0], words[1]), hi = odd_bytes(words[2], words[3]);
+    storeu(u + i / 2, even_bytes(lo, hi));
+    storeu(v + i / 2, odd_bytes(lo, hi));
   }
-  return {_mm_packus_epi16(words[0], words[1])};
-}
-PPL_INLINE vec16 luma_16(const uint8_t* row, uint32_t& p, uint32_t step) {
-  const __m128i a = luma_quad(row, p, step), b = luma_quad(row, p, step);
-  const __m128i c = luma_quad(row, p, step), d = luma_quad(row, p, step);
-  return {_mm_packus_epi16(_mm_packs_epi32(a, b), _mm_packs_epi32(c, d))};
 }
 
-void packed_line(const scaler_columns& c, const uint8_t* row, uint8_t* line) {
-  uint32_t p = 0, pc = 0, i = 0;  // of pixels, of pairs; pixels done
-  for (; i + 32 <= c.plain; i += 32, line += 64) {
-    for (int half = 0; half < 64; half += 32) {
-      const vec16 y = luma_16(row, p, c.step), uv = chroma_octet(row, pc, c.step);
-      vec16 first, second;
-      interleave8(y, uv, first, second);
-      storeu(line + half, first);
-      storeu(line + half + 16, second);
-    }
-  }
-  for (; i < c.count; i += 2, line += 4, pc += c.step) {
-    const uint32_t xc = pc >> 20, xc1 = xc < c.limit ? xc + 1 : xc, fc = pc >> 12 & 255;
-    line[1] = blend(row[4 * xc + 1], row[4 * xc1 + 1], fc);
-    line[3] = blend(row[4 * xc + 3], row[4 * xc1 + 3], fc);
-    for (int k = 0; k < 4; k += 2, p += c.step) {
-      const uint32_t x = p >> 20, x1 = x < c.limit ? x + 1 : x;
-      line[k] = blend(row[2 * x], row[2 * x1], p >> 12 & 255);
+void join(uint8_t* line, const uint8_t* y, const uint8_t* u, const uint8_t* v, uint32_t pixels) {
+  for (uint32_t i = 0; i < pixels; i += 32, line += 64) {
+    vec16 chroma[2], first, second;
+    interleave8(loadu<vec16>(u + i / 2), loadu<vec16>(v + i / 2), chroma[0], chroma[1]);
+    for (uint32_t k = 0; k < 2; ++k) {
+      interleave8(loadu<vec16>(y + i + 16 * k), chroma[k], first, second);
+      storeu(line + 32 * k, first);
+      storeu(line + 32 * k + 16, second);
     }
   }
 }
@@ -209,7 +154,7 @@ PPL_INLINE V blend_rows(V a, V b, V f) {
   return even_odd(srl16<8>(e), o);
 }
 
-void blend_lines(const uint8_t* top, const uint8_t* bottom, uint32_t weight, uint8_t* out, uint32_t bytes) {
+void blend(const uint8_t* top, const uint8_t* bottom, uint32_t weight, uint8_t* out, uint32_t bytes) {
   const int whole = static_cast<int>(bytes & ~15u);
   if (weight == 0) {
     walk_exact(whole, [&]<class V>(int x) { storeu(out + x, loadu<V>(top + x)); });
@@ -219,12 +164,13 @@ void blend_lines(const uint8_t* top, const uint8_t* bottom, uint32_t weight, uin
              blend_rows(loadu<V>(top + x), loadu<V>(bottom + x), set16<V>(static_cast<int>(weight))));
     });
   }
-  for (uint32_t x = static_cast<uint32_t>(whole); x < bytes; ++x) out[x] = blend(top[x], bottom[x], weight);
+  for (uint32_t x = static_cast<uint32_t>(whole); x < bytes; ++x)
+    out[x] = blend_one(top[x], bottom[x], weight);
 }
 
 }  // namespace
 
 extern const scaler_kernels scaler_table;
-const scaler_kernels scaler_table = {planar_prepare, planar_line, packed_line, blend_lines};
+const scaler_kernels scaler_table = {prepare, line, split, join, blend};
 
 }  // namespace ppl::PPL_LEVEL

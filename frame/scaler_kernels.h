@@ -8,7 +8,7 @@ namespace ppl {
 // Where the outputs of a line come from: the same for every row of a plane, so it is worked out once.
 struct scaler_columns {
   uint32_t step;    // of the positions, 12.20
-  uint32_t count;   // outputs of a line: whole groups of 16 bytes (planar) or of 32 pixels (packed)
+  uint32_t count;   // outputs of a line, a multiple of 16
   uint32_t limit;   // the right neighbour of sample x is x + 1 below this, else x itself
   uint32_t plain;   // outputs 0 .. plain - 1 come in ascending order from below the limit
   uint8_t* memory;  // for tables, at a multiple of 64
@@ -17,14 +17,16 @@ struct scaler_columns {
 };
 
 struct scaler_kernels {
-  // Fills the tables of a planar line where this level has a use for them, they fit and the step allows it.
-  void (*planar_prepare)(scaler_columns&);
-  // Horizontal passes. They read up to 16 bytes behind the last sample that they use.
-  void (*planar_line)(const scaler_columns&, const uint8_t* row, uint8_t* line);
-  void (*packed_line)(const scaler_columns&, const uint8_t* row, uint8_t* line);
-  // out = blend(top, bottom, weight) for exactly `bytes` bytes; lines are read in whole groups of 16.
-  void (*blend_lines)(const uint8_t* top, const uint8_t* bottom, uint32_t weight, uint8_t* out,
-                      uint32_t bytes);
+  // Fills the tables of a line where this level has a use for them, they fit and the step allows it.
+  void (*prepare)(scaler_columns&);
+  // Horizontal pass of one plane: outputs first .. first + count - 1, both multiples of 16. Reads up to 16 bytes
+  // behind the last sample that it uses.
+  void (*line)(const scaler_columns&, const uint8_t* row, uint8_t* line, uint32_t first, uint32_t count);
+  // YUYV to planes and back; a multiple of 32 pixels.
+  void (*split)(const uint8_t* row, uint8_t* y, uint8_t* u, uint8_t* v, uint32_t pixels);
+  void (*join)(uint8_t* line, const uint8_t* y, const uint8_t* u, const uint8_t* v, uint32_t pixels);
+  // Vertical pass: out = blend(top, bottom, weight) for exactly `bytes` bytes.
+  void (*blend)(const uint8_t* top, const uint8_t* bottom, uint32_t weight, uint8_t* out, uint32_t bytes);
 };
 
 }  // namespace ppl

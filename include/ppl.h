@@ -101,11 +101,51 @@ PPL_API uint8_t ppl_free(ppl_context *);
  * it ends with the lens correction's reset, which has no table to fill. */
 PPL_API uint8_t ppl_reset_all_controls(ppl_context *);
 
-/* Geometry */
+/* ---- Geometry ------------------------------------------------------------------------------------------------------
+ *
+ * Frame and conversion calls set the size themselves; these calls serve callers that want to know beforehand whether
+ * a size is taken, and drivers of the interlaced conversions. */
+
+/* Size of the input in samples and rows, stride in bytes. True if width is at most 2036, height and stride are at
+ * most 2048; otherwise false and nothing changes. The output size follows by the decimation in force. Black lines are
+ * NOT added to it: their counts stay, but count again only after the next change by ppl_set_decimation. */
 PPL_API uint8_t ppl_new_frame_size(ppl_context *, uint32_t width, uint32_t height, uint32_t stride);
+
+/* Size, decimation and black lines in one call, with the input width as stride. With `validate` zero: decimation and
+ * black lines 0, any input size that ppl_new_frame_size takes, and the output size given is not looked at. Otherwise
+ * the combination must be one of these, or the call answers false and nothing changes:
+ *
+ *   input                     output                         decimation   black lines
+ *   320 x 240                 160 x 120                      1            none
+ *   320 x 240                 320 x 240                      0            none
+ *   480 x 480                 480 x 480, 480 x 576           0            as many as the output is higher
+ *   480 x 576                 480 x 576                      0            none
+ *   640 x 480                 160 x 120                      2            none
+ *   640 x 480                 320 x 240                      1            none
+ *   640 x 480                 352 x 240, 352 x 288           0            none: the frame made is 640 x 480
+ *   640 x 480                 640 x 480                      0            none
+ *   640 x 480                 1280 x 960                     -1           none
+ *   704 x 480, 704 x 576      176 x any from height / 4 on   2            as many as the output is higher
+ *   704 x 480, 704 x 576      352 x any from height / 2 on   1            as many as the output is higher
+ *   704 x 480, 704 x 576      704 x any from height on       0            as many as the output is higher
+ *   720 x 480, 720 x 576      720 x any from height on       0            as many as the output is higher
+ *   1280 x 1024               1280 x 1024                    0            none
+ *
+ * Of the black lines half, rounded down, stand above the picture. Called twice with the same black lines, the second
+ * call loses them from the output height: reset the decimation between the two. */
 PPL_API uint8_t ppl_new_frame_sizes(ppl_context *, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height, uint8_t validate);
+
+/* Output size: 0 as the input, 1 half and 2 a quarter of its width and height, -1 twice; and rows that the interlaced
+ * conversions draw black above and below the picture. Default 0, 0, 0. A decimation beyond -1 to 2: false, nothing
+ * changes. The counts are not tested: a negative one draws nothing but lowers the output height, and heights wrap in
+ * 32 bits; an output of no height has no bytes. If all three stand already, the call answers true and does nothing:
+ * lines that a change of size has dropped from the output height stay dropped. */
 PPL_API uint8_t ppl_set_decimation(ppl_context *, int32_t decimation, int32_t top_black_lines, int32_t bottom_black_lines);
+
+/* All three to 0; without effect if they are. No result. */
 PPL_API void ppl_reset_decimation(ppl_context *);
+
+/* As they stand. */
 PPL_API int32_t ppl_decimation(const ppl_context *);
 PPL_API int32_t ppl_decimation_top_black_lines(const ppl_context *);
 PPL_API int32_t ppl_decimation_bottom_black_lines(const ppl_context *);
@@ -227,29 +267,65 @@ PPL_API uint8_t BaylorToRGB32MMX_intp_1_2_stride(ppl_context *, uint8_t *source,
 PPL_API uint8_t BaylorToRGB32MMX_intp_1_4_stride(ppl_context *, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
 PPL_API uint8_t BaylorToRGB32MMX_scaling_stride(ppl_context *, uint8_t *source, uint32_t width, uint32_t height, uint32_t stride, uint8_t *destination, uint32_t out_width, uint32_t out_height, uint8_t *scratch);
 
-/* Frame behaviour */
+/* ---- Frame behaviour -------------------------------------------------------------------------------------------- */
+
+/* Which reconstruction a Bayer frame goes through, 0 to 15; see the Bayer frame calls. Default 15. Above 15: false,
+ * not stored. */
 PPL_API uint32_t ppl_quality(const ppl_context *);
 PPL_API uint8_t ppl_set_quality(ppl_context *, uint32_t quality);
 PPL_API uint8_t ppl_reset_quality(ppl_context *);
+
+/* Whether frames gather statistics: on if not 0, and read back as it was set. Default 1. Always true. Off, the sums
+ * of a frame stay 0, and the frame takes less time. */
 PPL_API uint8_t ppl_mean_collection(const ppl_context *);
 PPL_API uint8_t ppl_set_mean_collection(ppl_context *, uint8_t value);
 PPL_API uint8_t ppl_reset_mean_collection(ppl_context *);
+
+/* If not 0, frame calls convert nothing: the output stays untouched, the frame is not counted, the statistics of a
+ * Bayer call come out as zeros, the answer is true. Read back as it was set. Default 0. Always true. */
 PPL_API uint8_t ppl_P3_only(const ppl_context *);
 PPL_API uint8_t ppl_set_P3_only(ppl_context *, uint8_t value);
 PPL_API uint8_t ppl_reset_P3_only(ppl_context *);
+
+/* The setter answers true for the codes 0x5754, 0x5948, 0x42564F and 0x7544F4D, false for any other. It stores
+ * nothing, and nothing depends on it: the getter gives 0. */
 PPL_API uint32_t ppl_sensor_type(const ppl_context *);
 PPL_API uint8_t ppl_set_sensor_type(ppl_context *, uint32_t code);
+
+/* Mirror the picture left to right, top to bottom: on if not 0, and read back as set. Default 0. Always true. In
+ * force from the next frame on. They reach Bayer frames of all qualities but the raw ones; of the conversions, YUYV,
+ * UYVY and the 12-bit layout to I420 (see there). */
 PPL_API uint8_t ppl_h_mirror(const ppl_context *);
 PPL_API uint8_t ppl_set_h_mirror(ppl_context *, uint8_t value);
 PPL_API uint8_t ppl_v_mirror(const ppl_context *);
 PPL_API uint8_t ppl_set_v_mirror(ppl_context *, uint8_t value);
 PPL_API uint8_t ppl_reset_mirrors(ppl_context *);
+
+/* Frames that calls on this slot have converted or counted, of all kinds. Counts on over ppl_free and ppl_init, and
+ * is never reset. */
 PPL_API uint32_t ppl_n_frame(const ppl_context *);
 
-/* Sensor front end */
+/* ---- Sensor front end ----------------------------------------------------------------------------------------------
+ *
+ * What happens to a sample of the mosaic before colours are formed, in this order: lens correction, green balance
+ * (both under Correction controls), black level, gain, delta, tone curve (under Picture controls). Qualities 4 and 9
+ * take no part in any of it.
+ *
+ *   x = max(sample - black, 0);  v = clamp(((x * (gain >> 3)) >> 5) + delta, 0, 255);  out = rgb_gamma_table[v]
+ *
+ * Setters here store first and test then: a refused value answers false and is what the getter gives, while frames go
+ * on with what was in force before. A setter of one colour tests that colour alone but rebuilds the row it lies in
+ * from the stored values of both colours of the row, so that a value refused earlier can come into force through its
+ * partner; the setters of all three test all three before anything comes into force. */
+
+/* Black level of the four sites of the mosaic, in sample steps, subtracted stopping at 0. Each 0 to 255; default 0.
+ * The getter skips null pointers. */
 PPL_API void ppl_optical_black_b_gb_gr_r(const ppl_context *, uint32_t *b, uint32_t *gb, uint32_t *gr, uint32_t *r);
 PPL_API uint8_t ppl_set_optical_black_b_gb_gr_r(ppl_context *, uint32_t b, uint32_t gb, uint32_t gr, uint32_t r);
 PPL_API uint8_t ppl_reset_optical_black_b_gb_gr_r(ppl_context *);
+
+/* Tables of 256 bytes kept for the caller; no frame reads them. Default: table[i] = i. The copies take effect and
+ * ALWAYS ANSWER FALSE; the reset answers true. */
 PPL_API const uint8_t *ppl_r_dekneel_table(const ppl_context *);
 PPL_API const uint8_t *ppl_g_dekneel_table(const ppl_context *);
 PPL_API const uint8_t *ppl_b_dekneel_table(const ppl_context *);
@@ -257,6 +333,9 @@ PPL_API uint8_t ppl_copy_r_dekneel_table(ppl_context *, const uint8_t *table);
 PPL_API uint8_t ppl_copy_g_dekneel_table(ppl_context *, const uint8_t *table);
 PPL_API uint8_t ppl_copy_b_dekneel_table(ppl_context *, const uint8_t *table);
 PPL_API uint8_t ppl_reset_rgb_dekneel_table(ppl_context *);
+
+/* Added behind the gain, in sample steps. Each -32768 to 32767; default 0. Otherwise false, stored, not in force.
+ * Gain and delta add in 16 bits, wrapping, before the sum is clamped. */
 PPL_API int32_t ppl_r_delta(const ppl_context *);
 PPL_API int32_t ppl_g_delta(const ppl_context *);
 PPL_API int32_t ppl_b_delta(const ppl_context *);
@@ -265,6 +344,9 @@ PPL_API uint8_t ppl_set_r_delta(ppl_context *, int32_t value);
 PPL_API uint8_t ppl_set_g_delta(ppl_context *, int32_t value);
 PPL_API uint8_t ppl_set_b_delta(ppl_context *, int32_t value);
 PPL_API uint8_t ppl_reset_rgb_delta(ppl_context *);
+
+/* White balance, 8.8: 256 is 1.0. Each 0 to 2047 (just below 8.0), effective in steps of 8; default 256. Otherwise
+ * false, stored, not in force. */
 PPL_API uint32_t ppl_nf88_r_gain(const ppl_context *);
 PPL_API uint32_t ppl_nf88_g_gain(const ppl_context *);
 PPL_API uint32_t ppl_nf88_b_gain(const ppl_context *);
@@ -273,6 +355,9 @@ PPL_API uint8_t ppl_set_r_gain(ppl_context *, uint32_t value);
 PPL_API uint8_t ppl_set_g_gain(ppl_context *, uint32_t value);
 PPL_API uint8_t ppl_set_b_gain(ppl_context *, uint32_t value);
 PPL_API uint8_t ppl_reset_rgb_gain(ppl_context *);
+
+/* Kept for the caller, 8.8; no frame reads them. Default 256. The four setters ALWAYS ANSWER FALSE and always store;
+ * the reset answers true. */
 PPL_API uint32_t ppl_nf88_quals_r_gain(const ppl_context *);
 PPL_API uint32_t ppl_nf88_quals_g_gain(const ppl_context *);
 PPL_API uint32_t ppl_nf88_quals_b_gain(const ppl_context *);
@@ -281,30 +366,67 @@ PPL_API uint8_t ppl_set_quals_r_gain(ppl_context *, uint32_t value);
 PPL_API uint8_t ppl_set_quals_g_gain(ppl_context *, uint32_t value);
 PPL_API uint8_t ppl_set_quals_b_gain(ppl_context *, uint32_t value);
 PPL_API uint8_t ppl_reset_quals_rgb_gain(ppl_context *);
+
+/* The matrix that takes the sensor's R, G, B to R, G, B, nine words row by row, 8.8. Default: 389, -15, -120; -118,
+ * 509, -137; -19, -229, 503. Any values; true. Multiplied with saturation, hue and contrast into the one matrix that
+ * a frame applies; products wrap in 32 bits, and coefficients reach a frame with 6 fraction bits in 16 bits, so keep
+ * the rows small: within a few times 256. A null pointer of the getter is skipped. */
 PPL_API void ppl_sensor_matrix(const ppl_context *, int32_t *nine_words);
 PPL_API uint8_t ppl_copy_sensor_matrix(ppl_context *, const int32_t *nine_words);
 PPL_API uint8_t ppl_reset_sensor_matrix(ppl_context *);
+
+/* Kept for the caller; nothing reads it. Default 12. Any value; true. */
 PPL_API uint32_t ppl_sensor_matrix_index_upper_bound(const ppl_context *);
 PPL_API uint8_t ppl_set_sensor_matrix_index_upper_bound(ppl_context *, uint32_t value);
 PPL_API uint8_t ppl_reset_sensor_matrix_index_upper_bound(ppl_context *);
 
-/* Medium filter */
+/* ---- Medium filter -------------------------------------------------------------------------------------------------
+ *
+ * Replaces hot and dead samples of the mosaic. It acts in qualities 0, 1 and 2, and there not in the outermost 16
+ * columns and two rows (at the top of quality 1 four). With `sum` that of the four nearest samples of the same
+ * colour:
+ *
+ *   hot     sample > max((sum * (hot percentage >> 2)) >> 6, hot threshold)
+ *   dead    sample < min((sum * (dead percentage >> 2)) >> 6, dead threshold)
+ *
+ * and such a sample becomes the second smallest of the four. All values are stored and then tested: a refused one
+ * answers false and is what the getter gives, while frames go on with the one before. */
+
+/* Off by default. Always true. The reset brings the whole family back, thresholds and percentages too. */
 PPL_API uint8_t ppl_medium_filter_enabled(const ppl_context *);
 PPL_API uint8_t ppl_enable_medium_filter(ppl_context *);
 PPL_API uint8_t ppl_disable_medium_filter(ppl_context *);
 PPL_API uint8_t ppl_reset_medium_filter(ppl_context *);
+
+/* NOT part of this filter: the horizontal threshold of the noise filter of quality 15, in luma steps; the vertical
+ * one is ppl_edge_threshold. A pixel whose left and right neighbours differ by less than this, and whose upper and
+ * lower ones differ by less than that, becomes the mean of the middle two of the four. -32768 to 32767; default 24. 0
+ * or less turns the noise filter off. */
 PPL_API int32_t ppl_medium_filter_diff_threshold(const ppl_context *);
 PPL_API uint8_t ppl_set_medium_filter_diff_threshold(ppl_context *, int32_t value);
+
+/* In sample steps, -32768 to 32767. Defaults 240 and 16. */
 PPL_API int32_t ppl_medium_filter_hot_pixel_threshold(const ppl_context *);
 PPL_API uint8_t ppl_set_medium_filter_hot_pixel_threshold(ppl_context *, int32_t value);
 PPL_API int32_t ppl_medium_filter_dead_pixel_threshold(const ppl_context *);
 PPL_API uint8_t ppl_set_medium_filter_dead_pixel_threshold(ppl_context *, int32_t value);
+
+/* Share of the SUM of the four neighbours, 8.8, so that 64 is their mean: defaults 80 (1.25 times the mean) and 48
+ * (0.75). -65536 to 65535, effective in steps of 4; keep to 0 to 256, beyond which the product may leave 16 bits. */
 PPL_API int32_t ppl_nf88_medium_filter_hot_pixel_threshold_percentage(const ppl_context *);
 PPL_API uint8_t ppl_set_nf88_medium_filter_hot_pixel_threshold_percentage(ppl_context *, int32_t value);
 PPL_API int32_t ppl_nf88_medium_filter_dead_pixel_threshold_percentage(const ppl_context *);
 PPL_API uint8_t ppl_set_nf88_medium_filter_dead_pixel_threshold_percentage(ppl_context *, int32_t value);
 
-/* Quality ranges */
+/* ---- Quality ranges ------------------------------------------------------------------------------------------------
+ *
+ * Which 2 x 2 cells of the mosaic (B, Gb over Gr, R) count in the qualified means, ppl_qual_rgb_means_whole_frame,
+ * and the histograms: those whose samples, behind the black level and before the gain, lie in all seven ranges. Both
+ * ends belong to a range. */
+
+/* Differences B - Gb and Gr - R, default -25 to 25, and their sum and difference, default -30 to 30. A minimum above
+ * the maximum: false, nothing stored. A minimum below -32767 or a maximum above 32766: false, stored, but the range
+ * in force stays. */
 PPL_API int32_t ppl_qual_BmGb_min(const ppl_context *);
 PPL_API int32_t ppl_qual_BmGb_max(const ppl_context *);
 PPL_API uint8_t ppl_set_qual_BmGb_min_max(ppl_context *, int32_t minimum, int32_t maximum);
@@ -317,6 +439,10 @@ PPL_API uint8_t ppl_set_qual_BmGb_p_GrmR_min_max(ppl_context *, int32_t minimum,
 PPL_API int32_t ppl_qual_BmGb_m_GrmR_min(const ppl_context *);
 PPL_API int32_t ppl_qual_BmGb_m_GrmR_max(const ppl_context *);
 PPL_API uint8_t ppl_set_qual_BmGb_m_GrmR_min_max(ppl_context *, int32_t minimum, int32_t maximum);
+
+/* The samples themselves; the range of G holds for both greens. Within 0 to 255, minimum not above maximum; otherwise
+ * false, nothing stored. Default 0 to 255. The call for all three stores all or none. The reset brings all seven
+ * ranges back. */
 PPL_API int32_t ppl_qual_R_min(const ppl_context *);
 PPL_API int32_t ppl_qual_R_max(const ppl_context *);
 PPL_API uint8_t ppl_set_qual_R_min_max(ppl_context *, int32_t minimum, int32_t maximum);
@@ -326,23 +452,41 @@ PPL_API uint8_t ppl_set_qual_G_min_max(ppl_context *, int32_t minimum, int32_t m
 PPL_API int32_t ppl_qual_B_min(const ppl_context *);
 PPL_API int32_t ppl_qual_B_max(const ppl_context *);
 PPL_API uint8_t ppl_set_qual_B_min_max(ppl_context *, int32_t minimum, int32_t maximum);
+PPL_API uint8_t ppl_set_qual_RGB_min_max(ppl_context *, int32_t r_min, int32_t r_max, int32_t g_min, int32_t g_max, int32_t b_min, int32_t b_max);
+PPL_API uint8_t ppl_reset_qual_min_max(ppl_context *);
+
+/* For exposure, ppl_qAE_rgb_means_whole_frame: behind the gain, a cell is left out if all four samples lie below the
+ * minimum, or all four above the maximum. At 0 and at 255 that end rejects nothing. Within 0 to 255, minimum not
+ * above maximum; otherwise false, nothing stored. Default 0 to 255. */
 PPL_API int32_t ppl_qAE_RGB_min(const ppl_context *);
 PPL_API int32_t ppl_qAE_RGB_max(const ppl_context *);
 PPL_API uint8_t ppl_set_qAE_RGB_min_max(ppl_context *, int32_t minimum, int32_t maximum);
-PPL_API uint8_t ppl_set_qual_RGB_min_max(ppl_context *, int32_t r_min, int32_t r_max, int32_t g_min, int32_t g_max, int32_t b_min, int32_t b_max);
-PPL_API uint8_t ppl_reset_qual_min_max(ppl_context *);
 PPL_API uint8_t ppl_reset_qAE_min_max(ppl_context *);
 
-/* Filter thresholds */
+/* ---- Filter thresholds ---------------------------------------------------------------------------------------------
+ *
+ * These setters test first: above the limit the answer is false and nothing is stored. Limits are the largest sums of
+ * samples that a threshold is compared with. */
+
+/* Sharpening in qualities 0, 10, 12 and 15, in steps of e = 4 * luma - the four neighbours: pixels with threshold <
+ * |e| < threshold2 gain e * factor. Below the first they count as noise (and in quality 15 the noise filter takes its
+ * vertical threshold from it), above the second as sharp enough. 0 to 1530 each; defaults 100 and 1530. A threshold
+ * above 1020 turns the sharpening off. Quality 12 sharpens the mosaic by a gradient of its own with the same three
+ * controls. */
 PPL_API uint32_t ppl_edge_threshold(const ppl_context *);
 PPL_API uint8_t ppl_set_edge_threshold(ppl_context *, uint32_t value);
 PPL_API uint8_t ppl_reset_edge_threshold(ppl_context *);
 PPL_API uint32_t ppl_edge_threshold2(const ppl_context *);
 PPL_API uint8_t ppl_set_edge_threshold2(ppl_context *, uint32_t value);
 PPL_API uint8_t ppl_reset_edge_threshold2(ppl_context *);
+
+/* 8.8, 0 to 256 (1.0), effective in steps of 8; default 32, an eighth of e. Below 8 nothing is sharpened. */
 PPL_API uint32_t ppl_nf88_edge_enhance_factor(const ppl_context *);
 PPL_API uint8_t ppl_set_nf88_edge_enhance_factor(ppl_context *, uint32_t value);
 PPL_API uint8_t ppl_reset_nf88_edge_enhance_factor(ppl_context *);
+
+/* Kept for the caller; no frame reads them. Limits 3060, 2040, 2040; defaults 60, 40, 40. The noise filter of quality
+ * 15 goes by ppl_edge_threshold and ppl_medium_filter_diff_threshold. */
 PPL_API uint32_t ppl_noise_filter_G_12T_threshold(const ppl_context *);
 PPL_API uint8_t ppl_set_noise_filter_G_12T_threshold(ppl_context *, uint32_t value);
 PPL_API uint8_t ppl_reset_noise_filter_G_12T_threshold(ppl_context *);
@@ -352,54 +496,112 @@ PPL_API uint8_t ppl_reset_noise_filter_R_8T_threshold(ppl_context *);
 PPL_API uint32_t ppl_noise_filter_B_8T_threshold(const ppl_context *);
 PPL_API uint8_t ppl_set_noise_filter_B_8T_threshold(ppl_context *, uint32_t value);
 PPL_API uint8_t ppl_reset_noise_filter_B_8T_threshold(ppl_context *);
+
+/* Flat areas in qualities 10 and 11: a pair of columns is flat if none of the twelve differences between neighbouring
+ * greens around it is above this, in sample steps. 0 to 255; default 10. */
 PPL_API uint32_t ppl_CFA_T0_threshold(const ppl_context *);
 PPL_API uint8_t ppl_set_CFA_T0_threshold(ppl_context *, uint32_t value);
 PPL_API uint8_t ppl_reset_CFA_T0_threshold(ppl_context *);
+
+/* Edges in qualities 0, 1, 10 and 11: a missing green is taken along an edge, not from all sides, where the green
+ * gradient is above this in one direction and below it in the other. 0 to 63; default 15. */
 PPL_API uint32_t ppl_CFA_T1_threshold(const ppl_context *);
 PPL_API uint8_t ppl_set_CFA_T1_threshold(ppl_context *, uint32_t value);
 PPL_API uint8_t ppl_reset_CFA_T1_threshold(ppl_context *);
+
+/* Motion in the interlaced conversions (not the _no_motion forms): how much the chroma of three neighbouring pixels
+ * may have changed unequally between the earlier and the later field before it counts as motion. 0 to 765; default
+ * 50. */
 PPL_API uint32_t ppl_intl_3T_threshold(const ppl_context *);
 PPL_API uint8_t ppl_set_intl_3T_threshold(ppl_context *, uint32_t value);
 PPL_API uint8_t ppl_reset_intl_3T_threshold(ppl_context *);
 
-/* Picture controls */
+/* ---- Picture controls ----------------------------------------------------------------------------------------------
+ *
+ * They act on Bayer frames, raw ones excepted. Setters rebuild matrices and tables at once, in a few microseconds; a
+ * frame only loads them. Tables that a getter points to are part of the context and change with the next setter. */
+
+/* Saturation, 8.8: 0 grey, 256 as the sensor sees it, 512 at most; and hue in degrees, any number, stored as 0 to
+ * 359. A saturation above 512: false, nothing stored. Setting one keeps the other. Defaults 256 and 0. */
 PPL_API uint32_t ppl_nf88_sat(const ppl_context *);
 PPL_API int32_t ppl_hue_degree(const ppl_context *);
 PPL_API uint8_t ppl_set_sat(ppl_context *, uint32_t nf88_sat);
 PPL_API uint8_t ppl_set_hue(ppl_context *, int32_t hue_degree);
 PPL_API uint8_t ppl_set_sat_hue(ppl_context *, uint32_t nf88_sat, int32_t hue_degree);
 PPL_API uint8_t ppl_reset_sat_hue(ppl_context *);
+
+/* Tables of 256 bytes: the contrast curve, and each gamma table seen through it: yuv_contrast_gamma[i] =
+ * yuv_gamma[contrast[i]], likewise RGB. Frames read two tables: rgb_gamma in the front end of every quality but 13,
+ * and yuv_contrast_gamma in that of quality 13. */
 PPL_API const uint8_t *ppl_contrast_table(const ppl_context *);
 PPL_API const uint8_t *ppl_yuv_contrast_gamma_table(const ppl_context *);
 PPL_API const uint8_t *ppl_rgb_contrast_gamma_table(const ppl_context *);
 PPL_API const uint8_t *ppl_yuv_gamma_table(const ppl_context *);
 PPL_API const uint8_t *ppl_rgb_gamma_table(const ppl_context *);
+
+/* The contrast curve through (0, 0), (x, y), (255 - x, 255 - y), (255, 255); with x = 0 the straight line from (0, y)
+ * to (255, 255 - y). x 0 to 127, above that false, nothing stored; y is not tested. Default 0, 0, the identity.
+ * Reaches the three tables above, not the contrast gain. */
 PPL_API uint8_t ppl_set_contrast_xy(ppl_context *, uint32_t x, uint32_t y);
+
+/* Contrast as a user knows it, -127 to 127; beyond that false, nothing stored or written. Sets the curve, x = c for c
+ * >= 0 or y = -c below, and tells x and y through the pointers, each of which may be null. Sets as well the contrast
+ * gain, by which luma turns about mid-grey in the colour matrices: 1 + c / 128 upward, 1 + c / 256 downward. */
 PPL_API uint8_t ppl_set_contrast_c(ppl_context *, int32_t c, uint32_t *out_x, uint32_t *out_y);
+
+/* A contrast curve of the caller's, 256 bytes; true. The contrast gain stays. */
 PPL_API uint8_t ppl_copy_contrast_table(ppl_context *, const uint8_t *table);
+
+/* Contrast 0, the identity; true. */
 PPL_API uint8_t ppl_reset_contrast(ppl_context *);
+
+/* Copies a table of the context to 256 bytes of the caller's; true. A null pointer is skipped. */
 PPL_API uint8_t ppl_get_yuv_gamma_table(const ppl_context *, uint8_t *table);
 PPL_API uint8_t ppl_get_rgb_gamma_table(const ppl_context *, uint8_t *table);
+
+/* A tone curve of the caller's, 256 bytes; true. Its exponent is not known: ppl_nf20_12_gamma gives 0 from then on.
+ * */
 PPL_API uint8_t ppl_copy_yuv_gamma_table(ppl_context *, const uint8_t *table);
 PPL_API uint8_t ppl_copy_rgb_gamma_table(ppl_context *, const uint8_t *table);
+
+/* The exponent of the tone curve, 20.12 (1843 by default, which is 0.45). The pointers, each of which may be null,
+ * receive 0 (the index is not kept), -32 and 32. */
 PPL_API int32_t ppl_nf20_12_gamma(const ppl_context *, int32_t *out_index, int32_t *out_min, int32_t *out_max);
+
+/* One of the 65 tone curves, -32 (darkest, exponent 2.02) over 0 (0.45) to 32 (brightest, 0.10), as YUV and as RGB
+ * gamma table. Beyond that: false, nothing changes. Default 0. */
 PPL_API uint8_t ppl_set_gamma(ppl_context *, int32_t index);
 PPL_API uint8_t ppl_reset_gamma(ppl_context *);
+
+/* The 65 curves themselves, 65 * 256 = 16640 bytes, curve -32 first: in full range, which ppl_set_gamma takes its
+ * curves from, and in studio range (16 to 235), which is only kept. The get forms copy them out, the copy forms
+ * REPLACE THEM FOR ALL CONTEXTS of the process; tables already in a context stay. Always true. Not guarded: no other
+ * context may take a gamma meanwhile. A null pointer of a get form is skipped. */
 PPL_API uint8_t ppl_get_gamma_tables65x256(const ppl_context *, uint8_t *tables);
 PPL_API uint8_t ppl_copy_gamma_tables65x256(ppl_context *, const uint8_t *tables);
 PPL_API uint8_t ppl_get_gamma_tables65x256_16_235(const ppl_context *, uint8_t *tables);
 PPL_API uint8_t ppl_copy_gamma_tables65x256_16_235(ppl_context *, const uint8_t *tables);
 
-/* Correction controls */
+/* ---- Correction controls ---------------------------------------------------------------------------------------- */
+
+/* Green balance: where the two greens of a 2 x 2 cell differ by less than the threshold, both become their rounded
+ * mean. Behind the lens correction, before the black level. Off by default; the flag's calls always answer true.
+ * Threshold in sample steps, -32768 to 32767, default 10; otherwise false, stored, the one in force stays. The reset
+ * brings both back. */
 PPL_API uint8_t ppl_GbGr_correction_enabled(const ppl_context *);
 PPL_API uint8_t ppl_enable_GbGr_correction(ppl_context *);
 PPL_API uint8_t ppl_disable_GbGr_correction(ppl_context *);
 PPL_API int32_t ppl_GbGr_correction_diff_threshold(const ppl_context *);
 PPL_API uint8_t ppl_set_GbGr_correction_diff_threshold(ppl_context *, int32_t value);
 PPL_API uint8_t ppl_reset_GbGr_correction(ppl_context *);
+
+/* Lens shading: every sample is multiplied with a factor from the table, 8192 for 1.0, and clamped to 255. Off by
+ * default; the flag's calls always answer true and leave the table alone. Enabled without a table it does nothing. */
 PPL_API uint8_t ppl_lens_correction_enabled(const ppl_context *);
 PPL_API uint8_t ppl_enable_lens_correction(ppl_context *);
 PPL_API uint8_t ppl_disable_lens_correction(ppl_context *);
+
+/* As given to ppl_set_lens_correction last, accepted or not; the table is null if none was accepted. */
 PPL_API int32_t ppl_lens_correction_width(const ppl_context *);
 PPL_API int32_t ppl_lens_correction_height(const ppl_context *);
 PPL_API int32_t ppl_lens_correction_origin_x(const ppl_context *);
@@ -409,24 +611,76 @@ PPL_API int32_t ppl_lens_correction_f1_rshift_count(const ppl_context *);
 PPL_API int32_t ppl_lens_correction_f2(const ppl_context *);
 PPL_API int32_t ppl_lens_correction_f2_rshift_count(const ppl_context *);
 PPL_API uint16_t *ppl_lens_correction_table(const ppl_context *);
+
+/* Fills a table of the caller's and holds on to it. With r the squared distance from the optical centre in samples,
+ * the factor is
+ *
+ *   1 + f1 * r / 2^f1_rshift_count - f2 * r * r / 2^f2_rshift_count
+ *
+ *   width, height        of the frames to come, in samples and rows (width is the table's, too)
+ *   origin_x, origin_y   the optical centre, column and row
+ *   table                uint16_t, `width` entries a row, one row for every distance in rows from the centre:
+ *                        max(origin_y, height - origin_y) + 1 of them. At a multiple of 2 bytes. IT MUST STAY VALID
+ *                        until another call of this function, or a reset, drops it.
+ *   table_size           in BYTES: at least 2 * width * rows
+ *   ..._rshift_count     13 or more
+ *
+ * True if the table was filled. Null or too small: false, no table is in force; the other values are stored. The
+ * default is 640, 480, 320, 240, no table, 16, 24, 16, 44. A change of the frame's size does not rebuild the table:
+ * frames of other sizes find the rows and columns that they ask for, and 1.0 where the table has none. */
 PPL_API uint8_t ppl_set_lens_correction(ppl_context *, int32_t width, int32_t height, int32_t origin_x, int32_t origin_y, uint16_t *table, int32_t table_size, int32_t f1, int32_t f1_rshift_count, int32_t f2, int32_t f2_rshift_count);
+
+/* Flag off, default values, no table. ALWAYS FALSE, for want of a table. */
 PPL_API uint8_t ppl_reset_lens_correction(ppl_context *);
 
-/* Statistics */
+/* ---- Statistics ----------------------------------------------------------------------------------------------------
+ *
+ * Of the last Bayer frame on this context: valid from the end of its call until the next Bayer frame call, whatever
+ * controls are set between. Conversions leave them alone. A frame call that was left out (see there), a frame without
+ * ppl_mean_collection, and qualities that only count or are raw give zeros.
+ *
+ * Means are three words, R, G, B, in units of 1/256 of a sample step; qualified means are taken before the gain, all
+ * others behind it (from half of the cells behind the tone curve too). Two columns of every four are looked at in
+ * every second row pair, not near the frame's edges in most qualities, and the sums are scaled up to the frame.
+ *
+ * The frame is divided into 8 x 6 cells from its top left corner, each (width / 16 / 8) tiles of 16 columns wide and
+ * (height / 2 / 6) row pairs high; what the divisions leave over is outside. Below 128 columns or 12 rows all is
+ * outside. Qualities 3 and 13 fill neither cells nor outside, 13 has the mean of the frame alone. */
+
+/* 48; writes 8 and 6. Null pointers are skipped. */
 PPL_API uint32_t ppl_n_sub_windows(const ppl_context *, uint32_t *out_columns, uint32_t *out_rows);
+
+/* The means of the 48 cells, row by row, three words each: cell = 8 * row + column. */
 PPL_API const uint32_t *ppl_rgb_means_sub_windows(const ppl_context *);
+
+/* What lies outside, its sum divided as if it were one cell: a mean only if it has a cell's size. */
 PPL_API const uint32_t *ppl_rgb_means_outside_all_sub_windows(const ppl_context *);
+
+/* The mean of the 48 cells (a hair low: times 341 / 16384). */
 PPL_API const uint32_t *ppl_rgb_means_all_sub_windows(const ppl_context *);
+
+/* The mean of the frame. */
 PPL_API const uint32_t *ppl_rgb_means_whole_frame(const ppl_context *);
+
+/* Centre-weighted means, worked out by the call: of the four central cells alone; and of all cells, those next to the
+ * edge counting 1, the 20 further in 2, the four central ones 4, 8 and 16. While the control ppl_quality is 3 they
+ * give the mean of the frame. Each of the four has ONE RESULT FOR ALL CONTEXTS, which its next call overwrites. */
 PPL_API const uint32_t *ppl_rgb_means_whole_frame_4pts(const ppl_context *);
 PPL_API const uint32_t *ppl_rgb_means_whole_frame_central4(const ppl_context *);
 PPL_API const uint32_t *ppl_rgb_means_whole_frame_central8(const ppl_context *);
 PPL_API const uint32_t *ppl_rgb_means_whole_frame_central16(const ppl_context *);
+
+/* The mean of the cells within ppl_set_qAE_RGB_min_max, and of those within the quality ranges; zeros if none is. */
 PPL_API const uint32_t *ppl_qAE_rgb_means_whole_frame(const ppl_context *);
 PPL_API const uint32_t *ppl_qual_rgb_means_whole_frame(const ppl_context *);
+
+/* 256 words each: how many cells have which mean over groups of eight cells, cells outside the quality ranges
+ * counting as black. Each group adds 8 to one bin of R and of B and twice 8 to G. Not scaled to the frame. */
 PPL_API const uint32_t *ppl_r_histogram(const ppl_context *);
 PPL_API const uint32_t *ppl_g_histogram(const ppl_context *);
 PPL_API const uint32_t *ppl_b_histogram(const ppl_context *);
+
+/* How many 2 x 2 cells of the frame passed, estimated from those that were looked at. */
 PPL_API uint32_t ppl_n_qAE_2x2_whole_frame(const ppl_context *);
 PPL_API uint32_t ppl_n_qual_2x2_whole_frame(const ppl_context *);
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <map>
@@ -178,7 +179,12 @@ class session {
     }
   }
 
-  int32_t odd_count() { return dice_.one_in(2) ? 0 : dice_.to(-5, 24); }
+  int32_t odd_count() {
+    constexpr int32_t absurd[] = {INT32_MAX, INT32_MAX - 40, INT32_MIN, INT32_MIN + 41,
+                                  1 << 30,   -(1 << 30),     1 << 22};
+    if (dice_.one_in(2)) return 0;
+    return dice_.one_in(12) ? dice_.of(absurd) : dice_.to(-5, 24);
+  }
   uint32_t odd_width() {
     return static_cast<uint32_t>(16 * (dice_.one_in(4) ? dice_.to(1, 3) : dice_.to(1, 24)));
   }
@@ -288,13 +294,14 @@ class session {
         address(at.earlier), address(at.kept), address(at.later), 64u + static_cast<uintptr_t>(at.output),
         sizes.in_width,      sizes.in_height,  sizes.out_width,   sizes.out_height};
     const ref::foresight f = ref::foresee(state_, c, call);
-    // A caller hands over a whole number of bytes and no absurd frame.
-    if (f.room > (int64_t{1} << 26)) return;
+    // What no caller hands over.
+    if (f.room > (int64_t{1} << 23)) return;
 
     const size_t picture_bytes = static_cast<size_t>(f.room);
     size_t source_bytes = 0;
-    if (f.reached == ref::reach::fall_back) {
-      source_bytes = size_t{sizes.out_width} * sizes.out_height;
+    const bool fills = c.output == ref::target::rgb24 || c.output == ref::target::rgb32;
+    if (f.reached == ref::reach::fall_back && !fills) {
+      source_bytes = sizes.out_width * sizes.out_height;  // in 32 bits
     } else if (f.reached == ref::reach::runs) {
       const auto pixels =
           static_cast<size_t>(f.after.frame_width) * static_cast<size_t>(f.after.frame_height);

@@ -5,6 +5,9 @@ target_include_directories(controls_test PRIVATE ${PPL_ROOT})
 target_compile_options(controls_test PRIVATE ${PPL_WARNINGS})
 target_compile_definitions(controls_test PRIVATE PPL_VECTORS="${CMAKE_CURRENT_SOURCE_DIR}/vectors")
 target_link_libraries(controls_test PRIVATE ppl_test GTest::gtest_main)
+if(PPL_SANITIZE)
+  target_compile_options(controls_test PRIVATE -fsanitize=address,undefined -fno-sanitize-recover=all)
+endif()
 gtest_discover_tests(controls_test)
 
 add_test(NAME exports COMMAND ${CMAKE_COMMAND} -DNM=${CMAKE_NM} -DLIBRARY=$<TARGET_FILE:ppl>

@@ -172,6 +172,38 @@ TEST_F(surface, a_frame_after_a_refused_gain_uses_the_old_one) {
   EXPECT_NE(luma(c), before);
 }
 
+std::vector<uint8_t> i420_of_noise(ppl_context* c) {
+  ctl::buffer source = ctl::noise_frame(640, 480, 6), out(640 * 480 * 3 / 2);
+  EXPECT_EQ(ppl_process_blrtoi420(c, source.data(), out.data(), 640, 480, 640), 1);
+  return out.copy();
+}
+
+TEST_F(surface, a_mirror_set_between_frames_turns_the_next_one) {
+  ppl_set_quality(c, 13);
+  const std::vector<uint8_t> plain = i420_of_noise(c);
+  ppl_set_h_mirror(c, 1);
+  const std::vector<uint8_t> mirrored = i420_of_noise(c);
+  ppl_set_v_mirror(c, 1);
+  const std::vector<uint8_t> turned = i420_of_noise(c);
+  for (size_t y = 0; y < 480; ++y) {
+    for (size_t x = 0; x < 640; ++x) {
+      ASSERT_EQ(mirrored[640 * y + x], plain[640 * y + 639 - x]);
+      ASSERT_EQ(turned[640 * y + x], plain[640 * (479 - y) + 639 - x]);
+    }
+  }
+  ppl_reset_mirrors(c);
+  EXPECT_EQ(i420_of_noise(c), plain);
+}
+
+TEST_F(surface, a_frame_without_saturation_is_grey) {
+  ppl_set_sat(c, 0);
+  for (uint32_t quality : {15u, 3u, 0u, 1u, 2u}) {
+    ppl_set_quality(c, quality);
+    const std::vector<uint8_t> picture = i420_of_noise(c);
+    for (size_t i = 640 * 480; i < picture.size(); ++i) ASSERT_EQ(picture[i], 128) << quality << " " << i;
+  }
+}
+
 TEST_F(surface, a_refused_delta_is_stored) {
   EXPECT_EQ(ppl_set_rgb_delta(c, -32768, 32767, 0), 1);
   EXPECT_EQ(ppl_set_rgb_delta(c, -32769, 1, 2), 0);

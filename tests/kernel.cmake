@@ -6,6 +6,7 @@
 #   <preset>.image            the image loaded into a Linux process
 #   <preset>.<test>           a test of the Linux library, run against the loaded image
 #   <preset>.wine             the capture driver example as a service under Wine
+#   kernel.sign               a signed image is still right
 #   kernel.checks             the checks find what they look for
 #
 # In the ordinary release build only: the others would test the same images again. Where a tool is missing, one
@@ -15,6 +16,7 @@ if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" 
 else()
   set(default OFF)
 endif()
+set(PPL_IMAGE_SHARE 0.3 CACHE STRING "Share of the usual number of random cases that the kernel image is put to")
 option(PPL_TEST_KERNEL "Build and test the kernel image" ${default})
 if(NOT PPL_TEST_KERNEL)
   return()
@@ -22,9 +24,10 @@ endif()
 
 set(here ${CMAKE_CURRENT_LIST_DIR}/kernel)
 
+# The reason stands in the name: ctest shows nothing else of a skipped test.
 function(ppl_skipped_test name reason)
-  add_test(NAME ${name} COMMAND ${CMAKE_COMMAND} -E echo "skipped: ${reason}")
-  set_tests_properties(${name} PROPERTIES SKIP_REGULAR_EXPRESSION "^skipped: ")
+  add_test(NAME "${name}: ${reason}" COMMAND ${CMAKE_COMMAND} -E echo "skipped: ${reason}")
+  set_tests_properties("${name}: ${reason}" PROPERTIES SKIP_REGULAR_EXPRESSION "^skipped: ")
 endfunction()
 
 find_package(Python3 COMPONENTS Interpreter)
@@ -46,7 +49,7 @@ foreach(tool PYTHON3_EXECUTABLE=python3 PPL_FOUND_MINGW=g++-mingw-w64-x86-64-win
     set(found ${${variable}})
   endif()
   if(NOT found)
-    ppl_skipped_test(kernel "the kernel image is neither built nor tested: ${package} is not installed")
+    ppl_skipped_test(kernel "${package} is not installed")
     return()
   endif()
 endforeach()
@@ -68,25 +71,14 @@ add_executable(kernel_image_test ${here}/image_test.cpp)
 target_link_libraries(kernel_image_test PRIVATE ppl_kernel_image GTest::gtest_main)
 target_compile_options(kernel_image_test PRIVATE ${PPL_WARNINGS})
 
-# The sources of a test of the Linux library, linked with the image instead.
+# The tests of the Linux library, the very objects, linked with the image instead.
 set(PPL_IMAGE_TESTS image_test)
-function(ppl_image_test name)
-  foreach(source IN LISTS ARGN)
-    if(NOT EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${source})
-      message(STATUS "kernel image: no ${source}, so no test ${name}")
-      return()
-    endif()
-  endforeach()
-  add_executable(kernel_${name} ${ARGN})
+foreach(name digests_bayer compare_bayer vectors_convert edges_convert compare_convert)
+  add_executable(kernel_${name} $<TARGET_OBJECTS:${name}>)
   target_link_libraries(kernel_${name} PRIVATE ppl_kernel_image ppl_reference GTest::gtest_main)
-  target_include_directories(kernel_${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
-  target_compile_definitions(kernel_${name} PRIVATE TEST_LIBRARY
-    PPL_TEST_VECTORS="${CMAKE_CURRENT_SOURCE_DIR}/vectors")
   list(APPEND PPL_IMAGE_TESTS ${name})
-  set(PPL_IMAGE_TESTS ${PPL_IMAGE_TESTS} PARENT_SCOPE)
-endfunction()
-ppl_image_test(digests_bayer vectors_bayer.cpp slots_reference.cpp slots_library.cpp)
-ppl_image_test(compare_bayer compare_bayer.cpp slots_reference.cpp slots_library.cpp)
+endforeach()
+set(PPL_IMAGE_ARGUMENTS_compare_bayer --share ${PPL_IMAGE_SHARE})
 
 add_executable(kernel_capture_pictures ${here}/capture_pictures.cpp)
 target_link_libraries(kernel_capture_pictures PRIVATE ppl_static)
@@ -107,7 +99,7 @@ function(ppl_kernel_tests preset)
     -P ${here}/reproduce.cmake)
   set(needing ${preset}.tables ${preset}.objects ${preset}.code ${preset}.stack ${preset}.reproducible)
   foreach(name IN LISTS PPL_IMAGE_TESTS)
-    add_test(NAME ${preset}.${name} COMMAND kernel_${name})
+    add_test(NAME ${preset}.${name} COMMAND kernel_${name} ${PPL_IMAGE_ARGUMENTS_${name}})
     set_tests_properties(${preset}.${name} PROPERTIES ENVIRONMENT PPL_KERNEL_IMAGE=${image})
     list(APPEND needing ${preset}.${name})
   endforeach()
@@ -117,7 +109,7 @@ function(ppl_kernel_tests preset)
     set_tests_properties(${preset}.wine PROPERTIES SKIP_RETURN_CODE 77 RESOURCE_LOCK wine TIMEOUT 300)
     list(APPEND needing ${preset}.wine)
   else()
-    ppl_skipped_test(${preset}.wine "the capture driver is not loaded: wine is not installed")
+    ppl_skipped_test(${preset}.wine "wine is not installed")
   endif()
   set_tests_properties(${preset}.build PROPERTIES FIXTURES_SETUP ${preset})
   set_tests_properties(${needing} PROPERTIES FIXTURES_REQUIRED ${preset})
@@ -128,8 +120,16 @@ ppl_kernel_tests(kernel)
 if(PPL_FOUND_CLANG AND PPL_FOUND_LLD)
   ppl_kernel_tests(kernel-release)
 else()
-  ppl_skipped_test(kernel-release "the image with a PDB is not built: clang and lld, version 16 or later, are not \
-installed (clang-19 lld-19 llvm-19)")
+  ppl_skipped_test(kernel-release "clang-19 or lld-19 is not installed")
+endif()
+find_program(PPL_FOUND_SIGN NAMES osslsigncode)
+if(PPL_FOUND_SIGN)
+  add_test(NAME kernel.sign COMMAND ${CMAKE_COMMAND} -DSIGN=${PPL_ROOT}/platform/kernel-sign.sh
+    -DIMAGE=${PPL_ROOT}/build/kernel/ppl.sys -DTO=${CMAKE_BINARY_DIR}/signed -DPYTHON=${Python3_EXECUTABLE}
+    -DEXPORTS=${PPL_ROOT}/cmake/exports.txt -P ${here}/sign.cmake)
+  set_tests_properties(kernel.sign PROPERTIES FIXTURES_REQUIRED kernel)
+else()
+  ppl_skipped_test(kernel.sign "osslsigncode is not installed")
 endif()
 add_test(NAME kernel.checks COMMAND ${python} ${here}/checks_test.py ${PPL_ROOT}/build/kernel)
 set_tests_properties(kernel.checks PROPERTIES FIXTURES_REQUIRED kernel)

@@ -1,4 +1,7 @@
 // ppl deinterlace: fields, or a sequence of interlaced frames, to pictures, raw frames or a Y4M stream.
+#include <unistd.h>
+
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -27,7 +30,11 @@ struct Deinterlace {
   void set_size(ppl_context*);
   void choose_call(ppl_context*);
   Bytes convert(ppl_context*, const uint8_t* earlier, const uint8_t* kept, const uint8_t* later) const;
-  void put(OutputFile*, const Bytes& frame, size_t number, size_t count) const;
+  std::vector<Bytes> read_fields() const;
+  [[noreturn]] void refuse_partial(const std::string& file, uint64_t bytes) const;
+  void require_whole_frames() const;
+  void convert_sequence(ppl_context*, OutputFile*) const;
+  void put(OutputFile*, const Bytes& frame, size_t number) const;
   size_t field_bytes() const { return size_t{width} * height; }
 
   Format in_ = Format::yuyv, out_ = Format::png;
@@ -112,14 +119,14 @@ Bytes Deinterlace::convert(ppl_context* context, const uint8_t* earlier, const u
 }
 
 // Pictures of a sequence get a file each, with a number in front of the ending; frames follow one another.
-void Deinterlace::put(OutputFile* stream, const Bytes& frame, size_t number, size_t count) const {
+void Deinterlace::put(OutputFile* stream, const Bytes& frame, size_t number) const {
   if (stream) {
     if (out_ == Format::y4m) stream->write("FRAME\n");
     stream->write(frame);
     return;
   }
   std::string path = output;
-  if (count > 1) {
+  if (frames) {
     char digits[24];
     snprintf(digits, sizeof digits, "-%04zu", number);
     const size_t dot = path.rfind('.');
@@ -145,44 +152,12 @@ void Deinterlace::run() {
   set_size(context);
   if (!ppl_set_intl_3T_threshold(context, threshold)) fail("--threshold runs from 0 to 765");
 
-  // Fields, in order: later field of frame 0, kept and later field of frame 0, kept and later field of frame 1 ...
-  const size_t field = field_bytes(), row = size_t{2} * width;
-  std::vector<Bytes> kept, later;
-  Bytes earlier;
-  if (frames) {
-    for (const std::string& file : files) {
-      const Bytes bytes = read_file(file);
-      if (bytes.empty() || bytes.size() % (2 * field))
-        fail(file, " has ", bytes.size(), " bytes, no whole number of interlaced ", width, " x ", height,
-             " frames of ", 2 * field, " bytes");
-      for (size_t at = 0; at < bytes.size(); at += 2 * field) {
-        Bytes even(field), odd(field);
-        for (size_t r = 0; r < height / 2; ++r) {
-          memcpy(even.data() + r * row, bytes.data() + at + 2 * r * row, row);
-          memcpy(odd.data() + r * row, bytes.data() + at + (2 * r + 1) * row, row);
-        }
-        kept.push_back(std::move(even));
-        later.push_back(std::move(odd));
-      }
-    }
-  } else {
-    if (files.size() != 2 && files.size() != 3)
-      fail(files.size(), files.size() == 1 ? " field was" : " fields were",
-           " named: two, KEPT LATER, or three, EARLIER KEPT LATER, are needed; --frames takes whole frames");
-    std::vector<Bytes> fields;
-    for (const std::string& file : files) {
-      fields.push_back(read_file(file));
-      if (fields.back().size() != field)
-        fail(file, " has ", fields.back().size(), " bytes; a field of a ", width, " x ", height,
-             " frame has ", field, ": ", height / 2, " rows of ", row,
-             " bytes (--frames takes whole interlaced frames)");
-    }
-    if (files.size() == 3) earlier = fields.front();
-    later.push_back(std::move(fields.back()));
-    fields.pop_back();
-    kept.push_back(std::move(fields.back()));
-  }
-  motion_ = !weave && (frames || files.size() == 3);
+  std::vector<Bytes> fields;
+  if (frames)
+    require_whole_frames();
+  else
+    fields = read_fields();
+  motion_ = !weave && (frames || fields.size() == 3);
   choose_call(context);
 
   std::unique_ptr<OutputFile> stream;
@@ -190,12 +165,67 @@ void Deinterlace::run() {
   if (out_ == Format::y4m)
     stream->write(text("YUV4MPEG2 W", to_.width, " H", to_.height, " F", rate_up, ":", rate_down,
                        " Ip A0:0 C420mpeg2\n"));
-  for (size_t i = 0; i < kept.size(); ++i) {
-    // The first frame has no earlier field: its own stands in, which makes it a plain weave.
-    const Bytes& before = i ? later[i - 1] : earlier.empty() ? later[0] : earlier;
-    put(stream.get(), convert(context, before.data(), kept[i].data(), later[i].data()), i, kept.size());
+  if (frames) {
+    convert_sequence(context, stream.get());
+  } else {
+    const Bytes& later = fields.back();
+    const Bytes& kept = fields[fields.size() - 2];
+    put(stream.get(), convert(context, fields[0].data(), kept.data(), later.data()), 0);
   }
   if (stream) stream->commit();
+}
+
+std::vector<Bytes> Deinterlace::read_fields() const {
+  if (files.size() != 2 && files.size() != 3)
+    fail(files.size(), files.size() == 1 ? " field was" : " fields were",
+         " named: two, KEPT LATER, or three, EARLIER KEPT LATER, are needed; --frames takes whole frames");
+  std::vector<Bytes> fields;
+  for (const std::string& file : files) {
+    fields.push_back(read_file(file));
+    if (fields.back().size() != field_bytes())
+      fail(file, " has ", fields.back().size(), " bytes; a field of a ", width, " x ", height, " frame has ",
+           field_bytes(), ": ", height / 2, " rows of ", 2 * width,
+           " bytes (--frames takes whole interlaced frames)");
+  }
+  return fields;
+}
+
+void Deinterlace::refuse_partial(const std::string& file, uint64_t bytes) const {
+  fail(file, " has ", bytes, " bytes, no whole number of interlaced ", width, " x ", height, " frames of ",
+       2 * field_bytes());
+}
+
+// Before anything is written, as far as the size of a file can be known.
+void Deinterlace::require_whole_frames() const {
+  for (const std::string& file : files) {
+    const std::optional<uint64_t> bytes = file_size(file);
+    if (bytes && (*bytes == 0 || *bytes % (2 * field_bytes()))) refuse_partial(file, *bytes);
+    if (!bytes && file != "-" && access(file.c_str(), R_OK) != 0)
+      fail("can't read ", file, ": ", strerror(errno));
+  }
+}
+
+// One frame at a time. The later field of each is the earlier field of the next; the first frame's own stands in for
+// what was before it, which makes it a plain weave.
+void Deinterlace::convert_sequence(ppl_context* context, OutputFile* stream) const {
+  const size_t row = size_t{2} * width;
+  Bytes frame(2 * field_bytes()), kept(field_bytes()), later(field_bytes()), earlier;
+  size_t number = 0;
+  for (const std::string& file : files) {
+    InputFile in(file);
+    for (uint64_t position = 0;; position += frame.size()) {
+      const size_t got = in.read(frame);
+      if (got == 0 && position > 0) break;
+      if (got < frame.size()) refuse_partial(file, position + got);
+      for (size_t r = 0; r < height / 2; ++r) {
+        memcpy(kept.data() + r * row, frame.data() + 2 * r * row, row);
+        memcpy(later.data() + r * row, frame.data() + (2 * r + 1) * row, row);
+      }
+      if (earlier.empty()) earlier = later;
+      put(stream, convert(context, earlier.data(), kept.data(), later.data()), number++);
+      std::swap(earlier, later);
+    }
+  }
 }
 
 }  // namespace

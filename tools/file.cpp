@@ -28,24 +28,46 @@ std::string reason() {
 
 }  // namespace
 
-Bytes read_file(const std::string& path) {
-  const int file = path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (file < 0) fail("can't read ", path, ": ", reason());
-  Bytes bytes;
-  for (;;) {
-    const size_t have = bytes.size();
-    bytes.resize(have + (size_t{1} << 20));
-    const ssize_t got = read(file, bytes.data() + have, bytes.size() - have);
-    if (got < 0 && errno != EINTR) {
-      const std::string why = reason();
-      if (path != "-") close(file);
-      fail("can't read ", path, ": ", why);
-    }
-    bytes.resize(have + static_cast<size_t>(got > 0 ? got : 0));
+InputFile::InputFile(const std::string& path)
+    : path_(path == "-" ? "standard input" : path),
+      file_(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+  if (file_ < 0) fail("can't read ", path, ": ", reason());
+}
+
+InputFile::~InputFile() {
+  if (file_ != STDIN_FILENO) close(file_);
+}
+
+size_t InputFile::read(std::span<uint8_t> bytes) {
+  size_t filled = 0;
+  while (filled < bytes.size()) {
+    const ssize_t got = ::read(file_, bytes.data() + filled, bytes.size() - filled);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) fail("can't read ", path_, ": ", reason());
     if (got == 0) break;
+    filled += static_cast<size_t>(got);
   }
-  if (path != "-") close(file);
-  return bytes;
+  return filled;
+}
+
+Bytes read_file(const std::string& path) {
+  constexpr size_t step = size_t{1} << 20;
+  InputFile file(path);
+  Bytes bytes;
+  for (size_t have = 0;;) {
+    bytes.resize(have + step);
+    have += file.read({bytes.data() + have, step});
+    if (have < bytes.size()) {
+      bytes.resize(have);
+      return bytes;
+    }
+  }
+}
+
+std::optional<uint64_t> file_size(const std::string& path) {
+  struct stat about;
+  if (path == "-" || stat(path.c_str(), &about) != 0 || !S_ISREG(about.st_mode)) return {};
+  return static_cast<uint64_t>(about.st_size);
 }
 
 void refuse_same_file(const std::string& input, const std::string& output) {

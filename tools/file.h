@@ -1,6 +1,7 @@
 // Files in and out. "-" is standard input or standard output.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 
@@ -9,6 +10,24 @@
 namespace tool {
 
 Bytes read_file(const std::string& path);
+
+// A file that is read piece by piece.
+class InputFile {
+ public:
+  explicit InputFile(const std::string& path);
+  ~InputFile();
+  InputFile(const InputFile&) = delete;
+  InputFile& operator=(const InputFile&) = delete;
+  // Fills the bytes as far as the file goes; how many it filled.
+  size_t read(std::span<uint8_t> bytes);
+
+ private:
+  std::string path_;
+  int file_;
+};
+
+// The size of a regular file; nothing for a pipe, a device, "-" or what can't be looked at.
+std::optional<uint64_t> file_size(const std::string& path);
 
 // Throws if the two names lead to the same file: an output must never replace an input.
 void refuse_same_file(const std::string& input, const std::string& output);

@@ -8,7 +8,7 @@ bytes, from the unwind data, and 8 for every return address. Recursion, frames o
 the stack without unwind data are errors.
 
 An indirect call is taken to reach every function that stands in a level's tables (tile, bulk, output, convert,
-scaler); if it goes through a field of such a table, the functions in that field. All other functions whose address
+scaler); if its address visibly comes from a field of such a table, the functions in that field. All other functions whose address
 is taken must be covered by POINTERS below, which tells by their parameters which callers reach them.
 """
 
@@ -23,7 +23,7 @@ TABLE = re.compile(r"(?:sse2|sse41)\d+(?:tile|bulk|output|convert|scaler)_tableE
 POINTERS = [
     (r"run_tile_path", r"ERNS_4walkEi"),
     (r"output_stage", r"ERNS_13output_writerEiRKNS_13finished_rowsE"),
-    (r"run_bulk_path", r"ERKNS0_10bulk_frameERKNS0_8row_sinkEi"),
+    (r"run_bulk_path", r"ERKNS0_10bulk_frameE\w*"),
     (r"run_raw_path|draw_top_down|draw_bottom_up", r"PKhRKNS0_4spanE"),
 ]
 
@@ -75,9 +75,27 @@ class StackMap:
         found = {t for t, name in self.handed_around.items()
                  for caller, signature in POINTERS
                  if re.search(caller, function.name) and re.search(signature + r"(\.|$)", name)}
-        m = re.match(r"(0x[0-9a-f]+)?\((%\w+)\)$", operand)
-        field = int(m.group(1) or "0", 16) if m else None
-        return found | self.fields.get(field, self.table_functions)
+        loads = [operand] if "(" in operand else self.loads(function, at, operand)
+        for load in loads:
+            m = re.match(r"(0x[0-9a-f]+)?\((%(?!rsp|rip)\w+)\)$", load)
+            field = int(m.group(1) or "0", 16) if m else None
+            found |= self.fields.get(field, self.table_functions)
+        return found
+
+    def loads(self, function, at, register):
+        """Where the register may have been loaded from when instruction `at` calls through it."""
+        def source(i):
+            m = re.match(rf"(.*),{register}$", i.operands)
+            return m.group(1) if m and i.name.startswith("mov") else None
+
+        # Within the run of code that ends here, the nearest load; else any in the function.
+        joins = {i.target for i in function.instructions if i.name.startswith("j")}
+        for i in reversed(function.instructions[:at]):
+            if (load := source(i)) is not None:
+                return [load]
+            if i.address in joins or i.name.startswith(("jmp", "ret")):
+                break
+        return [load for i in function.instructions if (load := source(i)) is not None] or [""]
 
     def callees(self, f):
         """(function, bytes of f, with its return address, that are on the stack then): all that f calls or jumps to."""

@@ -15,6 +15,7 @@ import shutil
 import subprocess
 import sys
 
+HERE = pathlib.Path(__file__).resolve().parent
 IMAGE, WORK, PICTURES = (pathlib.Path(a).resolve() for a in sys.argv[1:4])
 EXAMPLE = IMAGE / "examples" / "capture-driver"
 PREFIX, FILES = WORK / "prefix", WORK / "files"
@@ -98,6 +99,23 @@ def check_service():
     return len(cases)
 
 
+def check_fault():
+    """A fault in a buffer unwinds through the image to the caller's handler; see fault.c. None without clang."""
+    version = next((v for v in range(30, 15, -1) if shutil.which(f"clang-{v}") and shutil.which(f"lld-link-{v}")), None)
+    if version is None:
+        return None
+    kernel32 = subprocess.run(["x86_64-w64-mingw32-gcc", "-print-file-name=libkernel32.a"], check=True, text=True,
+                              capture_output=True).stdout.strip()
+    subprocess.run([f"clang-{version}", "--target=x86_64-pc-windows-msvc", "-O1", "-ffreestanding", "-c", HERE / "fault.c",
+                    "-o", FILES / "fault.obj"], check=True)
+    subprocess.run([f"lld-link-{version}", "-nodefaultlib", "-subsystem:console", "-entry:entry",
+                    f"-out:{FILES / 'fault.exe'}", FILES / "fault.obj", kernel32], check=True)
+    status = run("wine", "fault.exe", r"C:\windows\system32\drivers\ppl.sys")[0]
+    if status != 42:
+        sys.exit(f"a fault in a buffer does not reach the caller's handler: status {status}")
+    return True
+
+
 def main():
     if not prepare():
         return 77
@@ -107,12 +125,14 @@ def main():
     try:
         for _ in range(2):
             count = check_service()
+        fault = check_fault()
         # The import is real: without ppl.sys the driver does not start.
         (DRIVERS / "ppl.sys").unlink()
         status, _, errors = tool("start", r"C:\windows\system32\drivers\capture.sys")
         if status == 0:
             sys.exit("the driver starts without ppl.sys")
-        print(f"capture.sys on {IMAGE / 'ppl.sys'}: test frame and {count} formats, same bytes, twice")
+        print(f"capture.sys on {IMAGE / 'ppl.sys'}: test frame and {count} formats, same bytes, twice"
+              + ("; a fault in a buffer reaches the caller" if fault else "; no clang, so no test of a fault in a buffer"))
         return 0
     finally:
         run("wineserver", "-k")

@@ -64,13 +64,13 @@ struct planes {
 
 // Two finished rows to rows 2p, 2p + 1 of the luma plane and their mean to row p of the chroma planes, 32 columns
 // at a time: luma, U, V. Mirrors turn columns and rows of each plane around.
-void store_pair_i420(const convert_state& s, const row422& top, const row422& bottom, int p, bool h_mirror,
-                     bool v_mirror, picture& out) {
+void store_pair_i420(const convert_state& s, const row422& top, const row422& bottom, int64_t p,
+                     bool h_mirror, bool v_mirror, picture& out) {
   const planes at(s);
   const row422 chroma = mean_row(top, bottom);
   const int width = top.width();
   const auto column = [&](int x, int64_t pitch) { return h_mirror ? pitch - 1 - x : x; };
-  const auto luma_row = [&](int r) { return v_mirror ? at.luma - at.width * (r + 1) : at.width * r; };
+  const auto luma_row = [&](int64_t r) { return v_mirror ? at.luma - at.width * (r + 1) : at.width * r; };
   const int64_t chroma_row = v_mirror ? s.out_quarter_pixels() - at.half - p * at.half : p * at.half;
   for (int start = 0; start < width; start += 32) {
     const int end = std::min(start + 32, width);
@@ -84,7 +84,7 @@ void store_pair_i420(const convert_state& s, const row422& top, const row422& bo
 }
 
 // A black pair: whole rows of Y, then U, then V.
-void store_black_i420(const convert_state& s, int p, picture& out) {
+void store_black_i420(const convert_state& s, int64_t p, picture& out) {
   const planes at(s);
   for (int64_t x = 0; x < 2 * at.width; ++x) out.store(2 * p * at.width + x, 16);
   for (int64_t x = 0; x < at.half; ++x) out.store(at.u + p * at.half + x, 128);
@@ -95,19 +95,23 @@ void store_row_packed(const convert_state& s, const row422& row, int64_t r, pack
   for (int x = 0; x < 2 * row.width(); ++x) out.store(r * 2 * s.out_width + x, packed_byte(row, x, p));
 }
 
-// memory_row counts from the start of the destination; image rows go from its end towards it.
-void store_row_rgb24(const convert_state& s, const row422& row, int64_t memory_row, picture& out) {
+// RGB24 is stored from the end of the frame towards its start: where row 0, row 1, ... of a picture begins.
+int64_t rgb24_row(const convert_state& s, int64_t row) {
+  return (int64_t{s.out_pixels()} - s.out_width * (row + 1)) * 3;
+}
+
+void store_row_rgb24(const convert_state& s, const row422& row, int64_t r, picture& out) {
+  int64_t at = rgb24_row(s, r);
   for (int x = 0; x < row.width(); ++x) {
     const rgb_pixel pixel = to_rgb(row, x);
-    const int64_t at = (memory_row * s.out_width + x) * 3;
-    out.store(at, pixel.b);
-    out.store(at + 1, pixel.g);
-    out.store(at + 2, pixel.r);
+    out.store(at++, pixel.b);
+    out.store(at++, pixel.g);
+    out.store(at++, pixel.r);
   }
 }
 
-void store_black_rgb24(const convert_state& s, int64_t memory_row, picture& out) {
-  for (int64_t x = 0; x < int64_t{3} * s.out_width; ++x) out.store(memory_row * 3 * s.out_width + x, 0);
+void store_black_rgb24(const convert_state& s, int64_t r, picture& out) {
+  for (int64_t x = 0; x < int64_t{3} * s.out_width; ++x) out.store(rgb24_row(s, r) + x, 0);
 }
 
 // ---- Storing pictures: black lines on top, the rows, black lines below ----
@@ -121,54 +125,65 @@ void store_packed(const convert_state& s, const std::vector<row422>& rows, packi
   const bool in_pairs = s.decimation > 0, none = s.decimation < 0;
   const row422 black = black_row(s.out_width);
   int64_t r = 0;
-  for (int64_t k = none ? 0 : black_lines(s.top_black_lines, in_pairs); k > 0; --k)
-    store_row_packed(s, black, r++, p, out);
+  const auto store_black = [&](int32_t count) {
+    const int64_t end = r + (none ? 0 : black_lines(count, in_pairs));
+    for (; r < end && r * s.out_width < out.room; ++r) store_row_packed(s, black, r, p, out);
+    r = end;
+  };
+  store_black(s.top_black_lines);
   for (const row422& row : rows) store_row_packed(s, row, r++, p, out);
-  for (int64_t k = none ? 0 : black_lines(s.bottom_black_lines, in_pairs); k > 0; --k)
-    store_row_packed(s, black, r++, p, out);
+  store_black(s.bottom_black_lines);
 }
 
 void store_i420(const convert_state& s, const std::vector<row422>& rows, picture& out) {
-  const bool none = s.decimation < 0;
-  int p = 0;
-  for (int64_t k = none ? 0 : black_lines(s.top_black_lines, true); k > 0; k -= 2)
-    store_black_i420(s, p++, out);
+  int64_t p = 0;
+  const auto store_black = [&](int32_t count) {
+    const int64_t end = p + (s.decimation < 0 ? 0 : black_lines(count, true) / 2);
+    // U begins before the frame's start where out_pixels is negative; then there is no frame.
+    for (; p < end && p * (s.out_width / 2) < out.room; ++p) store_black_i420(s, p, out);
+    p = end;
+  };
+  store_black(s.top_black_lines);
   for (size_t r = 0; r + 1 < rows.size(); r += 2)
     store_pair_i420(s, rows[r], rows[r + 1], p++, false, false, out);
-  for (int64_t k = none ? 0 : black_lines(s.bottom_black_lines, true); k > 0; k -= 2)
-    store_black_i420(s, p++, out);
+  store_black(s.bottom_black_lines);
 }
 
 // Full size: with a top count the image starts on the last top black row, and one row stays free below it.
 void store_rgb24_full(const convert_state& s, const std::vector<row422>& rows, picture& out) {
-  const int64_t top = black_lines(s.top_black_lines, false);
-  int64_t row = s.out_height - 1;
-  for (int64_t k = 0; k < top; ++k) store_black_rgb24(s, row--, out);
-  if (s.top_black_lines != 0) ++row;
-  for (const row422& image : rows) store_row_rgb24(s, image, row--, out);
+  int64_t r = 0;
+  const auto store_black = [&](int32_t count) {
+    const int64_t end = r + black_lines(count, false);
+    for (; r < end && rgb24_row(s, r) > int64_t{-3} * s.out_width; ++r) store_black_rgb24(s, r, out);
+    r = end;
+  };
+  store_black(s.top_black_lines);
+  if (s.top_black_lines != 0) --r;
+  for (const row422& image : rows) store_row_rgb24(s, image, r++, out);
   // The row pairs left the pointer one row further than the last image row.
-  --row;
-  for (int64_t k = black_lines(s.bottom_black_lines, false); k > 0; --k) store_black_rgb24(s, row--, out);
+  ++r;
+  store_black(s.bottom_black_lines);
 }
 
 // Shrunk: with a top count everything starts one row further, and a black step of two rows begins one row behind.
 void store_rgb24_shrunk(const convert_state& s, const std::vector<row422>& rows, picture& out) {
-  int64_t row = s.out_height - (s.top_black_lines != 0 ? 2 : 1);
-  const auto black = [&](int32_t count) {
-    for (int64_t k = black_lines(count, true); k > 0; k -= 2) {
-      store_black_rgb24(s, row + 1, out);
-      store_black_rgb24(s, row, out);
-      row -= 2;
+  int64_t r = s.top_black_lines != 0 ? 1 : 0;
+  const auto store_black = [&](int32_t count) {
+    const int64_t end = r + black_lines(count, true);
+    for (; r < end && rgb24_row(s, r) > int64_t{-6} * s.out_width; r += 2) {
+      store_black_rgb24(s, r - 1, out);
+      store_black_rgb24(s, r, out);
     }
+    r = end;
   };
-  black(s.top_black_lines);
-  for (const row422& image : rows) store_row_rgb24(s, image, row--, out);
-  black(s.bottom_black_lines);
+  store_black(s.top_black_lines);
+  for (const row422& image : rows) store_row_rgb24(s, image, r++, out);
+  store_black(s.bottom_black_lines);
 }
 
 void store_rgb24_doubled(const convert_state& s, const std::vector<row422>& rows, picture& out) {
-  int64_t row = s.out_height - 1;
-  for (const row422& image : rows) store_row_rgb24(s, image, row--, out);
+  int64_t r = 0;
+  for (const row422& image : rows) store_row_rgb24(s, image, r++, out);
 }
 
 void store_picture(const convert_state& s, const std::vector<row422>& rows, target t, picture& out) {
@@ -278,8 +293,8 @@ promise convert_progressive(const convert_state& s, const conversion& c, const c
     if (c.output == target::i420) {
       store_pair_i420(s, top, bottom, p, s.h_mirror, s.v_mirror, out);
     } else {
-      store_row_rgb24(s, top, s.out_height - 1 - int64_t{2} * p, out);
-      store_row_rgb24(s, bottom, s.out_height - 2 - int64_t{2} * p, out);
+      store_row_rgb24(s, top, 2 * p, out);
+      store_row_rgb24(s, bottom, 2 * p + 1, out);
     }
   }
   return promise::exact;

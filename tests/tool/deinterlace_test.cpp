@@ -110,6 +110,12 @@ TEST_F(Deinterlace, SequenceKeepsTheEarlierField) {
     for (size_t i = 0; i < width * height; ++i) ASSERT_EQ(at[i], want[2 * (frame * width * height + i)]);
   }
 
+  // The same from a pipe.
+  const std::string line =
+      "cd '" + path("") + "' && cat frames | '" TOOL "' deinterlace - --frames -o c.yuyv -W 64 -H 32";
+  EXPECT_EQ(system(line.c_str()), 0);
+  EXPECT_EQ(read("c.yuyv"), want);
+
   ok(Arguments{"deinterlace", "frames", "--frames", "-o", "p.png"} + size);
   EXPECT_EQ(png("p-0000.png").width, 64u);
   EXPECT_EQ(png("p-0001.png").height, 32u);
