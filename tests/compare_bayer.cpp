@@ -6,6 +6,7 @@
 // touched. A failing case prints its seed, its calls and the first difference; the seed alone repeats it:
 //   compare_bayer FAMILY --seed N
 #include <algorithm>
+#include <array>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -79,6 +80,19 @@ struct slot_memory {
 slot_memory& memory_of(int slot) {
   static slot_memory all[kMaxLevels + 1];
   return all[slot];
+}
+
+// The two sets of gamma tables that the library came with.
+const std::vector<uint8_t>& built_in_gamma() {
+  static const std::vector<uint8_t> tables = [] {
+    std::vector<uint8_t> both(2 * 65 * 256);
+    ppl_context* context = ppl_init();
+    ppl_get_gamma_tables65x256(context, both.data());
+    ppl_get_gamma_tables65x256_16_235(context, both.data() + 65 * 256);
+    ppl_free(context);
+    return both;
+  }();
+  return tables;
 }
 
 class test_case {
@@ -186,11 +200,43 @@ class test_case {
     }
   }
 
+  // The gamma tables belong to the library, not to a slot: they are put back at the end of the case.
+  void replace_gamma_tables() {
+    log_.push_back("ppl_copy_gamma_tables65x256, ppl_copy_gamma_tables65x256_16_235");
+    ref::library_tables& tables = ref::shared_tables();
+    for (std::array<ref::table256, 65>* set : {&tables.gamma, &tables.gamma_16_235})
+      for (ref::table256& row : *set)
+        for (uint8_t& entry : row) entry = uint8_t(random.bits());
+    hand_over_gamma_tables();
+  }
+  void restore_gamma_tables() {
+    ref::shared_tables() = ref::built_in_tables();
+    ppl_context* context = library_[0].context;
+    ppl_copy_gamma_tables65x256(context, built_in_gamma().data());
+    ppl_copy_gamma_tables65x256_16_235(context, built_in_gamma().data() + 65 * 256);
+  }
+
   void print_log() const {
     for (const std::string& line : log_) std::printf("    %s\n", line.c_str());
   }
 
  private:
+  // What was copied in must be what is copied out again.
+  void hand_over_gamma_tables() {
+    const ref::library_tables& tables = ref::shared_tables();
+    for (int i = 0; i < levels_; ++i) {
+      ppl_context* context = library_[size_t(i)].context;
+      ppl_copy_gamma_tables65x256(context, tables.gamma[0].data());
+      ppl_copy_gamma_tables65x256_16_235(context, tables.gamma_16_235[0].data());
+      std::vector<uint8_t> got(65 * 256), got_16_235(65 * 256);
+      ppl_get_gamma_tables65x256(context, got.data());
+      ppl_get_gamma_tables65x256_16_235(context, got_16_235.data());
+      if (std::memcmp(got.data(), tables.gamma[0].data(), got.size()) != 0 ||
+          std::memcmp(got_16_235.data(), tables.gamma_16_235[0].data(), got.size()) != 0)
+        fail(i, "the gamma tables differ");
+    }
+  }
+
   void fail(int level, const std::string& text) {
     failed = true;
     log_.push_back("*** level " + std::to_string(level) + ": " + text);
@@ -806,11 +852,13 @@ size_t random_offset(random_source& random, int misaligned_percent) {
   return 16 * size_t(random.between(0, 3));
 }
 
-// Whether the rules leave the picture of this frame open: incomplete groups of the frame-at-once qualities.
-bool picture_is_open(const ref::state& s) {
+// Whether the rules leave the picture of this frame open: incomplete groups of the frame-at-once qualities, and doubled
+// cells in I420 whose planes overlap because black lines of a negative count took rows away.
+bool picture_is_open(const ref::state& s, format kind) {
   const bool bulk = s.quality == 3 || s.quality == 13;
   if (!bulk) return false;
   const int T = s.frame_width / 16, N = s.frame_height / 2;
+  if (kind == format::i420 && s.decimation < 0 && s.out_height < 2 * s.frame_height) return true;
   const bool halves = s.decimation > 0 || (s.quality == 13 && s.decimation != 0);
   return halves ? T % 4 != 0 || N % 2 != 0 : T % 2 != 0;
 }
@@ -838,7 +886,7 @@ void one_frame(test_case& c, format kind, const frame_size& f, int misaligned_pe
                                   random.chance(50)};
   source.fill(c.slot_count(), scene);
   destination.fill_random(c.slot_count(), random.bits());
-  const bool skip_picture = open || picture_is_open(after);
+  const bool skip_picture = open || picture_is_open(after, kind);
   c.each(text("%s frame, quality %d, %d x %d, stride %d, source +%d, destination +%d",
               slots::format_names[int(kind)], int(c.reference.quality), f.width, f.height, f.stride,
               int(source.offset), int(destination.offset)),
@@ -1039,7 +1087,8 @@ void wrapper_case(test_case& c, format kind) {
     c.compare_windows(
         "source", [&](int i) { return source.of(i); }, 0, 0);
     c.compare_windows(
-        "destination", [&](int i) { return destination.of(i); }, 0, picture_is_open(after) ? output : 0);
+        "destination", [&](int i) { return destination.of(i); }, 0,
+        picture_is_open(after, kind) ? output : 0);
     c.compare_figures(true);
   }
 }
@@ -1094,7 +1143,7 @@ void scaled_case(test_case& c) {
                                          uint32_t(f.stride), destination.of(i).data, uint32_t(ow),
                                          uint32_t(oh), scratch.of(i).data);
            });
-    const bool open = picture_is_open(after);
+    const bool open = picture_is_open(after, kind);
     c.compare_windows(
         "source", [&](int i) { return source.of(i); }, 0, 0);
     c.compare_windows(
@@ -1132,7 +1181,9 @@ void controls_case(test_case& c) {
     }
     if (random.chance(2)) c.reclaim();
     c.compare_figures(true);
+    if (random.chance(4)) c.replace_gamma_tables();
   }
+  c.restore_gamma_tables();
 }
 
 struct family {
@@ -1169,6 +1220,7 @@ std::vector<family> families() {
 
 int main(int argc, char** argv) {
   const std::vector<family> all = families();
+  built_in_gamma();  // before a case can replace them
   std::string wanted;
   uint64_t first = 1;
   int cases = -1;

@@ -183,11 +183,47 @@ frame_rows layout(const state& s, format kind, canvas& out) {
   return {{out, 0, 4 * N, 4 * W, !up}, {out, 0, 0, 0, up}, {out, 0, 0, 0, up}};
 }
 
+// I420 at full size, group by group of 32 columns in a row pair, and at half size, of 64 columns in two row pairs: in
+// each the luma, then U, then V, so that planes which overlap (black lines of a negative count) come out as the walk
+// has them. `luma`, `u` and `v` give the sample of an output position ahead of the mirrors.
+template <typename Luma, typename U, typename V>
+void walk_i420(const state& s, int width, int height, canvas& out, Luma&& luma, U&& u, V&& v) {
+  const plan_input in = plan_of(s);
+  const bulk_plan plan = bulk_i420_plan(in);
+  const start from = bulk_start(format::i420, in, s.out_pixels, s.out_quarter_pixels);
+  int64_t l = from.main, c = s.out_pixels + from.chroma;
+  const auto place_in_tile = [&](int i) { return in.h_mirror ? 15 - i : i; };
+  for (int y = 0; y + 1 < height; y += 2) {
+    for (int x = 0; x + 31 < width; x += 32) {
+      for (int half = 0; half < 2; ++half)
+        for (int k = 0; k < 2; ++k)
+          for (int i = 0; i < 16; ++i)
+            out.store(l + (half ? plan.right_offset : plan.left_offset) +
+                          (k ? plan.row_1_offset : plan.row_0_offset) + place_in_tile(i),
+                      luma(x + 16 * half + i, y + k));
+      for (int i = 0; i < 16; ++i) out.store(c + place_in_tile(i), u(x / 2 + i, y / 2));
+      for (int i = 0; i < 16; ++i)
+        out.store(c + s.out_quarter_pixels + place_in_tile(i), v(x / 2 + i, y / 2));
+      l += plan.group_step;
+      c += plan.chroma_group_step;
+    }
+    l += plan.row_step;
+    c += plan.chroma_row_step;
+  }
+}
+
 // Rows of a picture that takes the sites (step * yo, step * xo): every site, or the B sites when halved.
 void put_cells(const state& s, const cells& c, format kind, canvas& out) {
   const int step = s.decimation > 0 ? 2 : 1;
   const int width = 2 * c.columns / step, height = 2 * c.rows / step;
   const bool h = s.h_mirror != 0;
+  if (kind == format::i420) {
+    walk_i420(
+        s, width, height, out, [&](int x, int y) { return c.luma(step * y, step * x); },
+        [&](int i, int j) { return c.chroma(1, step * i, step * j); },
+        [&](int i, int j) { return c.chroma(2, step * i, step * j); });
+    return;
+  }
   frame_rows to = layout(s, kind, out);
   const auto row_of = [&](auto&& value, int n) {
     row_bytes row(size_t(std::max(n, 0)));
@@ -207,15 +243,7 @@ void put_cells(const state& s, const cells& c, format kind, canvas& out) {
     const auto words = [&](size_t row, int j) {
       return row_of([&](int xc) { return c.chroma(row, step * xc, j); }, width / 2);
     };
-    if (kind != format::i420) {
-      to.main.put(yo, interleaved(kind, luma, words(1, y / 2), words(2, y / 2)));
-      continue;
-    }
-    to.main.put(yo, luma);
-    if (yo % 2 == 0) {
-      to.u.put(yo / 2, words(1, step * (yo / 2)));
-      to.v.put(yo / 2, words(2, step * (yo / 2)));
-    }
+    to.main.put(yo, interleaved(kind, luma, words(1, y / 2), words(2, y / 2)));
   }
 }
 
@@ -283,33 +311,25 @@ void walk_rgb32(const state& s, const cells& c, canvas& out) {
   }
 }
 
-// The grey picture at half size: groups of four tiles in two row pairs, of which even columns of even rows go out.
-// At double size it runs too, with the plan of a doubled picture, and leaves gaps.
-void walk_grey_half(const state& s, const plane& f, format kind, canvas& out) {
+// The grey picture in RGB24 at half size: groups of four tiles in two row pairs, of which even columns of even rows go
+// out. At double size it runs too, with the plan of a doubled picture, and leaves gaps.
+void walk_grey_half_rgb24(const state& s, const plane& f, canvas& out) {
   const plan_input in = plan_of(s);
-  const bulk_plan plan = kind == format::i420 ? bulk_i420_plan(in) : bulk_rgb24_plan(in);
-  const start from = bulk_start(kind, in, s.out_pixels, s.out_quarter_pixels);
-  const int bytes = kind == format::i420 ? 1 : 3;
-  int64_t l = bytes * from.main, c = s.out_pixels + from.chroma;
+  const bulk_plan plan = bulk_rgb24_plan(in);
+  int64_t to = 3 * bulk_start(format::rgb24, in, s.out_pixels, s.out_quarter_pixels).main;
   for (int p = 0; p + 1 < s.row_pairs; p += 2) {
     for (int t = 0; t + 3 < s.tiles_per_row; t += 4) {
       for (int k = 0; k < 2; ++k)
         for (int half = 0; half < 2; ++half)
           for (int i = 0; i < 16; ++i) {
             const int x = 16 * t + 32 * half + 2 * (in.h_mirror ? 15 - i : i), y = 2 * p + 2 * k;
-            out.fill(l + (half ? plan.right_offset : plan.left_offset) +
-                         (k ? plan.row_1_offset : plan.row_0_offset) + bytes * i,
-                     bytes, f(y, x));
+            out.fill(to + (half ? plan.right_offset : plan.left_offset) +
+                         (k ? plan.row_1_offset : plan.row_0_offset) + 3 * i,
+                     3, f(y, x));
           }
-      l += plan.group_step;
-      if (kind == format::i420) {
-        out.fill(c, 16, 128);
-        out.fill(c + s.out_quarter_pixels, 16, 128);
-        c += plan.chroma_group_step;
-      }
+      to += plan.group_step;
     }
-    l += plan.row_step;
-    c += plan.chroma_row_step;
+    to += plan.row_step;
   }
 }
 
@@ -321,20 +341,21 @@ void grey_frame(state& s, format kind, uint8_t* source, canvas& out) {
   if (s.mean_collection)
     each_group(s, [&](int row, int column) { add_to_whole_frame(s, mixed_group(m, row, column)); });
 
-  if (s.decimation != 0) {
-    walk_grey_half(s, m.toned, kind, out);
-    return;
-  }
-  frame_rows to = layout(s, kind, out);
-  for (int y = 0; y < m.toned.height; ++y) {
-    row_bytes row(at(m.toned, y, 0), at(m.toned, y, 0) + m.toned.width);
-    if (s.h_mirror) row = reversed(row, 1);
-    if (kind == format::rgb24) row = pixels(3, row, row, row);
-    to.main.put(y, row);
-    if (kind == format::i420 && y % 2 == 0) {
-      const row_bytes grey(size_t(m.toned.width / 2), 128);
-      to.u.put(y / 2, grey);
-      to.v.put(y / 2, grey);
+  const plane& f = m.toned;
+  const auto grey = [](int, int) { return uint8_t(128); };
+  const int step = s.decimation != 0 ? 2 : 1;
+  if (kind == format::i420) {
+    walk_i420(
+        s, f.width / step, f.height / step, out, [&](int x, int y) { return f(step * y, step * x); }, grey,
+        grey);
+  } else if (s.decimation != 0) {
+    walk_grey_half_rgb24(s, f, out);
+  } else {
+    frame_rows to = layout(s, kind, out);
+    for (int y = 0; y < f.height; ++y) {
+      row_bytes row(at(f, y, 0), at(f, y, 0) + f.width);
+      if (s.h_mirror) row = reversed(row, 1);
+      to.main.put(y, pixels(3, row, row, row));
     }
   }
 }
