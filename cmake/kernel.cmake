@@ -120,10 +120,10 @@ if(PPL_IMAGE_GCC)
 else()
   set(PPL_SYMBOLS ppl.pdb)
   # -lldmingw: without it the unwind data of -ffunction-sections objects is silently lost
-  add_custom_command(OUTPUT ppl.sys BYPRODUCTS ppl.pdb ppl.map ppl_lld.lib
+  add_custom_command(OUTPUT ppl.sys BYPRODUCTS ppl.pdb ppl.map
     DEPENDS ${PPL_IMAGE_OBJECTS} objects.rsp ppl_version.o libntoskrnl.a ${def} VERBATIM
     COMMAND ${PPL_LLD_LINK} -lldmingw -out:ppl.sys -nodefaultlib -driver -driver:wdm -release -dll
-      -subsystem:native,6.01 -entry:DriverEntry -def:ppl.def -implib:ppl_lld.lib -dynamicbase -nxcompat
+      -subsystem:native,6.01 -entry:DriverEntry -def:ppl.def -noimplib -dynamicbase -nxcompat
       -debug -pdb:ppl.pdb -pdbaltpath:ppl.pdb -pdbsourcepath:. -brepro -opt:ref -base:0x140000000 -align:0x1000
       -map:ppl.map @objects.rsp ppl_version.o ntoskrnl.lib)
 endif()

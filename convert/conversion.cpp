@@ -10,10 +10,15 @@ bool aligned(const conversion_call& call, uintptr_t to) {
   return all % to == 0;
 }
 
-// Sizes are those of the call, whatever they are, and products wrap in 32 bits: no sizes have been looked at.
+// Sizes are those of the call, whatever they are, and products wrap in 32 bits: no sizes have been looked at. A null
+// source has nothing to copy.
 void last_resort_picture(const conversion& conv, const ppl_context* c, const conversion_call& call) {
   const convert_kernels& k = *c->kernels->convert;
   const uint32_t pixels = call.out_width * call.out_height;
+  if (call.output == nullptr) return;
+  const auto copy = [&](uint8_t* out, const uint8_t* in) {
+    if (in != nullptr) k.copy(out, in, pixels);
+  };
   const uint8_t* const picture = call.source[call.sources == 1 ? kFrame : kKept];
   switch (conv.to) {
     case out_format::rgb24:
@@ -23,15 +28,24 @@ void last_resort_picture(const conversion& conv, const ppl_context* c, const con
       k.fill(call.output, pixels * 4, 255, 255);
       break;
     case out_format::i420:
-      k.copy(call.output, picture, pixels);
+      copy(call.output, picture);
       k.fill(call.output + pixels, pixels / 2, 128, 128);
       break;
     case out_format::yuyv:
     case out_format::uyvy:
-      k.copy(call.output, picture, pixels);
-      k.copy(call.output + pixels, call.source[kLater], pixels);
+      copy(call.output, picture);
+      copy(call.output + pixels, call.source[kLater]);
       break;
   }
+}
+
+// Null addresses pass the tests of alignment; a picture needs what it reads and where it goes.
+bool has_what_it_needs(const conversion& conv, const ppl_context* c, const conversion_call& call) {
+  if (call.output == nullptr) return false;
+  if (call.sources == 1) return call.source[kFrame] != nullptr;
+  if (call.source[kKept] == nullptr) return false;
+  if (c->decimation > 0) return true;  // pictures are shrunk from the kept field
+  return call.source[kLater] != nullptr && (conv.how != method::motion || call.source[kEarlier] != nullptr);
 }
 
 }  // namespace
@@ -55,7 +69,7 @@ bool run_process(const conversion& conv, ppl_context* c, const conversion_call& 
   const int64_t asked = picture_bytes(conv.to, call.out_width, call.out_height);
   const int64_t own = picture_bytes(conv.to, c->out_width, c->out_height);
   const conversion_job job = {conv, c, call, asked > own ? asked : own};
-  switch (job.bytes > 0 ? conv.how : method::count_only) {
+  switch (job.bytes > 0 && has_what_it_needs(conv, c, call) ? conv.how : method::count_only) {
     case method::progressive:
       convert_progressive(job);
       break;

@@ -27,6 +27,48 @@ PPL_INLINE V swap_bytes(V a) {
   return sll16<8>(a) | srl16<8>(a);
 }
 
+// The words of a run one further on (back), when the run goes on (begins) with b (with a).
+PPL_INLINE vec<16> one_word_on(vec<16> a, vec<16> b) {
+#ifdef __SSSE3__
+  return {_mm_alignr_epi8(b.v, a.v, 2)};
+#else
+  return {_mm_or_si128(_mm_srli_si128(a.v, 2), _mm_slli_si128(b.v, 14))};
+#endif
+}
+PPL_INLINE vec<16> one_word_back(vec<16> a, vec<16> b) {
+#ifdef __SSSE3__
+  return {_mm_alignr_epi8(b.v, a.v, 14)};
+#else
+  return {_mm_or_si128(_mm_srli_si128(a.v, 14), _mm_slli_si128(b.v, 2))};
+#endif
+}
+// The words of b, with chroma from a where the mask of the word holds.
+template <layout L, int N>
+PPL_INLINE vec<N> select_chroma(mask16<N> m, vec<N> a, vec<N> b) {
+  const vec<N> chroma = set16<vec<N>>(L == layout::yuyv ? 0xff00 : 0x00ff);
+  return select(to_mask8(keep(m, chroma)), a, b);
+}
+#if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
+PPL_INLINE vec<32> one_word_on(vec<32> a, vec<32> b) {
+  return {_mm256_alignr_epi8(_mm256_permute2x128_si256(a.v, b.v, 0x21), a.v, 2)};
+}
+PPL_INLINE vec<32> one_word_back(vec<32> a, vec<32> b) {
+  return {_mm256_alignr_epi8(b.v, _mm256_permute2x128_si256(a.v, b.v, 0x21), 14)};
+}
+#endif
+#if defined(PPL_LEVEL_avx512)
+PPL_INLINE vec<64> one_word_on(vec<64> a, vec<64> b) {
+  return {_mm512_alignr_epi8(_mm512_alignr_epi64(b.v, a.v, 2), a.v, 2)};
+}
+PPL_INLINE vec<64> one_word_back(vec<64> a, vec<64> b) {
+  return {_mm512_alignr_epi8(b.v, _mm512_alignr_epi64(b.v, a.v, 6), 14)};
+}
+template <layout L>
+PPL_INLINE vec<64> select_chroma(mask16<64> m, vec<64> a, vec<64> b) {
+  return select(m, with_chroma<L>(b, a), b);
+}
+#endif
+
 // Luma (chroma) bytes of a, then of b.
 template <layout L, class V>
 PPL_INLINE V luma_bytes(V a, V b) {

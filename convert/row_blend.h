@@ -16,23 +16,43 @@
 
 namespace ppl::PPL_LEVEL {
 
+template <layout L, class V>
+PPL_INLINE void blend_with(uint8_t* out, const blend_rows& rows, int bytes, int threshold) {
+  const uint8_t *const kept = rows.kept, *const below = rows.below;
+  const uint8_t *const earlier = rows.earlier, *const later = rows.later;
+  const auto difference = [=](ptrdiff_t x) {
+    return sub16(chroma16<L>(loadu<V>(later + x)), chroma16<L>(loadu<V>(earlier + x)));
+  };
+  const V limit = set16<V>(threshold >> 1), none = zero<V>();
+  const auto step = [=](ptrdiff_t x, V d, V d_after, V q_before) {
+    const V q = sub16(one_word_on(d, d_after), d), p = one_word_back(q_before, q);
+    const V s = add16(p, q), f = add16(s, p), g = add16(s, q);
+    const V span = sub16(max_s16(max_s16(f, g), none), min_s16(min_s16(f, g), none));
+    const V still = avg8(loadu<V>(kept + x), loadu<V>(below + x));
+    storeu(out + x, select_chroma<L>(gt_s16(span, limit), still, loadu<V>(later + x)));
+    return q;
+  };
+  V d = difference(0), q = one_word_on(none, d);
+  ptrdiff_t x = 0;
+  for (; x < bytes - V::size; x += V::size) {
+    const V d_after = difference(x + V::size);
+    q = step(x, d, d_after, q);
+    d = d_after;
+  }
+  step(x, d, none, q);
+}
+
 template <layout L>
 static void blend_row(uint8_t* out, const blend_rows& rows, int pixels, int threshold) {
-  int16_t* const d = rows.difference;
-  d[-1] = d[pixels] = 0;
-  walk_exact(2 * pixels, [&]<class V>(int x) {
-    storeu(d + x / 2, sub16(chroma16<L>(loadu<V>(rows.later + x)), chroma16<L>(loadu<V>(rows.earlier + x))));
-  });
-  walk_exact(2 * pixels, [&]<class V>(int x) {
-    const int16_t* const at = d + x / 2;
-    const V here = loadu<V>(at);
-    const V p = sub16(here, loadu<V>(at - 1)), q = sub16(loadu<V>(at + 1), here);
-    const V s = add16(p, q), f = add16(s, p), g = add16(s, q), none = zero<V>();
-    const V span = sub16(max_s16(max_s16(f, g), none), min_s16(min_s16(f, g), none));
-    const V later = loadu<V>(rows.later + x);
-    const V still = avg8(loadu<V>(rows.kept + x), loadu<V>(rows.below + x));
-    storeu(out + x, select(gt_s16(span, set16<V>(threshold >> 1)), with_chroma<L>(later, still), later));
-  });
+  const int bytes = 2 * pixels;
+  if (bytes == 0) return;
+  if constexpr (kWidth > 32) {  // rows are multiples of 32 bytes
+    if (bytes % kWidth != 0) {
+      blend_with<L, vec<kWidth / 2>>(out, rows, bytes, threshold);
+      return;
+    }
+  }
+  blend_with<L, wide>(out, rows, bytes, threshold);
 }
 
 }  // namespace ppl::PPL_LEVEL

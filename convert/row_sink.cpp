@@ -11,7 +11,6 @@ constexpr int kRowBytes = kRingSlotBytes;
 constexpr int kWidestTiles = (kRingSlotBytes - 48) / 4 / kTile;
 constexpr int kWidestPixels = 2 * kTile * kWidestTiles;
 static_assert(2 * kWidestPixels <= kRowBytes);
-static_assert(kRowPad + 2 * (kTile * kWidestTiles + 1) <= kRowBytes);
 static_assert(3 * kWidestPixels <=
               kScratchBytes);  // as planes: two luma rows, and U and V of half a row each
 
@@ -81,13 +80,9 @@ void fill_inside(const row_sink& sink, int64_t at, int64_t count, uint8_t even, 
 row_storage lay_out_rows(ppl_context* c) {
   uint8_t* const ring = c->ring_pool;
   row_storage r = {};
-  r.difference = reinterpret_cast<int16_t*>(ring + kRowPad);
-  r.blended = ring + kRowBytes;
-  r.widened_kept = ring + 2 * kRowBytes;
-  r.widened_later[0] = ring + 3 * kRowBytes;
-  r.widened_later[1] = ring + 4 * kRowBytes;
-  r.made[0] = ring + 5 * kRowBytes;
-  r.made[1] = ring + 6 * kRowBytes;
+  r.blended = ring;
+  r.widened_before = ring + kRowBytes;
+  for (int i = 0; i < 4; i++) r.made[i] = ring + (2 + i) * kRowBytes;
   r.staging = c->scratch;
   return r;
 }
@@ -151,12 +146,15 @@ void find_out_whether_direct(row_sink& sink, const ppl_context* c, const picture
   }
 }
 
-uint8_t* make_row(row_sink& sink) {
-  if (sink.direct && is_packed(sink.to) && layout_of(sink.to) == sink.from) return sink.base + sink.at;
-  return sink.rows.made[sink.made++ & 1];
+uint8_t* make_row(const row_sink& sink, int ahead) {
+  if (sink.direct && is_packed(sink.to) && layout_of(sink.to) == sink.from) {
+    return sink.base + sink.at + ahead * sink.step;
+  }
+  return sink.rows.made[(sink.put + ahead) & 3];
 }
 
 void put_row(row_sink& sink, const uint8_t* row) {
+  sink.put++;
   if (sink.to == out_format::i420) {
     if (sink.first_of_pair == nullptr) {
       sink.first_of_pair = row;

@@ -16,14 +16,24 @@ PPL_INLINE void walk_bytes(int n, Step&& step, Single&& single) {
 
 // ---- cells
 
+// A vector of the record, repeated to V's width. At 16 bytes it is an aligned load, which an operation can take from
+// memory: there are more coefficients than registers.
+template <class V>
+PPL_INLINE V constant(const vec_i16& v) {
+  if constexpr (V::size == 16)
+    return load<V>(&v);
+  else
+    return repeat16<V>(&v);
+}
+
 // One row of a colour matrix over the cell's R and B, waiting for a green.
 template <class V>
 struct matrix_row {
   V rest, green;
   PPL_INLINE_MEMBER matrix_row(const vec_i16* coef, const vec_i16& offset, V r, V b)
-      : rest(add16(add16(mullo16(r, repeat16<V>(&coef[0])), mullo16(b, repeat16<V>(&coef[2]))),
-                   repeat16<V>(&offset))),
-        green(repeat16<V>(&coef[1])) {}
+      : rest(add16(add16(mullo16(r, constant<V>(coef[0])), mullo16(b, constant<V>(coef[2]))),
+                   constant<V>(offset))),
+        green(constant<V>(coef[1])) {}
   PPL_INLINE_MEMBER V at(V g) const { return sra16<6>(add16(rest, mullo16(g, green))); }
 };
 
@@ -68,7 +78,8 @@ PPL_INLINE void yuv_step(const cell_rows& a, int x) {
   storeu(a.v + x / 2, pack_u8(v[0], v[1]));
 }
 
-void cells_to_yuv(const cell_rows& a) {
+void cells_to_yuv(const cell_rows& args) {
+  const cell_rows a = args;  // its pointers stay in registers: no store can reach a copy
   int x = 0;
   for (; x + 2 * kWidth <= a.width; x += 2 * kWidth) yuv_step<wide>(a, x);
   for (; x + 32 <= a.width; x += 32) yuv_step<vec16>(a, x);
@@ -82,7 +93,8 @@ void cells_to_yuv(const cell_rows& a) {
   }
 }
 
-void cells_to_rgb(const cell_rows& a) {
+void cells_to_rgb(const cell_rows& args) {
+  const cell_rows a = args;
   const ppl_context& c = *a.context;
   walk_exact(a.width, [&]<class V>(int x) {
     const cells<V> s(a.even + x, a.odd + x);

@@ -127,7 +127,13 @@ static NTSTATUS set_format(struct stream* s, const struct capture_format* f) {
   height = f->decimation < 0 ? f->height << 1 : f->height >> f->decimation;
   picture_bytes = capture_picture_bytes(f->picture, width, height);
 
-  /* The library refuses silently, so every answer counts. It has the last word on sizes. */
+  /* The library keeps some of what it refuses, so a stream whose format is refused has none until the next one. */
+  free_frame(s->raw);
+  free_frame(s->picture);
+  s->raw = NULL;
+  s->picture = NULL;
+
+  /* It refuses silently: every answer counts. It has the last word on sizes. */
   if (!ppl_new_frame_size(s->instance, f->width, f->height, f->stride) ||
       !ppl_set_decimation(s->instance, f->decimation, 0, 0) || !ppl_set_quality(s->instance, f->quality)) {
     return STATUS_INVALID_PARAMETER;
@@ -143,8 +149,6 @@ static NTSTATUS set_format(struct stream* s, const struct capture_format* f) {
     return STATUS_INSUFFICIENT_RESOURCES;
   }
   RtlZeroMemory(picture, picture_bytes); /* some pictures leave bytes alone: never show old pool memory */
-  free_frame(s->raw);
-  free_frame(s->picture);
   s->raw = raw;
   s->raw_bytes = f->stride * f->height;
   s->picture = picture;
@@ -164,7 +168,9 @@ static NTSTATUS convert(struct stream* s, void* buffer, ULONG in, ULONG out, ULO
     return STATUS_BUFFER_TOO_SMALL;
   }
   RtlCopyMemory(s->raw, buffer, in);
-  if (!make_picture(s->instance, &s->format, s->raw, s->picture)) {
+  /* Of the raw qualities, 4 and 9, false does not mean that there is no picture. */
+  if (!make_picture(s->instance, &s->format, s->raw, s->picture) && s->format.quality != 4 &&
+      s->format.quality != 9) {
     return STATUS_UNSUCCESSFUL;
   }
   RtlCopyMemory(buffer, s->picture, s->picture_bytes);

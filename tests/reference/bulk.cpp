@@ -89,16 +89,38 @@ row_bytes mean_row(const row_bytes& a, const row_bytes& b) {
   return m;
 }
 
-// Rows in image order with the means between them. The row that is doubled is the last one in memory.
-void put_doubled(rows_out to, const std::vector<row_bytes>& rows) {
-  const int64_t shift = to.upward ? 1 : 0;
-  for (size_t i = 0; i < rows.size(); ++i) {
-    to.put(int64_t(2 * i) + shift, rows[i]);
-    if (i + 1 < rows.size()) to.put(int64_t(2 * i) + 1 + shift, mean_row(rows[i], rows[i + 1]));
-  }
-  if (rows.empty()) return;
-  if (to.upward) to.put(0, rows.front());
-  if (!to.upward) to.put(int64_t(2 * rows.size()) - 1, rows.back());
+// A plane's part in a doubled picture.
+struct doubled_plane {
+  rows_out to;
+  const std::vector<row_bytes>& rows;
+};
+
+// Rows in image order with the means between them. The row that is doubled is the last one in memory. Planes of a
+// lowered picture can overlap, so the order of the stores counts: row pair by row pair its own rows and the mean
+// between them, then the means towards the row pair before, then the doubled row; each luma before U before V.
+void put_doubled(std::vector<doubled_plane> planes) {
+  const size_t row_pairs = planes.front().rows.size() / 2;
+  for (size_t p = 0; p < row_pairs; ++p)
+    for (int step = 0; step < 3; ++step)
+      for (doubled_plane& plane : planes) {
+        const int64_t shift = plane.to.upward ? 1 : 0;
+        const size_t in_pair = plane.rows.size() / row_pairs,
+                     first = p * in_pair;  // two rows of luma, one of chroma
+        const auto mean_before = [&](size_t i) {
+          if (i > 0) plane.to.put(int64_t(2 * i) - 1 + shift, mean_row(plane.rows[i - 1], plane.rows[i]));
+        };
+        if (step == 0) {
+          for (size_t i = first; i < first + in_pair; ++i)
+            plane.to.put(int64_t(2 * i) + shift, plane.rows[i]);
+          if (in_pair == 2) mean_before(first + 1);
+        } else if (step == 1) {
+          mean_before(first);
+        } else if (plane.to.upward) {
+          if (p == 0) plane.to.put(0, plane.rows.front());
+        } else if (p + 1 == row_pairs) {
+          plane.to.put(int64_t(2 * plane.rows.size()) - 1, plane.rows.back());
+        }
+      }
 }
 
 int clamped(int value, int low, int high) {
@@ -279,11 +301,10 @@ void put_cells_doubled(const state& s, const cells& c, format kind, canvas& out)
       v.push_back(words(2));
     }
   }
-  put_doubled(to.main, main);
-  if (kind == format::i420) {
-    put_doubled(to.u, u);
-    put_doubled(to.v, v);
-  }
+  if (kind == format::i420)
+    put_doubled({{to.main, main}, {to.u, u}, {to.v, v}});
+  else
+    put_doubled({{to.main, main}});
 }
 
 // RGB32 has no doubling: the routine for full size walks with the plan of a doubled picture.

@@ -1,0 +1,114 @@
+// Qualities 3 and 13: row pair by row pair, each cell from its own four samples, with no neighbourhood.
+//
+// Every row pair passes the front end in place; then its rows are brought to planes, and the planes to rows of the
+// format (bulk_rows.cpp). Three ways lead into the caller's frame, chosen once per frame:
+//   in place   the ordinary frame: rows stand where the mirrors and the decimation put them, all of them inside
+//   by groups  the pointers of the plan, moved literally, 32 columns of two rows at a time, every store clipped:
+//              pictures whose pointers drift, and black lines that push rows out of the frame (bulk_groups.cpp)
+//   clipped    the doubled picture (bulk_doubled.cpp) where not all of its rows are inside
+#pragma once
+
+#include "frame/context.h"
+#include "frame/paths.h"
+#include "paths/bulk_kernels.h"
+#include "tile/kernels.h"
+
+namespace ppl::bulk {
+
+// Row storage in the record's ring pool: rows of a plane, of a doubled plane, and of a format.
+
+constexpr int kPlanePitch = 2048 + 128, kWidePitch = 4096 + 128, kPackedPitch = 8192;
+enum plane_row : uint8_t { kEven, kOdd, kBlackEven, kBlackOdd, kLuma0, kLuma1, kU, kV };
+constexpr int kPlaneRows = 8;
+constexpr int kWideRows = 3;    // doubled planes
+constexpr int kPackedRows = 2;  // finished rows that are not made in place
+constexpr int kWideBase = kPlaneRows * kPlanePitch, kPackedBase = kWideBase + kWideRows * kWidePitch;
+static_assert(kPackedBase + kPackedRows * kPackedPitch <= kRingPoolBytes);
+static_assert(kPlanePitch % 64 == 0 && kWidePitch % 64 == 0 && kPackedPitch % 64 == 0);
+
+// In the record's scratch: two rows of lens factors, then two of the three sets of doubled rows that a clipped
+// frame makes aside. The third takes both finished rows. A set is a row of a format, or I420's rows of luma, U, V.
+constexpr int kLensBytes = 2 * 2048 * 2;
+constexpr int kAsideU = 4096, kAsideV = 8192, kAsideBytes = 12288;
+static_assert(kLensBytes + 2 * kAsideBytes <= kScratchBytes && kAsideBytes <= kPackedRows * kPackedPitch);
+
+inline uint8_t* plane(ppl_context* c, int row) {
+  return c->ring_pool + 64 + row * kPlanePitch;
+}
+inline uint8_t* wide_row(ppl_context* c, int row) {
+  return c->ring_pool + kWideBase + 64 + row * kWidePitch;
+}
+inline uint8_t* packed_row(ppl_context* c, int row) {
+  return c->ring_pool + kPackedBase + row * kPackedPitch;
+}
+
+// RGB planes stand where the YUV ones do.
+constexpr plane_row kG0 = kLuma0, kG1 = kLuma1, kR = kU, kB = kV;
+
+constexpr bool is_rgb(out_format f) {
+  return f == out_format::rgb24 || f == out_format::rgb32;
+}
+constexpr int pixel_bytes(out_format f) {
+  switch (f) {
+    case out_format::i420:
+      return 1;
+    case out_format::yuyv:
+    case out_format::uyvy:
+      return 2;
+    case out_format::rgb24:
+      return 3;
+    case out_format::rgb32:
+      break;
+  }
+  return 4;
+}
+
+enum class placing : uint8_t { in_place, by_groups, clipped };
+
+// Rows of a plane: row r of the picture begins at start + r * step.
+struct row_grid {
+  int64_t start, step;
+};
+
+struct bulk_frame {
+  const frame_job* job;
+  ppl_context* context;
+  const bulk_kernels* kernels;
+  bool grey;      // quality 13
+  bool mirrored;  // rows run from right to left
+  bool halved, doubled;
+  placing place;
+  int tiles, row_pairs;
+  int columns;    // of the mosaic that are visited
+  int pixels;     // of an output row that are made
+  row_grid luma;  // I420 luma, or the rows of the one plane
+  row_grid u, v;  // I420
+};
+
+// The two rows (or the one of a halved picture) and, in I420, the chroma rows that a row pair makes. Null: not made.
+struct made_rows {
+  uint8_t* row[2];
+  uint8_t *u, *v;
+};
+
+inline uint8_t* at(const bulk_frame& f, const row_grid& g, int row) {
+  return f.job->destination + g.start + row * g.step;
+}
+
+// The cell kernels' rows in row storage.
+cell_rows cells_of(const bulk_frame& f);
+// Brings the row pair in row storage to finished rows in the order of memory, halved and reversed as the frame is.
+void put_rows(const bulk_frame& f, const made_rows& out);
+// A row pair of a doubled picture, with the rows between and, where it is due, the copy at the end.
+void double_row_pair(const bulk_frame& f, int row_pair);
+
+// The moving pointers of a frame by groups.
+struct group_walk {
+  int32_t half[2], row[2], group, row_step;  // offsets of a group's tiles and rows; steps
+  int32_t chroma_group, chroma_row_step;
+  int64_t luma, u, v;
+};
+group_walk start_groups(const bulk_frame& f);
+void place_groups(const bulk_frame& f, group_walk& walk, int row_pair);
+
+}  // namespace ppl::bulk

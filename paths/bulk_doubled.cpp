@@ -1,0 +1,130 @@
+// The doubled picture of quality 3: widened rows, with means between them and the last row in memory twice.
+//
+// Row pair p makes rows 4p and 4p + 2 of luma (or of the format) and row 2p of chroma; all others are rounded-up means
+// of the rows beside them. A picture that runs upwards has row r of these one place above the bottom.
+#include "paths/bulk.h"
+
+namespace ppl::bulk {
+namespace {
+
+// The rows of a row pair once widened, and those of the row pair before. In place they stand in the frame; in a
+// clipped frame they are made aside, three sets in turn, because a row that falls outside still shapes its
+// neighbours.
+struct doubled_rows {
+  // Luma, or the format's rows; `before` is the second of the row pair before.
+  uint8_t *first, *second, *before;
+  uint8_t *u, *u_before, *v, *v_before;
+};
+
+uint8_t* aside(ppl_context* c, int set) {
+  return set == 0 ? packed_row(c, 0) : c->scratch + kLensBytes + (set - 1) * kAsideBytes;
+}
+
+doubled_rows rows_of(const bulk_frame& f, int p) {
+  if (f.place == placing::in_place) {
+    const bool chroma = f.job->format == out_format::i420;
+    const auto of = [&](const row_grid& g, int row) { return chroma ? at(f, g, row) : nullptr; };
+    return {at(f, f.luma, 4 * p), at(f, f.luma, 4 * p + 2), at(f, f.luma, 4 * p - 2), of(f.u, 2 * p),
+            of(f.u, 2 * p - 2),   of(f.v, 2 * p),           of(f.v, 2 * p - 2)};
+  }
+  uint8_t* const first = aside(f.context, 2 * p % 3);
+  uint8_t* const second = aside(f.context, (2 * p + 1) % 3);
+  // The second row leaves the chroma of its set alone: that of the row pair before.
+  return {first,           second,           aside(f.context, (2 * p + 2) % 3),
+          first + kAsideU, second + kAsideU, first + kAsideV,
+          second + kAsideV};
+}
+
+// Stores one row as the rounded-up mean of two others (of one and itself: as it is), cut to the frame.
+void put_mean(const bulk_frame& f, const row_grid& g, int row, const uint8_t* a, const uint8_t* b, int n) {
+  if (f.place == placing::in_place) return f.kernels->mean(at(f, g, row), a, b, n);
+  const int64_t to = g.start + row * g.step;
+  for (int64_t i = to < 0 ? -to : 0; i < n && to + i < f.job->destination_bytes; ++i)
+    f.job->destination[to + i] = static_cast<uint8_t>((a[i] + b[i] + 1) >> 1);
+}
+void put_aside(const bulk_frame& f, const row_grid& g, int row, const uint8_t* a, int n) {
+  if (f.place == placing::clipped) put_mean(f, g, row, a, a, n);
+}
+
+// A picture that runs upwards has its first row twice, the copy below it; one that runs downwards its last row.
+void put_copy(const bulk_frame& f, const row_grid& g, int p, int rows, const uint8_t* first,
+              const uint8_t* last, int n) {
+  if (g.step < 0 && p == 0) put_mean(f, g, -1, first, first, n);
+  if (g.step > 0 && p == f.row_pairs - 1) put_mean(f, g, rows * p + rows - 1, last, last, n);
+}
+
+// Rows 4p and 4p + 2 are the row pair's own, those between and before them means; in chroma, row 2p is.
+void put_luma(const bulk_frame& f, int p, const doubled_rows& d, int n) {
+  put_aside(f, f.luma, 4 * p, d.first, n);
+  put_aside(f, f.luma, 4 * p + 2, d.second, n);
+  put_mean(f, f.luma, 4 * p + 1, d.first, d.second, n);
+}
+void put_luma_before(const bulk_frame& f, int p, const doubled_rows& d, int n) {
+  if (p > 0) put_mean(f, f.luma, 4 * p - 1, d.before, d.first, n);
+}
+
+void double_i420(const bulk_frame& f, int p) {
+  const bulk_kernels& k = *f.kernels;
+  const cell_rows a = cells_of(f);
+  const doubled_rows d = rows_of(f, p);
+  const int half = f.columns / 2;
+  k.cells_to_yuv(a);
+  k.widen(d.first, a.luma[0], f.columns, {f.mirrored, 16});
+  k.widen(d.second, a.luma[1], f.columns, {f.mirrored, 16});
+  k.widen(d.u, a.u, half, {f.mirrored, 8});
+  k.widen(d.v, a.v, half, {f.mirrored, 8});
+  // Planes can overlap in a clipped frame, so the order counts: own rows, means towards the row pair before, copies.
+  const int n = f.pixels;
+  put_luma(f, p, d, n);
+  put_aside(f, f.u, 2 * p, d.u, n / 2);
+  put_aside(f, f.v, 2 * p, d.v, n / 2);
+  put_luma_before(f, p, d, n);
+  if (p > 0) {
+    put_mean(f, f.u, 2 * p - 1, d.u_before, d.u, n / 2);
+    put_mean(f, f.v, 2 * p - 1, d.v_before, d.v, n / 2);
+  }
+  put_copy(f, f.luma, p, 4, d.first, d.second, n);
+  put_copy(f, f.u, p, 2, d.u, d.u, n / 2);
+  put_copy(f, f.v, p, 2, d.v, d.v, n / 2);
+}
+
+// The other formats: planes are widened, then joined to rows.
+void double_joined(const bulk_frame& f, int p) {
+  ppl_context* const c = f.context;
+  const bulk_kernels& k = *f.kernels;
+  const cell_rows a = cells_of(f);
+  const doubled_rows d = rows_of(f, p);
+  uint8_t* const to[2] = {d.first, d.second};
+  uint8_t* const wide[3] = {wide_row(c, 0), wide_row(c, 1), wide_row(c, 2)};
+  const widen_rule rule = {f.mirrored, 16};
+  if (is_rgb(f.job->format)) {
+    k.cells_to_rgb(a);
+    k.widen(wide[0], a.r, f.columns, rule);
+    k.widen(wide[2], a.b, f.columns, rule);
+    for (int i = 0; i < 2; ++i) {
+      k.widen(wide[1], a.g[i], f.columns, rule);
+      k.rgb24(to[i], wide[0], wide[1], wide[2], f.pixels);
+    }
+  } else {
+    const auto pack = f.job->format == out_format::yuyv ? k.yuyv : k.uyvy;
+    k.cells_to_yuv(a);
+    k.widen(wide[1], a.u, f.columns / 2, {f.mirrored, 8});
+    k.widen(wide[2], a.v, f.columns / 2, {f.mirrored, 8});
+    for (int i = 0; i < 2; ++i) {
+      k.widen(wide[0], a.luma[i], f.columns, rule);
+      pack(to[i], wide[0], wide[1], wide[2], f.pixels);
+    }
+  }
+  const int n = pixel_bytes(f.job->format) * f.pixels;
+  put_luma(f, p, d, n);
+  put_luma_before(f, p, d, n);
+  put_copy(f, f.luma, p, 4, d.first, d.second, n);
+}
+
+}  // namespace
+
+void double_row_pair(const bulk_frame& f, int row_pair) {
+  (f.job->format == out_format::i420 ? double_i420 : double_joined)(f, row_pair);
+}
+
+}  // namespace ppl::bulk

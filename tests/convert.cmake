@@ -1,0 +1,6 @@
+# Conversions where rows, planes and destinations do not fit together as usual.
+add_executable(convert_edge_cases ${CMAKE_CURRENT_SOURCE_DIR}/convert_edge_cases.cpp)
+target_include_directories(convert_edge_cases PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
+target_compile_options(convert_edge_cases PRIVATE ${PPL_WARNINGS})
+target_link_libraries(convert_edge_cases PRIVATE ppl_test GTest::gtest_main)
+gtest_discover_tests(convert_edge_cases DISCOVERY_TIMEOUT 60)

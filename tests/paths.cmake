@@ -1,0 +1,9 @@
+# The tile pipeline: its blocks alone, and the corners of its paths and formats.
+add_executable(paths blocks_test.cpp paths_test.cpp)
+target_include_directories(paths PRIVATE ${CMAKE_CURRENT_SOURCE_DIR} ${PPL_ROOT}/include ${PPL_ROOT})
+target_compile_options(paths PRIVATE ${PPL_WARNINGS} -O1)
+if(PPL_SANITIZE)
+  target_compile_options(paths PRIVATE -fsanitize=address,undefined -fno-sanitize-recover=all)
+endif()
+target_link_libraries(paths PRIVATE ppl_test GTest::gtest_main)
+gtest_discover_tests(paths TEST_PREFIX "paths.")
