@@ -3,6 +3,7 @@
 #include <stddef.h>
 
 #include "platform/levels.h"
+#include "tile/lens_rows.h"
 
 namespace ppl {
 
@@ -42,23 +43,6 @@ uint8_t* scratch_row_at(const walk& w, int row) {
 
 // ---- stages
 
-// The factors of a row's columns. Entries outside the table count as 1.0; only then a row is made in scratch.
-const uint16_t* lens_factors(const walk& w, int r, int slot) {
-  const ppl_context& c = *w.context;
-  if (c.lens_correction_enabled == 0 || c.lens_table == nullptr) return nullptr;
-  const int64_t distance = static_cast<int64_t>(r) - c.lens_origin_y;
-  const int64_t first = (distance < 0 ? -distance : distance) * c.lens_width;
-  const int64_t entries = c.lens_table_size / 2;
-  if (first >= 0 && first + w.width <= entries) return c.lens_table + first;
-  uint16_t* out =
-      static_cast<uint16_t*>(static_cast<void*>(w.context->scratch + 64 + kLensScratch + slot * 4096));
-  for (int x = 0; x < w.width; ++x) {
-    const int64_t entry = first + x;
-    out[x] = entry >= 0 && entry < entries ? c.lens_table[entry] : 8192;
-  }
-  return out;
-}
-
 void gather_statistics(walk& w, int output_row_pair, ring_id ring) {
   const path_traits& path = *w.path;
   const int front_row = 2 * (output_row_pair + path.lead_row_pairs);
@@ -82,6 +66,7 @@ void front_end_stage(walk& w, int r) {
   const bool collect = c.mean_collection != 0 && (output_row_pair & 1) != 0 && output_row_pair >= 1 &&
                        output_row_pair <= w.row_pairs - 1 - path.bottom && w.tiles - 1 - path.right >= 1;
   uint8_t* const source = w.job->source + static_cast<ptrdiff_t>(r) * c.frame_stride;
+  uint16_t* const spare = static_cast<uint16_t*>(static_cast<void*>(c.scratch + 64 + kLensScratch));
   w.kernels->front_end({.context = &c,
                         .source_even = source,
                         .source_odd = source + c.frame_stride,
@@ -89,8 +74,8 @@ void front_end_stage(walk& w, int r) {
                         .frame_odd = path.medium_filter ? nullptr : source + c.frame_stride,
                         .row_even = w.row(ring, r),
                         .row_odd = w.row(ring, r + 1),
-                        .lens_even = lens_factors(w, r, 0),
-                        .lens_odd = lens_factors(w, r + 1, 1),
+                        .lens_even = lens_row(c, r, w.width, spare),
+                        .lens_odd = lens_row(c, r + 1, w.width, spare + 2048),
                         .black_even = collect ? scratch_row_at(w, kBlackEven) : nullptr,
                         .black_odd = collect ? scratch_row_at(w, kBlackOdd) : nullptr,
                         .width = w.width});
