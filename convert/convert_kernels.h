@@ -32,7 +32,6 @@ struct convert_kernels {
   void (*fill)(uint8_t* out, int64_t bytes, uint8_t even, uint8_t odd);
 
   // Row operations. All means round up: (a + b + 1) >> 1.
-  void (*mean)(uint8_t* out, const uint8_t* a, const uint8_t* b, int pixels);
   // The later row, its chroma bytes replaced by the mean of kept and below where the motion test says so.
   void (*blend[kLayouts])(uint8_t* out, const blend_rows& rows, int pixels, int threshold);
   // in_pixels is a multiple of 16; out gets a half or a quarter of them, and up to 64 bytes of padding behind.
@@ -40,6 +39,10 @@ struct convert_kernels {
   void (*shrink_4[kLayouts])(uint8_t* out, const uint8_t* in, int in_pixels);
   // Twice the pixels, YUYV only.
   void (*widen)(uint8_t* out, const uint8_t* in, int in_pixels);
+  // Both rows widened to K and L, between them and the widened row before their means: mean(K, before), K,
+  // mean(K, L), L. L replaces the row before. YUYV only.
+  void (*double_pair)(uint8_t* const out[4], const uint8_t* kept, const uint8_t* later, uint8_t* before,
+                      int in_pixels);
 
   // Row sinks.
   void (*swap)(uint8_t* out, const uint8_t* in, int pixels);  // the two bytes of every word change places

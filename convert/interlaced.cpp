@@ -45,28 +45,15 @@ void shrink(const fields& f, row_sink& sink, int decimation, int64_t rows) {
   }
 }
 
-// With K and B the widened rows i of the kept and of the blended field: mean(K, B before), K, mean(K, B), B.
+// Four rows from each pair, every one twice as wide. Above the first pair stands its own kept row.
 void double_rows(const fields& f, row_sink& sink) {
   const convert_kernels& k = *sink.kernels;
-  uint8_t* const kept = sink.rows.widened_kept;
+  k.widen(sink.rows.widened_before, f.kept, f.rows > 0 ? f.pixels : 0);
   for (int i = 0; i < f.rows; i++) {
-    const uint8_t* const before = sink.rows.widened_later[(i + 1) & 1];
-    uint8_t* const later = sink.rows.widened_later[i & 1];
-    k.widen(kept, f.kept + i * f.pitch, f.pixels);
-    k.widen(later, later_row(f, sink, i, sink.rows.blended), f.pixels);
-    const auto put_mean = [&](const uint8_t* other) {
-      uint8_t* const out = make_row(sink);
-      k.mean(out, kept, other, 2 * f.pixels);
-      put_row(sink, out);
-    };
-    if (i == 0) {
-      put_row(sink, kept);
-    } else {
-      put_mean(before);
-    }
-    put_row(sink, kept);
-    put_mean(later);
-    put_row(sink, later);
+    uint8_t* const out[4] = {make_row(sink), make_row(sink, 1), make_row(sink, 2), make_row(sink, 3)};
+    const uint8_t* const later = later_row(f, sink, i, sink.rows.blended);
+    k.double_pair(out, f.kept + i * f.pitch, later, sink.rows.widened_before, f.pixels);
+    for (const uint8_t* row : out) put_row(sink, row);
   }
 }
 

@@ -1,4 +1,4 @@
-// Rows as they stand: copy, fill, bytes swapped, mean of two rows.
+// Rows as they stand: copy, fill, bytes swapped.
 #pragma once
 
 #include "convert/packed_ops.h"
@@ -35,10 +35,6 @@ static void fill_bytes(uint8_t* out, int64_t bytes, uint8_t even_byte, uint8_t o
 
 static void swap_row(uint8_t* out, const uint8_t* in, int pixels) {
   walk_exact(2 * pixels, [&]<class V>(int x) { storeu(out + x, swap_bytes(loadu<V>(in + x))); });
-}
-
-static void mean_row(uint8_t* out, const uint8_t* a, const uint8_t* b, int pixels) {
-  walk_exact(2 * pixels, [&]<class V>(int x) { storeu(out + x, avg8(loadu<V>(a + x), loadu<V>(b + x))); });
 }
 
 }  // namespace ppl::PPL_LEVEL

@@ -44,24 +44,67 @@ static void shrink_row_4(uint8_t* out, const uint8_t* in, int in_pixels) {
 // Ya U Yb V and the macropixel behind it, Ya' U' Yb' V', give
 //   Ya, U, mean(Ya, Yb), V   and   Yb, mean(U, U'), mean(Yb, Ya'), mean(V, V').
 template <class V>
-PPL_INLINE void widen_step(uint8_t* out, V here, V next) {
+struct widened {
+  V first, second;
+};
+template <class V>
+PPL_INLINE widened<V> widen_macropixels(V here, V next) {
   const V luma_1 = set32<V>(0x00ff0000), luma_0 = set32<V>(0x000000ff);
   const V even_ones = andnot(luma_1, here) | (luma_1 & avg8(here, sll32<16>(here)));
   const V chroma = even_odd(srl32<16>(here) & luma_0, avg8(here, next));
   const V odd_ones = chroma | (luma_1 & avg8(here, sll32<16>(next)));
-  V first, second;
-  interleave32(even_ones, odd_ones, first, second);
-  storeu(out, first);
-  storeu(out + V::size, second);
+  widened<V> w;
+  interleave32(even_ones, odd_ones, w.first, w.second);
+  return w;
 }
 
-// Behind the last macropixel stands an identical one.
-static void widen_row(uint8_t* out, const uint8_t* in, int in_pixels) {
+// Calls step(position, widened vectors of each row) along rows of the same length. Behind the last macropixel
+// stands an identical one.
+template <int Rows, class Step>
+PPL_INLINE void walk_widened(const uint8_t* const (&in)[Rows], int in_pixels, Step&& step) {
   const int last = 2 * in_pixels - 16;
   if (last < 0) return;
-  walk_exact(last, [&]<class V>(int x) { widen_step(out + 2 * x, loadu<V>(in + x), loadu<V>(in + x + 4)); });
-  const vec16 here = loadu<vec16>(in + last);
-  widen_step(out + 2 * last, here, next_macropixels(here));
+  walk_exact(last, [&]<class V>(int x) {
+    widened<V> w[Rows];
+    for (int i = 0; i < Rows; i++) w[i] = widen_macropixels(loadu<V>(in[i] + x), loadu<V>(in[i] + x + 4));
+    step(2 * x, w);
+  });
+  widened<vec16> w[Rows];
+  for (int i = 0; i < Rows; i++) {
+    const vec16 here = loadu<vec16>(in[i] + last);
+    w[i] = widen_macropixels(here, next_macropixels(here));
+  }
+  step(2 * last, w);
+}
+
+template <class V>
+PPL_INLINE void store_widened(uint8_t* out, widened<V> w) {
+  storeu(out, w.first);
+  storeu(out + V::size, w.second);
+}
+template <class V>
+PPL_INLINE widened<V> mean(widened<V> a, widened<V> b) {
+  return {avg8(a.first, b.first), avg8(a.second, b.second)};
+}
+
+static void widen_row(uint8_t* out, const uint8_t* in, int in_pixels) {
+  const uint8_t* const rows[1] = {in};
+  walk_widened(rows, in_pixels,
+               [=]<class V>(int x, const widened<V>(&w)[1]) { store_widened(out + x, w[0]); });
+}
+
+static void double_row_pair(uint8_t* const out[4], const uint8_t* kept, const uint8_t* later, uint8_t* before,
+                            int in_pixels) {
+  const uint8_t* const rows[2] = {kept, later};
+  uint8_t *const out_0 = out[0], *const out_1 = out[1], *const out_2 = out[2], *const out_3 = out[3];
+  walk_widened(rows, in_pixels, [=]<class V>(int x, const widened<V>(&w)[2]) {
+    const widened<V> above = {loadu<V>(before + x), loadu<V>(before + x + V::size)};
+    store_widened(out_0 + x, mean(w[0], above));
+    store_widened(out_1 + x, w[0]);
+    store_widened(out_2 + x, mean(w[0], w[1]));
+    store_widened(out_3 + x, w[1]);
+    store_widened(before + x, w[1]);
+  });
 }
 
 }  // namespace ppl::PPL_LEVEL

@@ -81,11 +81,8 @@ row_storage lay_out_rows(ppl_context* c) {
   uint8_t* const ring = c->ring_pool;
   row_storage r = {};
   r.blended = ring;
-  r.widened_kept = ring + kRowBytes;
-  r.widened_later[0] = ring + 2 * kRowBytes;
-  r.widened_later[1] = ring + 3 * kRowBytes;
-  r.made[0] = ring + 4 * kRowBytes;
-  r.made[1] = ring + 5 * kRowBytes;
+  r.widened_before = ring + kRowBytes;
+  for (int i = 0; i < 4; i++) r.made[i] = ring + (2 + i) * kRowBytes;
   r.staging = c->scratch;
   return r;
 }
@@ -149,12 +146,15 @@ void find_out_whether_direct(row_sink& sink, const ppl_context* c, const picture
   }
 }
 
-uint8_t* make_row(row_sink& sink) {
-  if (sink.direct && is_packed(sink.to) && layout_of(sink.to) == sink.from) return sink.base + sink.at;
-  return sink.rows.made[sink.made++ & 1];
+uint8_t* make_row(const row_sink& sink, int ahead) {
+  if (sink.direct && is_packed(sink.to) && layout_of(sink.to) == sink.from) {
+    return sink.base + sink.at + ahead * sink.step;
+  }
+  return sink.rows.made[(sink.put + ahead) & 3];
 }
 
 void put_row(row_sink& sink, const uint8_t* row) {
+  sink.put++;
   if (sink.to == out_format::i420) {
     if (sink.first_of_pair == nullptr) {
       sink.first_of_pair = row;

@@ -21,7 +21,7 @@ namespace ppl {
 
 // Row storage of a call, laid over the record's rings.
 struct row_storage {
-  uint8_t *blended, *widened_kept, *widened_later[2], *made[2], *staging;
+  uint8_t *blended, *widened_before, *made[4], *staging;
 };
 row_storage lay_out_rows(ppl_context* c);
 
@@ -38,7 +38,7 @@ struct row_sink {
   int64_t at, step;  // the next row (I420: luma), bytes from base, and what leads to the one after it
   int64_t u, v, chroma_step;
   const uint8_t* first_of_pair;  // I420: the row that waits for its second
-  int made;
+  int put;                       // rows so far
 };
 
 // The rows a picture is made of. Counts are those really drawn: never negative.
@@ -58,8 +58,8 @@ row_sink open_sink(ppl_context* c, layout from, out_format to, uint8_t* base, in
 void find_out_whether_direct(row_sink& sink, const ppl_context* c, const picture_rows& rows,
                              int64_t image_shift);
 
-// Where the next row may be made. Good until two rows later.
-uint8_t* make_row(row_sink& sink);
+// Where the next row may be made, or one of the three behind it. Good until four rows later.
+uint8_t* make_row(const row_sink& sink, int ahead = 0);
 void put_row(row_sink& sink, const uint8_t* row);
 // Flat rows; in I420 two at a time, an odd last one is not drawn. RGB24 has 0 for any colour.
 void put_flat_rows(row_sink& sink, int64_t count, uint8_t luma, uint8_t chroma);

@@ -183,8 +183,8 @@ struct alignas(64) ppl_context {
   // Row storage of the frame in progress; nothing here outlives a call.
   alignas(64) uint8_t ring_pool[ppl::kRingPoolBytes];
   alignas(64) uint8_t scratch[ppl::kScratchBytes];
-  // Black level, gain, offset and tone curve of the frame in one table for each of four neighbouring samples of an
-  // even and of an odd row, each entry already at its sample's place in 32 bits (tile/tone.h).
+  // Black level, gain, offset and tone curve of the frame in progress as one look-up, in the form that suits the
+  // level: for each of four neighbouring samples of an even and of an odd row, or for each site (tile/tone.h).
   alignas(64) uint32_t site_tables[2][4][256];
 };
 

@@ -233,9 +233,9 @@ PPL_API uint8_t ppl_process_blrtorgb32(ppl_context *, uint8_t *source, uint8_t *
  *   RGB24, RGB32  are not converted at all: destination is filled with 255, the result is always false.
  *
  * The scaler moves on by at most one input row per output row. So out_height from the input height up gives the whole
- * picture; below it the rows come from the top of the frame: shrink with _deci_2_1. The row resampling position of
- * output pixel i is i * (in << 20) / out, blended with 8-bit weights. Where two line buffers of the output width do not
- * fit 57344 bytes nothing is scaled and the result is that of the conversion. */
+ * picture; below it the rows come from the top of the frame: shrink with _deci_2_1. The position of output pixel i in
+ * its row is i * ((in << 20) / out) with 20 fraction bits, blended with 8-bit weights. A plane whose two output rows do
+ * not fit 57344 bytes is not scaled. */
 PPL_API uint8_t BaylorToI420MMX(ppl_context *, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
 PPL_API uint8_t BaylorToI420MMX_deci_2_1(ppl_context *, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
 PPL_API uint8_t BaylorToI420MMX_intp_1_2(ppl_context *, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);

@@ -89,7 +89,6 @@ void front_end(const bulk_frame& f, int row_pair) {
   const auto row_if = [&](bool wanted, plane_row row) { return wanted ? plane(c, row) : nullptr; };
   const tile_kernels& k = *c->kernels->tile;
   k.front_end({.context = c,
-               .tone = tone_of(f),
                .source_even = even,
                .source_odd = odd,
                .frame_even = even,

@@ -366,9 +366,9 @@ class session {
         ADD_FAILURE() << "byte " << theirs - o << " of " << picture_bytes << " is " << int{*theirs}
                       << ", not " << int{*ours} << ", " << where(i, c);
       }
-      EXPECT_EQ(std::memcmp(e, e_before.data(), source_bytes), 0) << where(i, c);
-      EXPECT_EQ(std::memcmp(k, k_before.data(), source_bytes), 0) << where(i, c);
-      EXPECT_EQ(std::memcmp(l, l_before.data(), source_bytes), 0) << where(i, c);
+      EXPECT_TRUE(std::equal(e_before.begin(), e_before.end(), e)) << where(i, c);
+      EXPECT_TRUE(std::equal(k_before.begin(), k_before.end(), k)) << where(i, c);
+      EXPECT_TRUE(std::equal(l_before.begin(), l_before.end(), l)) << where(i, c);
       EXPECT_EQ(statistics(i.context).words, i.kept) << where(i, c);
     }
     check_getters();

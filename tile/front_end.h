@@ -42,7 +42,7 @@ PPL_INLINE void look_up_rows(const front_end_args a, const uint8_t* even_row, co
 
 }  // namespace front_end_detail
 
-// Up to the green balance, and what statistics keep; at levels with the curve in registers all of it.
+// Up to the green balance, and what statistics keep; at levels with the look-up in registers all of it.
 template <bool kLens, bool kGreen>
 static void front_end_rows(const front_end_args& args) {
   using namespace front_end_detail;
@@ -50,9 +50,7 @@ static void front_end_rows(const front_end_args& args) {
   const ppl_context& c = *a.context;
   const vec_i16 green_threshold = c.GbGr_diff_plus;
   const vec_u8 black_b_gb = c.black_b_gb, black_gr_r = c.black_gr_r;
-  const vec_i16 gain_b_g = c.gain_b_g, gain_g_r = c.gain_g_r, delta_b_g = c.delta_b_g,
-                delta_g_r = c.delta_g_r;
-  const tone_curve tone(a.tone);
+  const site_curves even_curves(c, 0), odd_curves(c, 1);
   walk_exact(a.width, [&]<class V>(int x) {
     V e, o;
     if constexpr (kLens) {
@@ -63,29 +61,18 @@ static void front_end_rows(const front_end_args& args) {
       o = loadu<V>(a.source_odd + x);
     }
     if constexpr (kGreen) balance_green(e, o, repeat16<V>(&green_threshold));
-    if constexpr (!kToneInRegisters) {
-      store(a.row_even + x, e);
-      store(a.row_odd + x, o);
-    }
-    if (!kToneInRegisters && a.black_even == nullptr) return;
-    e = subs_u8(e, repeat16<V>(&black_b_gb));
-    o = subs_u8(o, repeat16<V>(&black_gr_r));
     if (a.black_even != nullptr) {
-      store(a.black_even + x, e);
-      store(a.black_odd + x, o);
+      store(a.black_even + x, subs_u8(e, repeat16<V>(&black_b_gb)));
+      store(a.black_odd + x, subs_u8(o, repeat16<V>(&black_gr_r)));
     }
-    if constexpr (kToneInRegisters) {
-      e = white_balance<V>(gain_b_g, delta_b_g)(e);
-      o = white_balance<V>(gain_g_r, delta_g_r)(o);
-      e = tone(e);
-      o = tone(o);
-      if (a.frame_even != nullptr) {
-        storeu(a.frame_even + x, e);
-        storeu(a.frame_odd + x, o);
-      }
-      store(a.row_even + x, e);
-      store(a.row_odd + x, o);
+    e = even_curves(e);
+    o = odd_curves(o);
+    if (kToneInRegisters && a.frame_even != nullptr) {
+      storeu(a.frame_even + x, e);
+      storeu(a.frame_odd + x, o);
     }
+    store(a.row_even + x, e);
+    store(a.row_odd + x, o);
   });
   if constexpr (!kToneInRegisters) look_up_rows(a, a.row_even, a.row_odd);
 }

@@ -23,7 +23,6 @@ constexpr int kTile = 16;
 // tile/front_end.h
 struct front_end_args {
   const ppl_context* context;
-  const uint8_t* tone;                      // 256 bytes
   const uint8_t *source_even, *source_odd;  // caller's memory
   uint8_t *frame_even, *frame_odd;          // caller's memory for the result, or null
   uint8_t *row_even, *row_odd;              // row storage for the result
@@ -35,12 +34,12 @@ struct front_end_args {
 // tile/statistics.h
 struct statistics_args {
   ppl_context* context;
-  const uint8_t *black_even, *black_odd;  // black-corrected samples
-  const uint8_t *tone_even, *tone_odd;    // finished samples
-  int32_t plain_only;                     // neither qual nor qAE
-  int32_t row_pair;                       // of the output position; odd
-  int32_t last_tile;                      // inner tiles are 1 .. last_tile
-  int32_t tile_lead;                      // tiles by which the front end runs ahead
+  uint8_t *black_even, *black_odd;  // black-corrected samples; the tile before that of tile 1 is overwritten
+  const uint8_t *tone_even, *tone_odd;  // finished samples
+  int32_t plain_only;                   // neither qual nor qAE
+  int32_t row_pair;                     // of the output position; odd
+  int32_t last_tile;                    // inner tiles are 1 .. last_tile
+  int32_t tile_lead;                    // tiles by which the front end runs ahead
 };
 
 // tile/median.h: rows r - 2 .. r + 2
@@ -129,7 +128,7 @@ struct smooth_args {
 };
 
 struct tile_kernels {
-  // Once per frame, before its first row pair: whatever the level keeps of the tone curve.
+  // Once per frame, before its first row pair: the record's site tables, in the level's own form.
   void (*prepare_tone)(ppl_context& context, const uint8_t* tone);
   void (*front_end)(const front_end_args&);
   void (*statistics)(const statistics_args&);

@@ -1,9 +1,11 @@
-// Gain, offset and tone curve of the front end, in the form that suits the level.
+// Black level, gain, offset and tone curve of the front end as one look-up for each of the four sites.
 //
-// With 64-byte registers the 256-byte curve stands in four of them and a look-up is three instructions, so gain and
-// offset are computed. Elsewhere a look-up is scalar whatever stands in the table: black level, gain, offset and curve
-// go into one table per site, each entry shifted to its sample's place among four, so that four samples are four
-// loads and three ors.
+//   x = max(x - black, 0);  v = (x * gain >> 5) + delta: 16-bit product, logical shift, wrapping sum; clamped to
+//   0..255;  tone[v]
+//
+// Made once per frame into the record's site tables. With 64-byte registers a table stands in four of them, and both
+// tables of a row are looked up and blended. Elsewhere a look-up is scalar: each entry is held already shifted to its
+// sample's place among four, so that four samples are four loads and three ors.
 #pragma once
 
 #include "tile/kernels.h"
@@ -11,36 +13,41 @@
 
 namespace ppl::PPL_LEVEL {
 
-// v = (x * gain >> 5) + delta: 16-bit product, logical shift, wrapping sum; then clamped to 0..255.
-template <class V>
-struct white_balance {
-  V gain_even, gain_odd, delta_even, delta_odd;
-  PPL_INLINE_MEMBER white_balance(const vec_i16& gain, const vec_i16& delta)
-      : gain_even(set16<V>(gain.lane[0])),
-        gain_odd(set16<V>(gain.lane[1])),
-        delta_even(set16<V>(delta.lane[0])),
-        delta_odd(set16<V>(delta.lane[1])) {}
-  PPL_INLINE_MEMBER V operator()(V x) const {
-    return join_clamp8(add16(srl16<5>(mullo16(even(x), gain_even)), delta_even),
-                       add16(srl16<5>(mullo16(odd(x), gain_odd)), delta_odd));
-  }
-};
+// What sample x of a row (0 even, 1 odd) at a column parity becomes.
+PPL_INLINE uint8_t toned(const ppl_context& c, const uint8_t* tone, int row, int column, int x) {
+  const vec_u8& black = row == 0 ? c.black_b_gb : c.black_gr_r;
+  const vec_i16& gain = row == 0 ? c.gain_b_g : c.gain_g_r;
+  const vec_i16& delta = row == 0 ? c.delta_b_g : c.delta_g_r;
+  const int above = x > black.lane[column] ? x - black.lane[column] : 0;
+  const unsigned product = static_cast<unsigned>(above) * static_cast<uint16_t>(gain.lane[column]) & 0xffff;
+  const int v = static_cast<int16_t>(static_cast<int>(product >> 5) + delta.lane[column]);
+  return tone[v < 0 ? 0 : v > 255 ? 255 : v];
+}
 
 #if defined(PPL_LEVEL_avx512)
 constexpr bool kToneInRegisters = true;
 
-// Two look-ups by the low seven bits, chosen by the top bit.
-struct tone_curve {
-  __m512i t0, t1, t2, t3;
-  explicit tone_curve(const uint8_t* t)
-      : t0(_mm512_loadu_si512(t)),
-        t1(_mm512_loadu_si512(t + 64)),
-        t2(_mm512_loadu_si512(t + 128)),
-        t3(_mm512_loadu_si512(t + 192)) {}
+static void prepare_tone(ppl_context& c, const uint8_t* tone) {
+  uint8_t* const out = reinterpret_cast<uint8_t*>(c.site_tables);
+  for (int row = 0; row < 2; ++row)
+    for (int column = 0; column < 2; ++column)
+      for (int x = 0; x < 256; ++x) out[(2 * row + column) * 256 + x] = toned(c, tone, row, column, x);
+}
+
+// The two tables of a row. Each look-up is two by the low seven bits, chosen by the top bit.
+struct site_curves {
+  __m512i table[2][4];
+  site_curves(const ppl_context& c, int row) {
+    const uint8_t* const from = reinterpret_cast<const uint8_t*>(c.site_tables) + 512 * row;
+    for (int i = 0; i < 8; ++i) table[i / 4][i % 4] = _mm512_load_si512(from + 64 * i);
+  }
   PPL_INLINE_MEMBER vec<64> operator()(vec<64> x) const {
-    const __m512i low = _mm512_permutex2var_epi8(t0, x.v, t1);
-    const __m512i high = _mm512_permutex2var_epi8(t2, x.v, t3);
-    return {_mm512_mask_blend_epi8(_mm512_movepi8_mask(x.v), low, high)};
+    const __mmask64 high = _mm512_movepi8_mask(x.v);
+    __m512i out[2];
+    for (int i = 0; i < 2; ++i)
+      out[i] = _mm512_mask_blend_epi8(high, _mm512_permutex2var_epi8(table[i][0], x.v, table[i][1]),
+                                      _mm512_permutex2var_epi8(table[i][2], x.v, table[i][3]));
+    return even_odd(vec<64>{out[0]}, vec<64>{out[1]});
   }
   PPL_INLINE_MEMBER vec<16> operator()(vec<16> x) const {
     return {_mm512_castsi512_si128((*this)(vec<64>{_mm512_castsi128_si512(x.v)}).v)};
@@ -49,34 +56,24 @@ struct tone_curve {
 #else
 constexpr bool kToneInRegisters = false;
 
-struct tone_curve {
-  explicit tone_curve(const uint8_t*) {}
+static void prepare_tone(ppl_context& c, const uint8_t* tone) {
+  for (int row = 0; row < 2; ++row)
+    for (int column = 0; column < 2; ++column)
+      for (int x = 0; x < 256; ++x) {
+        const uint32_t value = toned(c, tone, row, column, x);
+        c.site_tables[row][column][x] = value << (8 * column);
+        c.site_tables[row][column + 2][x] = value << (8 * column + 16);
+      }
+}
+
+struct site_curves {
+  site_curves(const ppl_context&, int) {}
   template <class V>
   PPL_INLINE_MEMBER V operator()(V x) const {
     return x;
   }
 };
 #endif
-
-static void prepare_tone(ppl_context& c, const uint8_t* tone) {
-  if constexpr (kToneInRegisters) return;
-  const uint8_t black[2][2] = {{c.black_b_gb.lane[0], c.black_b_gb.lane[1]},
-                               {c.black_gr_r.lane[0], c.black_gr_r.lane[1]}};
-  const vec_i16* const gain[2] = {&c.gain_b_g, &c.gain_g_r};
-  const vec_i16* const delta[2] = {&c.delta_b_g, &c.delta_g_r};
-  for (int row = 0; row < 2; ++row)
-    for (int column = 0; column < 2; ++column) {
-      const unsigned g = static_cast<uint16_t>(gain[row]->lane[column]);
-      const int d = delta[row]->lane[column], b = black[row][column];
-      for (int x = 0; x < 256; ++x) {
-        const unsigned product = static_cast<unsigned>(x > b ? x - b : 0) * g & 0xffff;
-        int v = static_cast<int16_t>(static_cast<int>(product >> 5) + d);
-        v = v < 0 ? 0 : v > 255 ? 255 : v;
-        c.site_tables[row][column][x] = static_cast<uint32_t>(tone[v]) << (8 * column);
-        c.site_tables[row][column + 2][x] = static_cast<uint32_t>(tone[v]) << (8 * column + 16);
-      }
-    }
-}
 
 // A row through its tables; `width` is a multiple of 8. The result goes to two places, the second may be null.
 PPL_INLINE void look_up_row(const uint32_t (&table)[4][256], const uint8_t* from, uint8_t* row,

@@ -83,7 +83,6 @@ void front_end_stage(walk& w, int r) {
                        output_row_pair <= w.row_pairs - 1 - path.bottom && w.tiles - 1 - path.right >= 1;
   uint8_t* const source = w.job->source + static_cast<ptrdiff_t>(r) * c.frame_stride;
   w.kernels->front_end({.context = &c,
-                        .tone = c.rgb_gamma_table,
                         .source_even = source,
                         .source_odd = source + c.frame_stride,
                         .frame_even = path.medium_filter ? nullptr : source,

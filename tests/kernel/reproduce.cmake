@@ -8,7 +8,7 @@ foreach(part IN LISTS parts)
 endforeach()
 execute_process(COMMAND ${CMAKE_COMMAND} --preset ${PRESET} WORKING_DIRECTORY ${COPY} OUTPUT_QUIET
   COMMAND_ERROR_IS_FATAL ANY)
-execute_process(COMMAND ${CMAKE_COMMAND} --build --preset ${PRESET} --parallel 2 WORKING_DIRECTORY ${COPY}
+execute_process(COMMAND ${CMAKE_COMMAND} --build --preset ${PRESET} WORKING_DIRECTORY ${COPY}
   OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
 set(different)
 foreach(file ppl.sys ppl.lib libppl.a ppl.pdb)
