@@ -65,7 +65,6 @@ struct block {
 front_end_args front_end(bench_rows& b, bool lens, bool collect) {
   uint16_t* const factors = lens ? reinterpret_cast<uint16_t*>(b.lens.data()) : nullptr;
   return {.context = &b.context(),
-          .tone = b.context().rgb_gamma_table,
           .source_even = b.in[0],
           .source_odd = b.in[1],
           .frame_even = b.out[0],
@@ -287,7 +286,11 @@ constexpr block kBlocks[] = {
 
     {"convert/copy", kWidth, [](bench_rows& b) { b.k().convert->copy(b.out[0], b.in[0], 2 * kWidth); }},
     {"convert/fill", kWidth, [](bench_rows& b) { b.k().convert->fill(b.out[0], 2 * kWidth, 16, 128); }},
-    {"convert/mean", kWidth, [](bench_rows& b) { b.k().convert->mean(b.out[0], b.in[0], b.in[1], kWidth); }},
+    {"convert/double_pair", 2 * kWidth,
+     [](bench_rows& b) {
+       uint8_t* const out[4] = {b.out[0], b.out[1], b.out[2], b.out[3]};
+       b.k().convert->double_pair(out, b.in[0], b.in[1], b.out[4], kWidth);
+     }},
     // One row in two is tested.
     {"convert/blend", 2 * kWidth,
      [](bench_rows& b) {

@@ -17,19 +17,25 @@
 namespace peers {
 namespace {
 
+enum class sharpening { kernel, unsharp_mask };
+
 struct camera {
   int w, h;
   bench::buffer raw;
-  cv::Mat mosaic, shading, table, matrix, corrected, shaded, toned, bgr, coloured, bgra, bgra_coloured;
-  cv::Mat i420, finished, blurred, packed, rgb, scaled;
+  cv::Mat mosaic, black, shading, table, matrix, corrected, shaded, toned, bgr, coloured, bgra, bgra_coloured;
+  cv::Mat i420, finished, median, chroma_median, blurred, sharpen, packed, rgb, scaled;
 
   explicit camera(bench::size s)
       : w(s.width), h(s.height), raw(bench::mosaic(s.width, s.height, bench::content::photograph)) {
     mosaic = cv::Mat(h, w, CV_8UC1, raw.data());
+    black = cv::Mat(h, w, CV_8UC1, cv::Scalar(12));
+    corrected = cv::Mat(h, w, CV_8UC1);
+    shaded = cv::Mat(h, w, CV_8UC1);
     shading = cv::Mat(h, w, CV_8UC1, cv::Scalar(200));
     table = cv::Mat(1, 256, CV_8UC1);
     for (int i = 0; i < 256; ++i) table.at<uint8_t>(i) = cv::saturate_cast<uint8_t>(16 * std::sqrt(i));
     matrix = (cv::Mat_<float>(3, 3) << 1.4, -0.3, -0.1, -0.2, 1.4, -0.2, -0.1, -0.4, 1.5);
+    sharpen = (cv::Mat_<float>(3, 3) << 0, -0.25, 0, -0.25, 2, -0.25, 0, -0.25, 0);
     i420 = cv::Mat(h * 3 / 2, w, CV_8UC1);
     finished = cv::Mat(h * 3 / 2, w, CV_8UC1);
     bgra_coloured = cv::Mat(h, w, CV_8UC4);
@@ -49,9 +55,10 @@ struct camera {
   uint8_t* u(cv::Mat& f) const { return f.data + size_t(w) * h; }
   uint8_t* v(cv::Mat& f) const { return f.data + size_t(w) * h * 5 / 4; }
 
+  // Both calls take any bytes, four to a "pixel". The shading is at most 1: the tone table makes up for it.
   void correct() {
-    cv::subtract(mosaic, cv::Scalar(12), corrected);
-    cv::multiply(corrected, shading, shaded, 1.0 / 180);
+    libyuv::ARGBSubtract(mosaic.data, w, black.data, w, corrected.data, w, w / 4, h);
+    libyuv::ARGBMultiply(corrected.data, w, shading.data, w, shaded.data, w, w / 4, h);
   }
   void tone(const cv::Mat& from) { cv::LUT(from, table, toned); }
   // OpenCV names the pattern after the second row's second and third sample: this is B Gb / Gr R.
@@ -66,29 +73,32 @@ struct camera {
     cv::transform(bgr, coloured, matrix);
     cv::cvtColor(coloured, i420, cv::COLOR_BGR2YUV_I420);
   }
-  void filter() {
+  void filter(sharpening how) {
     cv::Mat out = luma(finished, w, h);
-    cv::Mat& median = corrected;
     cv::medianBlur(luma(i420, w, h), median, 3);
-    cv::blur(median, blurred, {3, 3});
-    cv::addWeighted(median, 1.75, blurred, -0.75, 0, out);
+    if (how == sharpening::kernel) {
+      cv::filter2D(median, out, -1, sharpen);
+    } else {
+      cv::GaussianBlur(median, blurred, {3, 3}, 0);
+      cv::addWeighted(median, 1.75, blurred, -0.75, 0, out);
+    }
     for (int plane = 0; plane < 2; ++plane) {
       cv::Mat smooth = chroma(finished, w, h, plane);
-      cv::medianBlur(chroma(i420, w, h, plane), shaded, 3);
-      cv::blur(shaded, smooth, {3, 3});
+      cv::medianBlur(chroma(i420, w, h, plane), chroma_median, 3);
+      cv::GaussianBlur(chroma_median, smooth, {3, 3}, 0);
     }
   }
-  void finished_a() {
+  void finished_a(sharpening how) {
     correct();
     tone(shaded);
     over_bgra();
-    filter();
+    filter(how);
   }
-  void finished_b() {
+  void finished_b(sharpening how) {
     correct();
     tone(shaded);
     over_bgr(true);
-    filter();
+    filter(how);
   }
   void scale(int out_w, int out_h) {
     uint8_t* const to = scaled.data;
@@ -122,15 +132,17 @@ std::vector<job> camera_jobs(bench::size s, int level_number) {
     return job{name, double(s.width) * s.height, refresh, [f, their] { (*f)->call(); }, std::move(theirs)};
   };
   const auto finished = [p](const std::function<void()>& end) {
-    return std::vector<chain>{{"OpenCV, libyuv",
-                               [p, end] {
-                                 p->finished_a();
-                                 end();
-                               }},
-                              {"OpenCV, edge-aware", [p, end] {
-                                 p->finished_b();
-                                 end();
-                               }}};
+    using body = void (camera::*)(sharpening);
+    const auto with = [p, end](const char* name, body steps, sharpening how) {
+      return chain{name, [p, end, steps, how] {
+                     (p->*steps)(how);
+                     end();
+                   }};
+    };
+    return std::vector<chain>{
+        with("OpenCV, libyuv, 3x3 kernel", &camera::finished_a, sharpening::kernel),
+        with("OpenCV, libyuv, unsharp mask", &camera::finished_a, sharpening::unsharp_mask),
+        with("OpenCV, edge-aware", &camera::finished_b, sharpening::kernel)};
   };
   const std::vector<chain> whole = finished([] {});
   const std::vector<chain> plain = {{"OpenCV, libyuv",
