@@ -1,0 +1,28 @@
+// A few frame calls and nothing else, for a profiler or an instruction counter:
+//
+//   one_frame LEVEL QUALITY FORMAT DECIMATION FRAMES      LEVEL 0 to 3, FORMAT i420 yuyv uyvy rgb24 rgb32
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "jobs.h"
+
+int main(int argc, char** argv) {
+  if (argc != 6) {
+    fprintf(stderr, "one_frame LEVEL QUALITY FORMAT DECIMATION FRAMES\n");
+    return 2;
+  }
+  bench::frame_task task = {
+      .quality = atoi(argv[2]), .decimation = atoi(argv[4]), .level_number = atoi(argv[1])};
+  for (int f = 0; f < bench::kFormats; ++f)
+    if (strcmp(argv[3], bench::kFormatNames[f]) == 0) task.to = bench::format(f);
+  if (task.level_number >= ppl_test_levels()) {
+    fprintf(stderr, "this processor has %d levels\n", ppl_test_levels());
+    return 1;
+  }
+  bench::frame_runner frame(task);
+  for (int n = 0; n < atoi(argv[5]); ++n) {
+    frame.refresh();
+    frame.call();
+  }
+}
