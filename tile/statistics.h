@@ -256,9 +256,15 @@ PPL_INLINE int gather(const statistics_args& a, cell_walk& walk, int t) {
     const group_sums<V> means(group);
     for (int g = 0; g < kGroups; ++g) {
       c.r_histogram[means.r(g) >> 3] += 8;
-      c.g_histogram[means.gb(g) >> 3] += 8;
-      c.g_histogram[means.gr(g) >> 3] += 8;
       c.b_histogram[means.b(g) >> 3] += 8;
+      // Both greens often share a bin: one addition then, since a second would wait for the first.
+      const uint32_t gb = means.gb(g) >> 3, gr = means.gr(g) >> 3;
+      if (gb == gr) {
+        c.g_histogram[gb] += 16;
+      } else {
+        c.g_histogram[gb] += 8;
+        c.g_histogram[gr] += 8;
+      }
     }
     const auto in_exposure = exposure.pass(s);
     exposed.add(in_exposure, sum(keep(in_exposure, s)));

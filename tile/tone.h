@@ -13,28 +13,47 @@
 
 namespace ppl::PPL_LEVEL {
 
-// What sample x of a row (0 even, 1 odd) at a column parity becomes.
-PPL_INLINE uint8_t toned(const ppl_context& c, const uint8_t* tone, int row, int column, int x) {
-  const vec_u8& black = row == 0 ? c.black_b_gb : c.black_gr_r;
-  const vec_i16& gain = row == 0 ? c.gain_b_g : c.gain_g_r;
-  const vec_i16& delta = row == 0 ? c.delta_b_g : c.delta_g_r;
-  const int above = x > black.lane[column] ? x - black.lane[column] : 0;
-  const unsigned product = static_cast<unsigned>(above) * static_cast<uint16_t>(gain.lane[column]) & 0xffff;
-  const int v = static_cast<int16_t>(static_cast<int>(product >> 5) + delta.lane[column]);
-  return tone[v < 0 ? 0 : v > 255 ? 255 : v];
+struct identity_table {
+  alignas(64) uint8_t at[256];
+};
+constexpr identity_table make_identity() {
+  identity_table t = {};
+  for (int x = 0; x < 256; ++x) t.at[x] = static_cast<uint8_t>(x);
+  return t;
+}
+
+// Samples first .. first + V::size - 1 of a site (row 0 even, 1 odd; column parity) on their way to the curve.
+template <class V>
+PPL_INLINE V before_curve(const ppl_context& c, int row, int column, int first) {
+  static constexpr identity_table samples = make_identity();
+  const V black = set8<V>((row == 0 ? c.black_b_gb : c.black_gr_r).lane[column]);
+  const V gain = set16<V>((row == 0 ? c.gain_b_g : c.gain_g_r).lane[column]);
+  const V delta = set16<V>((row == 0 ? c.delta_b_g : c.delta_g_r).lane[column]);
+  const V x = subs_u8(load<V>(samples.at + first), black);
+  return join_clamp8(add16(srl16<5>(mullo16(even(x), gain)), delta),
+                     add16(srl16<5>(mullo16(odd(x), gain)), delta));
 }
 
 #if defined(PPL_LEVEL_avx512)
 constexpr bool kToneInRegisters = true;
 
-static void prepare_tone(ppl_context& c, const uint8_t* tone) {
-  uint8_t* const out = reinterpret_cast<uint8_t*>(c.site_tables);
-  for (int row = 0; row < 2; ++row)
-    for (int column = 0; column < 2; ++column)
-      for (int x = 0; x < 256; ++x) out[(2 * row + column) * 256 + x] = toned(c, tone, row, column, x);
+// A table of 256 bytes in four registers. A look-up is two by the low seven bits, chosen by the top bit.
+PPL_INLINE __m512i look_up(const __m512i (&table)[4], __m512i x) {
+  return _mm512_mask_blend_epi8(_mm512_movepi8_mask(x), _mm512_permutex2var_epi8(table[0], x, table[1]),
+                                _mm512_permutex2var_epi8(table[2], x, table[3]));
 }
 
-// The two tables of a row. Each look-up is two by the low seven bits, chosen by the top bit.
+static void prepare_tone(ppl_context& c, const uint8_t* tone) {
+  const __m512i curve[4] = {_mm512_loadu_si512(tone), _mm512_loadu_si512(tone + 64),
+                            _mm512_loadu_si512(tone + 128), _mm512_loadu_si512(tone + 192)};
+  uint8_t* const out = reinterpret_cast<uint8_t*>(c.site_tables);
+  for (int site = 0; site < 4; ++site)
+    for (int x = 0; x < 256; x += 64)
+      _mm512_store_si512(out + 256 * site + x,
+                         look_up(curve, before_curve<vec<64>>(c, site >> 1, site & 1, x).v));
+}
+
+// The two tables of a row.
 struct site_curves {
   __m512i table[2][4];
   site_curves(const ppl_context& c, int row) {
@@ -42,12 +61,7 @@ struct site_curves {
     for (int i = 0; i < 8; ++i) table[i / 4][i % 4] = _mm512_load_si512(from + 64 * i);
   }
   PPL_INLINE_MEMBER vec<64> operator()(vec<64> x) const {
-    const __mmask64 high = _mm512_movepi8_mask(x.v);
-    __m512i out[2];
-    for (int i = 0; i < 2; ++i)
-      out[i] = _mm512_mask_blend_epi8(high, _mm512_permutex2var_epi8(table[i][0], x.v, table[i][1]),
-                                      _mm512_permutex2var_epi8(table[i][2], x.v, table[i][3]));
-    return even_odd(vec<64>{out[0]}, vec<64>{out[1]});
+    return even_odd(vec<64>{look_up(table[0], x.v)}, vec<64>{look_up(table[1], x.v)});
   }
   PPL_INLINE_MEMBER vec<16> operator()(vec<16> x) const {
     return {_mm512_castsi512_si128((*this)(vec<64>{_mm512_castsi128_si512(x.v)}).v)};
@@ -57,13 +71,18 @@ struct site_curves {
 constexpr bool kToneInRegisters = false;
 
 static void prepare_tone(ppl_context& c, const uint8_t* tone) {
+  alignas(64) uint8_t value[256];
   for (int row = 0; row < 2; ++row)
-    for (int column = 0; column < 2; ++column)
+    for (int column = 0; column < 2; ++column) {
+      for (int x = 0; x < 256; x += kWidth) store(value + x, before_curve<wide>(c, row, column, x));
+      for (int x = 0; x < 256; ++x) value[x] = tone[value[x]];
+      uint32_t* const here = c.site_tables[row][column];
+      uint32_t* const two_on = c.site_tables[row][column + 2];
       for (int x = 0; x < 256; ++x) {
-        const uint32_t value = toned(c, tone, row, column, x);
-        c.site_tables[row][column][x] = value << (8 * column);
-        c.site_tables[row][column + 2][x] = value << (8 * column + 16);
+        here[x] = static_cast<uint32_t>(value[x]) << (8 * column);
+        two_on[x] = static_cast<uint32_t>(value[x]) << (8 * column + 16);
       }
+    }
 }
 
 struct site_curves {
