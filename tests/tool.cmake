@@ -14,7 +14,7 @@ target_compile_definitions(tool_test PRIVATE TOOL="$<TARGET_FILE:ppl_tool>"
 target_link_libraries(tool_test PRIVATE ppl::ppl PNG::PNG nlohmann_json::nlohmann_json GTest::gtest_main)
 target_compile_options(tool_test PRIVATE -O1)
 if(PPL_SANITIZE)
-  target_compile_options(tool_test PRIVATE -O0 -fsanitize=address,undefined -fno-sanitize-recover=all)
+  target_compile_options(tool_test PRIVATE -O0 -fsanitize=address)
 endif()
 add_dependencies(tool_test ppl_tool)
 # The font library keeps its tables to the end of the program: no leak of ours.
