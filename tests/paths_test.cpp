@@ -81,7 +81,7 @@ class Paths : public testing::Test {
                          : kind == fmt::rgb24 ? 3 * pixels
                          : kind == fmt::rgb32 ? 4 * pixels
                                               : 2 * pixels;
-    std::vector<uint8_t> source(static_cast<size_t>(stride * height) + 64, 0), out(bytes + 64, kUntouched);
+    std::vector<uint8_t> source(static_cast<size_t>(stride * height) + 64, 0), out(bytes + 4096, kUntouched);
     uint8_t* const from = aligned(source);
     uint8_t* const to = aligned(out);
     for (int r = 0; r < height; ++r)
@@ -93,6 +93,10 @@ class Paths : public testing::Test {
                                            : ppl_process_blrtorgb32;
     const auto u = [](int x) { return static_cast<uint32_t>(x); };
     const int result = call(c, from, to, u(width), u(height), u(stride));
+    EXPECT_TRUE(std::all_of(out.data(), to, [](uint8_t b) { return b == kUntouched; }))
+        << "in front of the frame";
+    EXPECT_TRUE(std::all_of(to + bytes, out.data() + out.size(), [](uint8_t b) { return b == kUntouched; }))
+        << "behind the frame";
     return {{to, to + bytes}, {from, from + stride * height}, width, result};
   }
 
@@ -179,6 +183,20 @@ TEST_F(Paths, LensRowsFoldAboutTheOrigin) {
     for (int r = 0; r < 6; ++r) EXPECT_EQ(p.source[static_cast<size_t>(16 * r)], expected[r]) << r;
     ppl_set_lens_correction(c, 16, 6, 0, 0, table.data(), 160, 8192, 26, 0, 26);  // 7 rows do not fit
     EXPECT_EQ(ppl_lens_correction_table(c), nullptr);
+  });
+}
+
+TEST_F(Paths, LensCentreInRowZeroUsesTableRowsZeroAndOne) {
+  at_every_level([&] {
+    linear_tone();
+    std::vector<uint16_t> table(5 * 16);
+    ASSERT_EQ(ppl_set_lens_correction(c, 16, 4, 0, 0, table.data(), 160, 0, 24, 0, 44), 1);
+    for (int row = 0; row < 5; ++row)
+      std::fill_n(table.begin() + 16 * row, 16, static_cast<uint16_t>(8192 >> row));
+    ppl_enable_lens_correction(c);
+    const picture p = frame(fmt::i420, 16, 2, flat(160));
+    EXPECT_EQ(p.source[0], 160);
+    EXPECT_EQ(p.source[16], 80);
   });
 }
 
@@ -348,6 +366,13 @@ TEST_F(Paths, FourTilesAreEnoughForQuality2) {
     EXPECT_EQ(ppl_n_qAE_2x2_whole_frame(c), 3u * 8 * 1024 >> 8);
     frame(fmt::i420, 64, 4, flat(100));
     EXPECT_EQ(ppl_n_qAE_2x2_whole_frame(c), 0u);
+    // With the medium filter the main stage begins at four row pairs.
+    ppl_enable_medium_filter(c);
+    frame(fmt::i420, 80, 6, flat(100));
+    EXPECT_EQ(ppl_n_qAE_2x2_whole_frame(c), 0u);
+    frame(fmt::i420, 80, 8, flat(100));
+    EXPECT_EQ(ppl_n_qAE_2x2_whole_frame(c), 8u * 1024 >> 8);
+    ppl_disable_medium_filter(c);
     ppl_set_quality(c, 12);
     frame(fmt::i420, 64, 4, flat(100));
     EXPECT_EQ(ppl_rgb_means_whole_frame(c)[0], 0u);
@@ -476,6 +501,22 @@ TEST_F(Paths, FlatTestAt255MakesEveryBlockFlat) {
         const size_t i = static_cast<size_t>(64 * r + x);
         EXPECT_TRUE(q10.at(i) == q10.at(i + 1) && q10.at(i) == q10.at(i + 64) && q10.at(i) == q10.at(i + 65));
       }
+  });
+}
+
+TEST_F(Paths, FlatColoursOfAWiderStrideComeFromElsewhere) {
+  at_every_level([&] {
+    plain_rgb();
+    ppl_set_quality(c, 11);
+    ppl_set_CFA_T0_threshold(c, 255);
+    // Rows of one value each: at (r, c) the row below the block is found at r * stride + width + c, which with a stride
+    // of twice the width is still row r's unused half, 0. So blue, the mean of rows r and r + 2 as found (2 * 64
+    // behind: row r + 1), is the mean of 10 r and 10 (r + 1).
+    const picture wide = frame(
+        fmt::rgb24, 64, 12, [](int r, int) { return 10 * r; }, 128);
+    const picture tight = frame(fmt::rgb24, 64, 12, [](int r, int) { return 10 * r; });
+    EXPECT_EQ(wide.pixel(192, 11 - 4, 3 * 20), 45);
+    EXPECT_EQ(tight.pixel(192, 11 - 4, 3 * 20), 50);  // rows 4 and 6
   });
 }
 
@@ -696,7 +737,7 @@ TEST_F(Paths, Decimation2StaysInsideTheFrame) {
     for (const fmt kind : {fmt::i420, fmt::yuyv, fmt::rgb24, fmt::rgb32})
       for (const uint32_t quality : {0u, 2u, 15u}) {
         ppl_set_quality(c, quality);
-        EXPECT_EQ(frame(kind, 64, 16, flat(90)).result, 1);  // the sanitizers and fences watch
+        EXPECT_EQ(frame(kind, 64, 16, flat(90)).result, 1);  // frame() looks at the bytes around
       }
   });
 }
