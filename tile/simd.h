@@ -1017,6 +1017,19 @@ constexpr int kWidth = 16;
 #endif
 using wide = vec<kWidth>;
 
+// A row and as many rows above it as below, by their distance from it.
+template <int kRows>
+struct rows_around {
+  const uint8_t* row[kRows];
+  PPL_INLINE_MEMBER const uint8_t* operator[](int distance) const { return row[distance + kRows / 2]; }
+};
+PPL_INLINE rows_around<3> three_rows(const uint8_t* const* from) {
+  return {from[0], from[1], from[2]};
+}
+PPL_INLINE rows_around<5> five_rows(const uint8_t* const* from) {
+  return {from[0], from[1], from[2], from[3], from[4]};
+}
+
 // Walks `bytes` bytes (a multiple of 16) of memory that must not be passed at either end: whole wide steps, then
 // steps of 16. The step is a function object with a template operator()<V>(int position).
 template <class Step>
