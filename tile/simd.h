@@ -337,6 +337,11 @@ PPL_INLINE void widen(vec<16> a, vec<16>& lo, vec<16>& hi) {
 PPL_INLINE vec<16> narrow(vec<16> lo, vec<16> hi) {
   return {_mm_packus_epi16(lo.v, hi.v)};
 }
+// 16-bit lanes from memory, in the order of widen().
+PPL_INLINE void loadu_words(const void* p, vec<16>& lo, vec<16>& hi) {
+  loadu_to(lo, p);
+  loadu_to(hi, static_cast<const char*>(p) + 16);
+}
 // Sums of the bytes of a and b, widened likewise.
 PPL_INLINE void widen_sum(vec<16> a, vec<16> b, vec<16>& lo, vec<16>& hi) {
 #ifdef __SSSE3__
@@ -646,6 +651,16 @@ PPL_INLINE void widen(vec<32> a, vec<32>& lo, vec<32>& hi) {
 // Signed lanes clamped to 0..255.
 PPL_INLINE vec<32> narrow(vec<32> lo, vec<32> hi) {
   return {_mm256_packus_epi16(lo.v, hi.v)};
+}
+// 16-bit lanes from memory, in the order of widen().
+PPL_INLINE void loadu_words(const void* p, vec<32>& lo, vec<32>& hi) {
+  const __m128i* const from = static_cast<const __m128i*>(p);
+  const auto two = [&](int a, int b) {
+    return _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(from + a)),
+                                   _mm_loadu_si128(from + b), 1);
+  };
+  lo.v = two(0, 2);
+  hi.v = two(1, 3);
 }
 // Sums of the bytes of a and b, widened likewise.
 PPL_INLINE void widen_sum(vec<32> a, vec<32> b, vec<32>& lo, vec<32>& hi) {
