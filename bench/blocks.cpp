@@ -95,20 +95,20 @@ void fill_rows(Args& a, const row_store& store, int rows) {
   for (int i = 0; i < rows; ++i) a.rows[i] = store[i];
 }
 
-demosaic_args demosaic(bench_rows& b, int odd_row) {
+demosaic_args demosaic(bench_rows& b) {
   demosaic_args a = {.rows = {},
-                     .green = {b.in[5], b.in[6], b.in[7]},
-                     .flat_mask = nullptr,
+                     .green = {b.in[5], b.in[6], b.in[7], b.in[8]},
+                     .flat_mask = {},
                      .flat_r = nullptr,
                      .flat_g = nullptr,
                      .flat_b = nullptr,
                      .matrix = &b.matrix,
-                     .luma = b.out[0],
-                     .chroma = b.out[1],
-                     .plane3 = nullptr,
-                     .odd_row = odd_row,
+                     .luma = {b.out[0], b.out[1]},
+                     .chroma = {b.out[2], b.out[3]},
+                     .plane3 = {},
+                     .odd_row = 0,
                      .width = kWidth};
-  fill_rows(a, b.in, 3);
+  fill_rows(a, b.in, 4);
   return a;
 }
 
@@ -156,21 +156,17 @@ constexpr block kBlocks[] = {
     {"tile/statistics plain", 4 * kWidth, [](bench_rows& b) { statistics(b, true); }},
     {"tile/median", 2 * kWidth,
      [](bench_rows& b) {
-       for (int odd = 0; odd < 2; ++odd) {
-         median_args a = {
-             .context = &b.context(), .rows = {}, .out = b.out[0], .odd_row = odd, .width = kWidth};
-         fill_rows(a, b.in, 5);
-         b.k().tile->median(a);
-       }
+       median_args a = {
+           .context = &b.context(), .rows = {}, .out = {b.out[0], b.out[1]}, .odd_row = 0, .width = kWidth};
+       fill_rows(a, b.in, 6);
+       b.k().tile->median(a);
      }},
     {"tile/green_fill", 2 * kWidth,
      [](bench_rows& b) {
-       for (int odd = 0; odd < 2; ++odd) {
-         green_args a = {
-             .context = &b.context(), .rows = {}, .out = b.out[0], .odd_row = odd, .width = kWidth};
-         fill_rows(a, b.in, 5);
-         b.k().tile->green_fill(a);
-       }
+       green_args a = {
+           .context = &b.context(), .rows = {}, .out = {b.out[0], b.out[1]}, .odd_row = 0, .width = kWidth};
+       fill_rows(a, b.in, 6);
+       b.k().tile->green_fill(a);
      }},
     {"tile/flat_test", 2 * kWidth,
      [](bench_rows& b) {
@@ -186,18 +182,9 @@ constexpr block kBlocks[] = {
        fill_rows(a, b.in, 6);
        b.k().tile->flat_test(a);
      }},
-    {"tile/demosaic_gradient", 2 * kWidth,
-     [](bench_rows& b) {
-       for (int odd = 0; odd < 2; ++odd) b.k().tile->demosaic_gradient(demosaic(b, odd));
-     }},
-    {"tile/demosaic_bilinear", 2 * kWidth,
-     [](bench_rows& b) {
-       for (int odd = 0; odd < 2; ++odd) b.k().tile->demosaic_bilinear(demosaic(b, odd));
-     }},
-    {"tile/demosaic_directed", 2 * kWidth,
-     [](bench_rows& b) {
-       for (int odd = 0; odd < 2; ++odd) b.k().tile->demosaic_directed(demosaic(b, odd));
-     }},
+    {"tile/demosaic_gradient", 2 * kWidth, [](bench_rows& b) { b.k().tile->demosaic_gradient(demosaic(b)); }},
+    {"tile/demosaic_bilinear", 2 * kWidth, [](bench_rows& b) { b.k().tile->demosaic_bilinear(demosaic(b)); }},
+    {"tile/demosaic_directed", 2 * kWidth, [](bench_rows& b) { b.k().tile->demosaic_directed(demosaic(b)); }},
     {"tile/mosaic_edge", 2 * kWidth,
      [](bench_rows& b) {
        b.k().tile->mosaic_edge({.context = &b.context(),
@@ -209,19 +196,21 @@ constexpr block kBlocks[] = {
                                 .three_planes = 0,
                                 .width = kWidth});
      }},
-    {"tile/noise_filter", kWidth,
+    {"tile/noise_filter", 2 * kWidth,
      [](bench_rows& b) {
        b.k().tile->noise_filter({.context = &b.context(),
-                                 .luma = {b.in[0], b.in[1], b.in[2]},
-                                 .chroma = {b.chroma[0], b.chroma[1], b.chroma[2]},
-                                 .luma_out = b.out[0],
-                                 .chroma_out = b.out[1],
+                                 .luma = {b.in[0], b.in[1], b.in[2], b.in[3]},
+                                 .chroma = {b.chroma[0], b.chroma[1], b.chroma[2], b.chroma[3]},
+                                 .luma_out = {b.out[0], b.out[1]},
+                                 .chroma_out = {b.out[2], b.out[3]},
                                  .width = kWidth});
      }},
-    {"tile/edge", kWidth,
+    {"tile/edge", 2 * kWidth,
      [](bench_rows& b) {
-       b.k().tile->edge(
-           {.context = &b.context(), .luma = {b.in[0], b.in[1], b.in[2]}, .out = b.out[0], .width = kWidth});
+       b.k().tile->edge({.context = &b.context(),
+                         .luma = {b.in[0], b.in[1], b.in[2], b.in[3]},
+                         .out = {b.out[0], b.out[1]},
+                         .width = kWidth});
      }},
     // Chroma of every second row is put out.
     {"tile/smooth", 2 * kWidth,
@@ -229,7 +218,7 @@ constexpr block kBlocks[] = {
        b.k().tile->smooth({.chroma = {b.chroma[0], b.chroma[1], b.chroma[2]},
                            .u_sums = b.out[0],
                            .v_sums = b.out[1],
-                           .out = b.out[2],
+                           .out = {b.out[2]},
                            .width = kWidth});
      }},
 

@@ -57,8 +57,8 @@ class Blocks : public testing::Test {
     k.noise_filter({.context = &c,
                     .luma = {luma[0], luma[1], luma[2]},
                     .chroma = {chroma[0], chroma[1], chroma[2]},
-                    .luma_out = out[0],
-                    .chroma_out = out[1],
+                    .luma_out = {out[0]},
+                    .chroma_out = {out[1]},
                     .width = kWidth});
     for (int x = 0; x < kWidth; ++x) EXPECT_EQ(out[1][x], 128) << x;
     return {out[0], out[0] + kWidth};
@@ -66,7 +66,7 @@ class Blocks : public testing::Test {
 
   static std::vector<int> sharpened(ppl_context& c, const ppl::tile_kernels& k, row_store& luma) {
     row_store out(1);
-    k.edge({.context = &c, .luma = {luma[0], luma[1], luma[2]}, .out = out[0], .width = kWidth});
+    k.edge({.context = &c, .luma = {luma[0], luma[1], luma[2]}, .out = {out[0]}, .width = kWidth});
     return {out[0], out[0] + kWidth};
   }
 };
@@ -255,8 +255,8 @@ TEST_F(Blocks, NoiseFilterChromaFollowsTheEvenColumn) {
     k.noise_filter({.context = &c,
                     .luma = {luma[0], luma[1], luma[2]},
                     .chroma = {chroma[0], chroma[1], chroma[2]},
-                    .luma_out = out[0],
-                    .chroma_out = out[1],
+                    .luma_out = {out[0]},
+                    .chroma_out = {out[1]},
                     .width = kWidth});
     EXPECT_EQ(out[0][41], 50);
     EXPECT_EQ(out[1][20], 128);
@@ -335,7 +335,7 @@ TEST_F(Blocks, SmoothingLosesALittle) {
       k.smooth({.chroma = {chroma[0], chroma[1], chroma[2]},
                 .u_sums = sums[0],
                 .v_sums = sums[1],
-                .out = out[0],
+                .out = {out[0]},
                 .width = kWidth});
       for (int x = 1; x < kWidth; ++x) EXPECT_EQ(out[0][x], out[0][0]) << x;
       return out[0][0] - 128;
@@ -353,7 +353,7 @@ std::vector<int> green_row(ppl_context& c, const ppl::tile_kernels& k, row_store
   row_store out(1);
   k.green_fill({.context = &c,
                 .rows = {mosaic[0], mosaic[1], mosaic[2], mosaic[3], mosaic[4]},
-                .out = out[0],
+                .out = {out[0]},
                 .odd_row = odd_row,
                 .width = kWidth});
   return {out[0], out[0] + kWidth};
@@ -443,7 +443,7 @@ TEST_F(Blocks, MediumFilterTakesTheSecondSmallestOfFour) {
     const auto at = [&](int column, int odd_row) {
       k.median({.context = &c,
                 .rows = {m[0], m[1], m[2], m[3], m[4]},
-                .out = out[0],
+                .out = {out[0]},
                 .odd_row = odd_row,
                 .width = kWidth});
       return static_cast<int>(out[0][column]);

@@ -328,6 +328,14 @@ PPL_INLINE vec<16> reverse8(vec<16> a) {
   return reverse16({_mm_or_si128(_mm_slli_epi16(a.v, 8), _mm_srli_epi16(a.v, 8))});
 #endif
 }
+// 16-bit lanes of a, each one place up; the first is the last of `before`.
+PPL_INLINE vec<16> move_up16(vec<16> before, vec<16> a) {
+#ifdef __SSSE3__
+  return {_mm_alignr_epi8(a.v, before.v, 14)};
+#else
+  return {_mm_or_si128(_mm_slli_si128(a.v, 2), _mm_srli_si128(before.v, 14))};
+#endif
+}
 // Bytes as 16-bit lanes in two vectors, in an order of this width's own that narrow() undoes.
 PPL_INLINE void widen(vec<16> a, vec<16>& lo, vec<16>& hi) {
   lo.v = _mm_unpacklo_epi8(a.v, _mm_setzero_si128());
@@ -643,6 +651,9 @@ PPL_INLINE vec<32> reverse8(vec<32> a) {
       a.v, _mm256_broadcastsi128_si256(_mm_set_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15)));
   return {_mm256_permute4x64_epi64(x, 0x4e)};
 }
+PPL_INLINE vec<32> move_up16(vec<32> before, vec<32> a) {
+  return {_mm256_alignr_epi8(a.v, _mm256_permute2x128_si256(before.v, a.v, 0x21), 14)};
+}
 // Bytes as 16-bit lanes in two vectors, in an order of this width's own that narrow() undoes.
 PPL_INLINE void widen(vec<32> a, vec<32>& lo, vec<32>& hi) {
   lo.v = _mm256_unpacklo_epi8(a.v, _mm256_setzero_si256());
@@ -947,6 +958,9 @@ PPL_INLINE vec<64> reverse8(vec<64> a) {
       a.v, _mm512_broadcast_i32x4(_mm_set_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15)));
   return {_mm512_shuffle_i64x2(x, x, 0x1b)};
 }
+PPL_INLINE vec<64> move_up16(vec<64> before, vec<64> a) {
+  return {_mm512_alignr_epi8(a.v, _mm512_alignr_epi64(a.v, before.v, 6), 14)};
+}
 // Bytes as 16-bit lanes in two vectors, in an order of this width's own that narrow() undoes.
 PPL_INLINE void widen(vec<64> a, vec<64>& lo, vec<64>& hi) {
   lo.v = _mm512_unpacklo_epi8(a.v, _mm512_setzero_si512());
@@ -1031,6 +1045,19 @@ constexpr int kWidth = 32;
 constexpr int kWidth = 16;
 #endif
 using wide = vec<kWidth>;
+
+// A row and as many rows above it as below, by their distance from it.
+template <int kRows>
+struct rows_around {
+  const uint8_t* row[kRows];
+  PPL_INLINE_MEMBER const uint8_t* operator[](int distance) const { return row[distance + kRows / 2]; }
+};
+PPL_INLINE rows_around<3> three_rows(const uint8_t* const* from) {
+  return {from[0], from[1], from[2]};
+}
+PPL_INLINE rows_around<5> five_rows(const uint8_t* const* from) {
+  return {from[0], from[1], from[2], from[3], from[4]};
+}
 
 // Walks `bytes` bytes (a multiple of 16) of memory that must not be passed at either end: whole wide steps, then
 // steps of 16. The step is a function object with a template operator()<V>(int position).
