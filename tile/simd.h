@@ -350,6 +350,27 @@ PPL_INLINE void loadu_words(const void* p, vec<16>& lo, vec<16>& hi) {
   loadu_to(lo, p);
   loadu_to(hi, static_cast<const char*>(p) + 16);
 }
+// Within each 16 bytes: signed 32-bit lanes of a, then of b, clamped to 16 bits; the lower (upper) halves of a and b,
+// one behind the other or with their 32-bit lanes taken in turn; 32-bit lanes by number.
+PPL_INLINE vec<16> narrow_s32(vec<16> a, vec<16> b) {
+  return {_mm_packs_epi32(a.v, b.v)};
+}
+PPL_INLINE vec<16> lower64(vec<16> a, vec<16> b) {
+  return {_mm_unpacklo_epi64(a.v, b.v)};
+}
+PPL_INLINE vec<16> upper64(vec<16> a, vec<16> b) {
+  return {_mm_unpackhi_epi64(a.v, b.v)};
+}
+PPL_INLINE vec<16> lower32(vec<16> a, vec<16> b) {
+  return {_mm_unpacklo_epi32(a.v, b.v)};
+}
+PPL_INLINE vec<16> upper32(vec<16> a, vec<16> b) {
+  return {_mm_unpackhi_epi32(a.v, b.v)};
+}
+template <int I0, int I1, int I2, int I3>
+PPL_INLINE vec<16> shuffle32(vec<16> a) {
+  return {_mm_shuffle_epi32(a.v, I0 | I1 << 2 | I2 << 4 | I3 << 6)};
+}
 // Sums of the bytes of a and b, widened likewise.
 PPL_INLINE void widen_sum(vec<16> a, vec<16> b, vec<16>& lo, vec<16>& hi) {
 #ifdef __SSSE3__
@@ -673,6 +694,27 @@ PPL_INLINE void loadu_words(const void* p, vec<32>& lo, vec<32>& hi) {
   lo.v = two(0, 2);
   hi.v = two(1, 3);
 }
+// Within each 16 bytes: signed 32-bit lanes of a, then of b, clamped to 16 bits; the lower (upper) halves of a and b,
+// one behind the other or with their 32-bit lanes taken in turn; 32-bit lanes by number.
+PPL_INLINE vec<32> narrow_s32(vec<32> a, vec<32> b) {
+  return {_mm256_packs_epi32(a.v, b.v)};
+}
+PPL_INLINE vec<32> lower64(vec<32> a, vec<32> b) {
+  return {_mm256_unpacklo_epi64(a.v, b.v)};
+}
+PPL_INLINE vec<32> upper64(vec<32> a, vec<32> b) {
+  return {_mm256_unpackhi_epi64(a.v, b.v)};
+}
+PPL_INLINE vec<32> lower32(vec<32> a, vec<32> b) {
+  return {_mm256_unpacklo_epi32(a.v, b.v)};
+}
+PPL_INLINE vec<32> upper32(vec<32> a, vec<32> b) {
+  return {_mm256_unpackhi_epi32(a.v, b.v)};
+}
+template <int I0, int I1, int I2, int I3>
+PPL_INLINE vec<32> shuffle32(vec<32> a) {
+  return {_mm256_shuffle_epi32(a.v, I0 | I1 << 2 | I2 << 4 | I3 << 6)};
+}
 // Sums of the bytes of a and b, widened likewise.
 PPL_INLINE void widen_sum(vec<32> a, vec<32> b, vec<32>& lo, vec<32>& hi) {
   lo.v = _mm256_maddubs_epi16(_mm256_unpacklo_epi8(a.v, b.v), _mm256_set1_epi8(1));
@@ -969,6 +1011,27 @@ PPL_INLINE void widen(vec<64> a, vec<64>& lo, vec<64>& hi) {
 // Signed lanes clamped to 0..255.
 PPL_INLINE vec<64> narrow(vec<64> lo, vec<64> hi) {
   return {_mm512_packus_epi16(lo.v, hi.v)};
+}
+// Within each 16 bytes: signed 32-bit lanes of a, then of b, clamped to 16 bits; the lower (upper) halves of a and b,
+// one behind the other or with their 32-bit lanes taken in turn; 32-bit lanes by number.
+PPL_INLINE vec<64> narrow_s32(vec<64> a, vec<64> b) {
+  return {_mm512_packs_epi32(a.v, b.v)};
+}
+PPL_INLINE vec<64> lower64(vec<64> a, vec<64> b) {
+  return {_mm512_unpacklo_epi64(a.v, b.v)};
+}
+PPL_INLINE vec<64> upper64(vec<64> a, vec<64> b) {
+  return {_mm512_unpackhi_epi64(a.v, b.v)};
+}
+PPL_INLINE vec<64> lower32(vec<64> a, vec<64> b) {
+  return {_mm512_unpacklo_epi32(a.v, b.v)};
+}
+PPL_INLINE vec<64> upper32(vec<64> a, vec<64> b) {
+  return {_mm512_unpackhi_epi32(a.v, b.v)};
+}
+template <int I0, int I1, int I2, int I3>
+PPL_INLINE vec<64> shuffle32(vec<64> a) {
+  return {_mm512_shuffle_epi32(a.v, static_cast<_MM_PERM_ENUM>(I0 | I1 << 2 | I2 << 4 | I3 << 6))};
 }
 // Sums of the bytes of a and b, widened likewise.
 PPL_INLINE void widen_sum(vec<64> a, vec<64> b, vec<64>& lo, vec<64>& hi) {
