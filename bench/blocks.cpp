@@ -135,7 +135,6 @@ scaler_columns columns(bench_rows& b) {
   c.step = (500u << 20) / kWidth;
   c.count = kWidth;
   c.limit = 499;
-  c.plain = kWidth - 16;
   c.memory = b.columns.data();
   c.memory_bytes = 64 * 1024;
   b.k().scaler->prepare(c);

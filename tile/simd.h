@@ -350,6 +350,21 @@ PPL_INLINE void loadu_words(const void* p, vec<16>& lo, vec<16>& hi) {
   loadu_to(lo, p);
   loadu_to(hi, static_cast<const char*>(p) + 16);
 }
+// Byte pairs a0 b0 a1 b1 ... as 16-bit lanes, in the order of widen().
+PPL_INLINE void widen_pairs(vec<16> a, vec<16> b, vec<16>& lo, vec<16>& hi) {
+  lo.v = _mm_unpacklo_epi8(a.v, b.v);
+  hi.v = _mm_unpackhi_epi8(a.v, b.v);
+}
+#ifdef __SSSE3__
+// Bytes picked within each 16; where the top bit of `at` is set, 0.
+PPL_INLINE vec<16> shuffle8(vec<16> a, vec<16> at) {
+  return {_mm_shuffle_epi8(a.v, at.v)};
+}
+// Sums of two products, bytes of u unsigned and of s signed, to saturated 16-bit lanes.
+PPL_INLINE vec<16> madd8(vec<16> u, vec<16> s) {
+  return {_mm_maddubs_epi16(u.v, s.v)};
+}
+#endif
 // Within each 16 bytes: signed 32-bit lanes of a, then of b, clamped to 16 bits; the lower (upper) halves of a and b,
 // one behind the other or with their 32-bit lanes taken in turn; 32-bit lanes by number.
 PPL_INLINE vec<16> narrow_s32(vec<16> a, vec<16> b) {
@@ -694,6 +709,19 @@ PPL_INLINE void loadu_words(const void* p, vec<32>& lo, vec<32>& hi) {
   lo.v = two(0, 2);
   hi.v = two(1, 3);
 }
+// Byte pairs a0 b0 a1 b1 ... as 16-bit lanes, in the order of widen().
+PPL_INLINE void widen_pairs(vec<32> a, vec<32> b, vec<32>& lo, vec<32>& hi) {
+  lo.v = _mm256_unpacklo_epi8(a.v, b.v);
+  hi.v = _mm256_unpackhi_epi8(a.v, b.v);
+}
+// Bytes picked within each 16; where the top bit of `at` is set, 0.
+PPL_INLINE vec<32> shuffle8(vec<32> a, vec<32> at) {
+  return {_mm256_shuffle_epi8(a.v, at.v)};
+}
+// Sums of two products, bytes of u unsigned and of s signed, to saturated 16-bit lanes.
+PPL_INLINE vec<32> madd8(vec<32> u, vec<32> s) {
+  return {_mm256_maddubs_epi16(u.v, s.v)};
+}
 // Within each 16 bytes: signed 32-bit lanes of a, then of b, clamped to 16 bits; the lower (upper) halves of a and b,
 // one behind the other or with their 32-bit lanes taken in turn; 32-bit lanes by number.
 PPL_INLINE vec<32> narrow_s32(vec<32> a, vec<32> b) {
@@ -1011,6 +1039,19 @@ PPL_INLINE void widen(vec<64> a, vec<64>& lo, vec<64>& hi) {
 // Signed lanes clamped to 0..255.
 PPL_INLINE vec<64> narrow(vec<64> lo, vec<64> hi) {
   return {_mm512_packus_epi16(lo.v, hi.v)};
+}
+// Byte pairs a0 b0 a1 b1 ... as 16-bit lanes, in the order of widen().
+PPL_INLINE void widen_pairs(vec<64> a, vec<64> b, vec<64>& lo, vec<64>& hi) {
+  lo.v = _mm512_unpacklo_epi8(a.v, b.v);
+  hi.v = _mm512_unpackhi_epi8(a.v, b.v);
+}
+// Bytes picked within each 16; where the top bit of `at` is set, 0.
+PPL_INLINE vec<64> shuffle8(vec<64> a, vec<64> at) {
+  return {_mm512_shuffle_epi8(a.v, at.v)};
+}
+// Sums of two products, bytes of u unsigned and of s signed, to saturated 16-bit lanes.
+PPL_INLINE vec<64> madd8(vec<64> u, vec<64> s) {
+  return {_mm512_maddubs_epi16(u.v, s.v)};
 }
 // Within each 16 bytes: signed 32-bit lanes of a, then of b, clamped to 16 bits; the lower (upper) halves of a and b,
 // one behind the other or with their 32-bit lanes taken in turn; 32-bit lanes by number.

@@ -38,10 +38,6 @@ static void prepare_tone(ppl_context& c, const uint8_t* tone) {
   }
 }
 
-PPL_INLINE wide shuffle(wide entries, wide index) {
-  return {_mm256_shuffle_epi8(entries.v, index.v)};
-}
-
 // Samples of one site, in place.
 template <int kVectors>
 PPL_INLINE void look_up(const site_steps& s, wide (&samples)[kVectors]) {
@@ -55,15 +51,15 @@ PPL_INLINE void look_up(const site_steps& s, wide (&samples)[kVectors]) {
   for (; k < s.both; ++k) {
     const wide low = repeat16<wide>(s.change[0][k]), high = repeat16<wide>(s.change[1][k]);
     for (int i = 0; i < kVectors; ++i) {
-      lower[i] = lower[i] ^ shuffle(low, index[i]);
-      upper[i] = upper[i] ^ shuffle(high, index[i]);
+      lower[i] = lower[i] ^ shuffle8(low, index[i]);
+      upper[i] = upper[i] ^ shuffle8(high, index[i]);
       index[i] = sub8(index[i], sixteen);
     }
   }
   for (; k < s.lower; ++k) {
     const wide low = repeat16<wide>(s.change[0][k]);
     for (int i = 0; i < kVectors; ++i) {
-      lower[i] = lower[i] ^ shuffle(low, index[i]);
+      lower[i] = lower[i] ^ shuffle8(low, index[i]);
       index[i] = sub8(index[i], sixteen);
     }
   }
@@ -83,8 +79,8 @@ PPL_INLINE void look_up_columns(const site_steps& even_site, const site_steps& o
   look_up(even_site, evens);
   look_up(odd_site, odds);
   for (int i = 0; i < kPairs; ++i) {
-    const wide a = {_mm256_unpacklo_epi8(evens[i].v, odds[i].v)};
-    const wide b = {_mm256_unpackhi_epi8(evens[i].v, odds[i].v)};
+    wide a, b;
+    widen_pairs(evens[i], odds[i], a, b);
     store(row + 64 * i, a);
     store(row + 64 * i + 32, b);
     if (frame == nullptr) continue;
