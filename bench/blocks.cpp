@@ -95,20 +95,20 @@ void fill_rows(Args& a, const row_store& store, int rows) {
   for (int i = 0; i < rows; ++i) a.rows[i] = store[i];
 }
 
-demosaic_args demosaic(bench_rows& b, int odd_row) {
+demosaic_args demosaic(bench_rows& b) {
   demosaic_args a = {.rows = {},
-                     .green = {b.in[5], b.in[6], b.in[7]},
-                     .flat_mask = nullptr,
+                     .green = {b.in[5], b.in[6], b.in[7], b.in[8]},
+                     .flat_mask = {},
                      .flat_r = nullptr,
                      .flat_g = nullptr,
                      .flat_b = nullptr,
                      .matrix = &b.matrix,
-                     .luma = b.out[0],
-                     .chroma = b.out[1],
-                     .plane3 = nullptr,
-                     .odd_row = odd_row,
+                     .luma = {b.out[0], b.out[1]},
+                     .chroma = {b.out[2], b.out[3]},
+                     .plane3 = {},
+                     .odd_row = 0,
                      .width = kWidth};
-  fill_rows(a, b.in, 3);
+  fill_rows(a, b.in, 4);
   return a;
 }
 
@@ -125,6 +125,7 @@ cell_rows cells(bench_rows& b) {
           .luma = {b.out[0], b.out[1]},
           .u = b.out[2],
           .v = b.out[3],
+          .words = b.out[2],
           .r = b.out[4],
           .g = {b.out[5], b.out[6]},
           .b = b.out[7]};
@@ -135,7 +136,6 @@ scaler_columns columns(bench_rows& b) {
   c.step = (500u << 20) / kWidth;
   c.count = kWidth;
   c.limit = 499;
-  c.plain = kWidth - 16;
   c.memory = b.columns.data();
   c.memory_bytes = 64 * 1024;
   b.k().scaler->prepare(c);
@@ -156,21 +156,17 @@ constexpr block kBlocks[] = {
     {"tile/statistics plain", 4 * kWidth, [](bench_rows& b) { statistics(b, true); }},
     {"tile/median", 2 * kWidth,
      [](bench_rows& b) {
-       for (int odd = 0; odd < 2; ++odd) {
-         median_args a = {
-             .context = &b.context(), .rows = {}, .out = b.out[0], .odd_row = odd, .width = kWidth};
-         fill_rows(a, b.in, 5);
-         b.k().tile->median(a);
-       }
+       median_args a = {
+           .context = &b.context(), .rows = {}, .out = {b.out[0], b.out[1]}, .odd_row = 0, .width = kWidth};
+       fill_rows(a, b.in, 6);
+       b.k().tile->median(a);
      }},
     {"tile/green_fill", 2 * kWidth,
      [](bench_rows& b) {
-       for (int odd = 0; odd < 2; ++odd) {
-         green_args a = {
-             .context = &b.context(), .rows = {}, .out = b.out[0], .odd_row = odd, .width = kWidth};
-         fill_rows(a, b.in, 5);
-         b.k().tile->green_fill(a);
-       }
+       green_args a = {
+           .context = &b.context(), .rows = {}, .out = {b.out[0], b.out[1]}, .odd_row = 0, .width = kWidth};
+       fill_rows(a, b.in, 6);
+       b.k().tile->green_fill(a);
      }},
     {"tile/flat_test", 2 * kWidth,
      [](bench_rows& b) {
@@ -186,18 +182,9 @@ constexpr block kBlocks[] = {
        fill_rows(a, b.in, 6);
        b.k().tile->flat_test(a);
      }},
-    {"tile/demosaic_gradient", 2 * kWidth,
-     [](bench_rows& b) {
-       for (int odd = 0; odd < 2; ++odd) b.k().tile->demosaic_gradient(demosaic(b, odd));
-     }},
-    {"tile/demosaic_bilinear", 2 * kWidth,
-     [](bench_rows& b) {
-       for (int odd = 0; odd < 2; ++odd) b.k().tile->demosaic_bilinear(demosaic(b, odd));
-     }},
-    {"tile/demosaic_directed", 2 * kWidth,
-     [](bench_rows& b) {
-       for (int odd = 0; odd < 2; ++odd) b.k().tile->demosaic_directed(demosaic(b, odd));
-     }},
+    {"tile/demosaic_gradient", 2 * kWidth, [](bench_rows& b) { b.k().tile->demosaic_gradient(demosaic(b)); }},
+    {"tile/demosaic_bilinear", 2 * kWidth, [](bench_rows& b) { b.k().tile->demosaic_bilinear(demosaic(b)); }},
+    {"tile/demosaic_directed", 2 * kWidth, [](bench_rows& b) { b.k().tile->demosaic_directed(demosaic(b)); }},
     {"tile/mosaic_edge", 2 * kWidth,
      [](bench_rows& b) {
        b.k().tile->mosaic_edge({.context = &b.context(),
@@ -209,19 +196,21 @@ constexpr block kBlocks[] = {
                                 .three_planes = 0,
                                 .width = kWidth});
      }},
-    {"tile/noise_filter", kWidth,
+    {"tile/noise_filter", 2 * kWidth,
      [](bench_rows& b) {
        b.k().tile->noise_filter({.context = &b.context(),
-                                 .luma = {b.in[0], b.in[1], b.in[2]},
-                                 .chroma = {b.chroma[0], b.chroma[1], b.chroma[2]},
-                                 .luma_out = b.out[0],
-                                 .chroma_out = b.out[1],
+                                 .luma = {b.in[0], b.in[1], b.in[2], b.in[3]},
+                                 .chroma = {b.chroma[0], b.chroma[1], b.chroma[2], b.chroma[3]},
+                                 .luma_out = {b.out[0], b.out[1]},
+                                 .chroma_out = {b.out[2], b.out[3]},
                                  .width = kWidth});
      }},
-    {"tile/edge", kWidth,
+    {"tile/edge", 2 * kWidth,
      [](bench_rows& b) {
-       b.k().tile->edge(
-           {.context = &b.context(), .luma = {b.in[0], b.in[1], b.in[2]}, .out = b.out[0], .width = kWidth});
+       b.k().tile->edge({.context = &b.context(),
+                         .luma = {b.in[0], b.in[1], b.in[2], b.in[3]},
+                         .out = {b.out[0], b.out[1]},
+                         .width = kWidth});
      }},
     // Chroma of every second row is put out.
     {"tile/smooth", 2 * kWidth,
@@ -229,7 +218,7 @@ constexpr block kBlocks[] = {
        b.k().tile->smooth({.chroma = {b.chroma[0], b.chroma[1], b.chroma[2]},
                            .u_sums = b.out[0],
                            .v_sums = b.out[1],
-                           .out = b.out[2],
+                           .out = {b.out[2]},
                            .width = kWidth});
      }},
 
@@ -238,7 +227,14 @@ constexpr block kBlocks[] = {
      [](bench_rows& b) { b.k().output->copy(b.out[0], b.in[0], kWidth, true); }},
     {"output/halve", kWidth,
      [](bench_rows& b) { b.k().output->halve(b.out[0], b.in[0], kWidth / 2, false); }},
-    {"output/widen", kWidth, [](bench_rows& b) { b.k().output->widen(b.out[0], b.in[0], kWidth, 9, false); }},
+    {"output/widen", kWidth,
+     [](bench_rows& b) {
+       b.k().output->widen(b.out[0], b.in[0], kWidth, {9, false, 0});
+     }},
+    {"output/widen in tiles", kWidth,
+     [](bench_rows& b) {
+       b.k().output->widen(b.out[0], b.in[0], kWidth, {9, true, 16});
+     }},
     {"output/mean", kWidth, [](bench_rows& b) { b.k().output->mean(b.out[0], b.in[0], b.in[1], kWidth); }},
     {"output/unbias", kWidth, [](bench_rows& b) { b.k().output->unbias(b.out[0], b.in[0], kWidth); }},
     // The words of one row serve two rows of I420.
@@ -250,6 +246,8 @@ constexpr block kBlocks[] = {
      }},
     {"output/split_doubled", 2 * kWidth,
      [](bench_rows& b) { b.k().output->split_doubled(b.out[0], b.out[1], b.chroma[0], kWidth / 2, false); }},
+    {"output/widen_words", kWidth,
+     [](bench_rows& b) { b.k().output->widen_words(b.out[0], b.chroma[0], kWidth / 2, false); }},
     {"output/pack", kWidth,
      [](bench_rows& b) {
        b.k().output->pack(b.out[0], b.in[0], b.chroma[0], kWidth, false, byte_order::yuyv);
@@ -274,15 +272,8 @@ constexpr block kBlocks[] = {
      [](bench_rows& b) { b.k().output->rgb32(b.out[0], colours(b, rgb_source::planes), kWidth, false); }},
 
     {"bulk/cells_to_yuv", 2 * kWidth, [](bench_rows& b) { b.k().bulk->cells_to_yuv(cells(b)); }},
+    {"bulk/cells_to_words", 2 * kWidth, [](bench_rows& b) { b.k().bulk->cells_to_words(cells(b)); }},
     {"bulk/cells_to_rgb", 2 * kWidth, [](bench_rows& b) { b.k().bulk->cells_to_rgb(cells(b)); }},
-    {"bulk/widen", kWidth,
-     [](bench_rows& b) { b.k().bulk->widen(b.out[0], b.in[0], kWidth, {.mirrored = false, .tile = 16}); }},
-    {"bulk/yuyv", kWidth,
-     [](bench_rows& b) { b.k().bulk->yuyv(b.out[0], b.in[0], b.in[1], b.in[2], kWidth); }},
-    {"bulk/rgb24", kWidth,
-     [](bench_rows& b) { b.k().bulk->rgb24(b.out[0], b.in[0], b.in[1], b.in[2], kWidth); }},
-    {"bulk/rgb32", kWidth,
-     [](bench_rows& b) { b.k().bulk->rgb32(b.out[0], b.in[0], b.in[1], b.in[2], kWidth); }},
 
     {"convert/copy", kWidth, [](bench_rows& b) { b.k().convert->copy(b.out[0], b.in[0], 2 * kWidth); }},
     {"convert/fill", kWidth, [](bench_rows& b) { b.k().convert->fill(b.out[0], 2 * kWidth, 16, 128); }},

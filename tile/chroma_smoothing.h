@@ -11,16 +11,15 @@ namespace ppl::PPL_LEVEL {
 
 constexpr int kWordBytes = 2;
 
-static void smooth(const smooth_args& args) {
-  const smooth_args a = args;
+PPL_INLINE void smooth_row(rows_around<3> r, uint8_t* u_sums, uint8_t* v_sums, uint8_t* out, int width) {
   // Sums of three rows first, U and V apart and one word beyond either end, then three words across.
-  walk_padded(a.width + 2 * kWordBytes, [&]<class V>(int at) {
+  walk_padded(width + 2 * kWordBytes, [&]<class V>(int at) {
     const int x = at - kWordBytes;
-    const V r0 = loadu<V>(a.chroma[0] + x), r1 = loadu<V>(a.chroma[1] + x), r2 = loadu<V>(a.chroma[2] + x);
-    store(a.u_sums + at, add16(add16(even(r0), even(r1)), even(r2)));
-    store(a.v_sums + at, add16(add16(odd(r0), odd(r1)), odd(r2)));
+    const V r0 = loadu<V>(r[-1] + x), r1 = loadu<V>(r[0] + x), r2 = loadu<V>(r[1] + x);
+    store(u_sums + at, add16(add16(even(r0), even(r1)), even(r2)));
+    store(v_sums + at, add16(add16(odd(r0), odd(r1)), odd(r2)));
   });
-  walk_padded(a.width, [&]<class V>(int x) {
+  walk_padded(width, [&]<class V>(int x) {
     const auto scaled = [&](const uint8_t* sums) {
       const V left = load<V>(sums + x), centre = loadu<V>(sums + x + kWordBytes);
       const V sum = add16(add16(left, centre), loadu<V>(sums + x + 2 * kWordBytes));
@@ -28,8 +27,13 @@ static void smooth(const smooth_args& args) {
       // through the shift; the product itself wraps and is taken as unsigned.
       return add16(srl16<8>(mullo16(sum, set16<V>(28))), set16<V>(2));
     };
-    store(a.out + x, join8(scaled(a.u_sums), scaled(a.v_sums)));
+    store(out + x, join8(scaled(u_sums), scaled(v_sums)));
   });
+}
+
+static void smooth(const smooth_args& a) {
+  for (int i = 0; i < 2; ++i)
+    if (a.out[i] != nullptr) smooth_row(three_rows(a.chroma + i), a.u_sums, a.v_sums, a.out[i], a.width);
 }
 
 }  // namespace ppl::PPL_LEVEL

@@ -19,28 +19,29 @@ struct colours {
   V r_even, r_odd, g_even, g_odd, b_even, b_odd;
 };
 
+// A colour matrix in registers, as far as they reach.
 template <class V>
-PPL_INLINE V matrix_row(const colour_matrix& m, int row, V r, V g, V b) {
-  const V rg =
-      add16(mullo16(r, repeat16<V>(&m.coef[3 * row])), mullo16(g, repeat16<V>(&m.coef[3 * row + 1])));
-  const V gb = add16(mullo16(b, repeat16<V>(&m.coef[3 * row + 2])), repeat16<V>(&m.offset[row]));
-  return sra16<6>(add16(rg, gb));
-}
+struct matrix_vectors {
+  V coef[9], offset[3], bias[3];
+  PPL_INLINE_MEMBER explicit matrix_vectors(const colour_matrix& m)
+      : coef{at(m.coef[0]), at(m.coef[1]), at(m.coef[2]), at(m.coef[3]), at(m.coef[4]),
+             at(m.coef[5]), at(m.coef[6]), at(m.coef[7]), at(m.coef[8])},
+        offset{at(m.offset[0]), at(m.offset[1]), at(m.offset[2])},
+        bias{at(m.bias[0]), at(m.bias[1]), at(m.bias[2])} {}
+  static PPL_INLINE_MEMBER V at(const vec_i16& lanes) { return repeat16<V>(&lanes); }
 
-template <class V>
-PPL_INLINE V matrix_row_even(const colour_matrix& m, int row, const colours<V>& c) {
-  return matrix_row(m, row, c.r_even, c.g_even, c.b_even);
-}
-template <class V>
-PPL_INLINE V matrix_row_odd(const colour_matrix& m, int row, const colours<V>& c) {
-  return matrix_row(m, row, c.r_odd, c.g_odd, c.b_odd);
-}
-
-template <class V>
-PPL_INLINE V plane(const colour_matrix& m, int row, const colours<V>& c) {
-  const V bias = repeat16<V>(&m.bias[row]);
-  return join_clamp8(add16(matrix_row_even(m, row, c), bias), add16(matrix_row_odd(m, row, c), bias));
-}
+  PPL_INLINE_MEMBER V row(int n, V r, V g, V b) const {
+    const V rg = add16(mullo16(r, coef[3 * n]), mullo16(g, coef[3 * n + 1]));
+    return sra16<6>(add16(rg, add16(mullo16(b, coef[3 * n + 2]), offset[n])));
+  }
+  PPL_INLINE_MEMBER V even_row(int n, const colours<V>& c) const {
+    return row(n, c.r_even, c.g_even, c.b_even);
+  }
+  PPL_INLINE_MEMBER V odd_row(int n, const colours<V>& c) const { return row(n, c.r_odd, c.g_odd, c.b_odd); }
+  PPL_INLINE_MEMBER V plane(int n, const colours<V>& c) const {
+    return join_clamp8(add16(even_row(n, c), bias[n]), add16(odd_row(n, c), bias[n]));
+  }
+};
 
 struct colour_out {
   const colour_matrix* matrix;
@@ -50,20 +51,22 @@ struct colour_out {
 enum class colour_form { luma, luma_chroma, three_planes };
 
 template <colour_form kForm, class V>
-PPL_INLINE void put_colours(const colour_out& o, int x, const colours<V>& c) {
-  const colour_matrix& m = *o.matrix;
+PPL_INLINE void put_colours(const colour_out& o, const matrix_vectors<V>& m, int x, const colours<V>& c) {
   if constexpr (kForm == colour_form::three_planes) {
-    store(o.luma + x, plane(m, 0, c));
-    store(o.chroma + x, plane(m, 1, c));
-    store(o.plane3 + x, plane(m, 2, c));
+    store(o.luma + x, m.plane(0, c));
+    store(o.chroma + x, m.plane(1, c));
+    store(o.plane3 + x, m.plane(2, c));
   } else {
-    store(o.luma + x, join_clamp8(matrix_row_even(m, 0, c), matrix_row_odd(m, 0, c)));
+    store(o.luma + x, join_clamp8(m.even_row(0, c), m.odd_row(0, c)));
     if constexpr (kForm == colour_form::luma_chroma) {
       const V bias = set16<V>(128);
-      store(o.chroma + x,
-            join_clamp8(add16(matrix_row_even(m, 1, c), bias), add16(matrix_row_even(m, 2, c), bias)));
+      store(o.chroma + x, join_clamp8(add16(m.even_row(1, c), bias), add16(m.even_row(2, c), bias)));
     }
   }
+}
+template <colour_form kForm, class V>
+PPL_INLINE void put_colours(const colour_out& o, int x, const colours<V>& c) {
+  put_colours<kForm>(o, matrix_vectors<V>(*o.matrix), x, c);
 }
 
 // Runs body<form>() for the form that the outputs ask for.

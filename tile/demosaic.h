@@ -20,10 +20,10 @@ struct neighbourhood {
 };
 
 template <class V>
-PPL_INLINE neighbourhood<V> around(const uint8_t* const rows[3], int x) {
-  return {loadu<V>(rows[0] + x - 1), load<V>(rows[0] + x), loadu<V>(rows[0] + x + 1),
-          loadu<V>(rows[1] + x - 1), load<V>(rows[1] + x), loadu<V>(rows[1] + x + 1),
-          loadu<V>(rows[2] + x - 1), load<V>(rows[2] + x), loadu<V>(rows[2] + x + 1)};
+PPL_INLINE neighbourhood<V> around(const rows_around<3>& r, int x) {
+  return {loadu<V>(r[-1] + x - 1), load<V>(r[-1] + x), loadu<V>(r[-1] + x + 1),
+          loadu<V>(r[0] + x - 1),  load<V>(r[0] + x),  loadu<V>(r[0] + x + 1),
+          loadu<V>(r[1] + x - 1),  load<V>(r[1] + x),  loadu<V>(r[1] + x + 1)};
 }
 
 // Means of two and four neighbours, straight to lanes: own colour and other colour of every column, green by the
@@ -42,12 +42,18 @@ PPL_INLINE colours<V> bilinear_with_green(const neighbourhood<V>& n, V green_at_
 
 }  // namespace demosaic_detail
 
+// What an interpolator reads to make a row.
+struct demosaic_source {
+  rows_around<3> mosaic, green;
+  const uint8_t *flat_mask, *flat_r, *flat_g, *flat_b;
+};
+
 // Quality 15. Missing green: the pair with the smaller difference; the vertical one if they tie.
 struct gradient_interpolator {
   template <bool kOddRow, class V>
-  static PPL_INLINE_MEMBER colours<V> at(const demosaic_args& a, int x) {
+  static PPL_INLINE_MEMBER colours<V> at(const demosaic_source& s, int x) {
     using namespace demosaic_detail;
-    const neighbourhood<V> n = around<V>(a.rows, x);
+    const neighbourhood<V> n = around<V>(s.mosaic, x);
     const auto vertical = le_u8(absdiff_u8(n.up, n.down), absdiff_u8(n.left, n.right));
     const V green = select(vertical, avg8(n.up, n.down), avg8(n.left, n.right));
     return bilinear_with_green<kOddRow>(n, green);
@@ -57,9 +63,9 @@ struct gradient_interpolator {
 // Quality 2. Missing green: the mean of both pairs' means.
 struct bilinear_interpolator {
   template <bool kOddRow, class V>
-  static PPL_INLINE_MEMBER colours<V> at(const demosaic_args& a, int x) {
+  static PPL_INLINE_MEMBER colours<V> at(const demosaic_source& s, int x) {
     using namespace demosaic_detail;
-    const neighbourhood<V> n = around<V>(a.rows, x);
+    const neighbourhood<V> n = around<V>(s.mosaic, x);
     return bilinear_with_green<kOddRow>(n, avg8(avg8(n.left, n.right), avg8(n.up, n.down)));
   }
 };
@@ -72,25 +78,24 @@ template <bool kFlat>
 struct directed_interpolator {
   // D of the row's even or odd columns, as lanes; dx shifts by whole lanes.
   template <bool kOddColumns, class V>
-  static PPL_INLINE_MEMBER V difference(const uint8_t* s, const uint8_t* g, int x) {
-    const V vs = loadu<V>(s + x), vg = loadu<V>(g + x);
+  static PPL_INLINE_MEMBER V difference(const demosaic_source& s, int row, int x) {
+    const V vs = loadu<V>(s.mosaic[row] + x), vg = loadu<V>(s.green[row] + x);
     return kOddColumns ? sub16(odd(vs), odd(vg)) : sub16(even(vs), even(vg));
   }
 
   template <bool kOddRow, class V>
-  static PPL_INLINE_MEMBER colours<V> at(const demosaic_args& a, int x) {
+  static PPL_INLINE_MEMBER colours<V> at(const demosaic_source& s, int x) {
     // Lane i: the cell of columns 2i, 2i + 1. The neighbour lane across is i + 1 for an even row (own colour at
     // even columns), i - 1 for an odd row; for the other colour the other way round.
     constexpr int kOwnStep = kOddRow ? -2 : 2;
-    const V own = difference<kOddRow, V>(a.rows[1], a.green[1], x);
-    const V own_next = difference<kOddRow, V>(a.rows[1], a.green[1], x + kOwnStep);
-    const V other = add16(difference<!kOddRow, V>(a.rows[0], a.green[0], x),
-                          difference<!kOddRow, V>(a.rows[2], a.green[2], x));
-    const V other_next = add16(difference<!kOddRow, V>(a.rows[0], a.green[0], x - kOwnStep),
-                               difference<!kOddRow, V>(a.rows[2], a.green[2], x - kOwnStep));
-    const V g = load<V>(a.green[1] + x), s = load<V>(a.rows[1] + x);
+    const V own = difference<kOddRow, V>(s, 0, x);
+    const V own_next = difference<kOddRow, V>(s, 0, x + kOwnStep);
+    const V other = add16(difference<!kOddRow, V>(s, -1, x), difference<!kOddRow, V>(s, 1, x));
+    const V other_next =
+        add16(difference<!kOddRow, V>(s, -1, x - kOwnStep), difference<!kOddRow, V>(s, 1, x - kOwnStep));
+    const V g = load<V>(s.green[0] + x), sample = load<V>(s.mosaic[0] + x);
     const V g_own = kOddRow ? odd(g) : even(g), g_green = kOddRow ? even(g) : odd(g);
-    const V own_at_own = kOddRow ? odd(s) : even(s);
+    const V own_at_own = kOddRow ? odd(sample) : even(sample);
     const V other_at_own = clamp_u8_16(add16(g_own, sra16<2>(add16(other, other_next))));
     const V own_at_green = clamp_u8_16(add16(g_green, sra16<1>(add16(own, own_next))));
     const V other_at_green = clamp_u8_16(add16(g_green, sra16<1>(other)));
@@ -100,8 +105,8 @@ struct directed_interpolator {
     else
       c = {other_at_own, other_at_green, g_own, g_green, own_at_own, own_at_green};
     if constexpr (kFlat) {
-      const auto flat = to_mask16(load<V>(a.flat_mask + x));
-      const V fr = load<V>(a.flat_r + x), fg = load<V>(a.flat_g + x), fb = load<V>(a.flat_b + x);
+      const auto flat = to_mask16(load<V>(s.flat_mask + x));
+      const V fr = load<V>(s.flat_r + x), fg = load<V>(s.flat_g + x), fb = load<V>(s.flat_b + x);
       c = {select(flat, fr, c.r_even), select(flat, fr, c.r_odd),  select(flat, fg, c.g_even),
            select(flat, fg, c.g_odd),  select(flat, fb, c.b_even), select(flat, fb, c.b_odd)};
     }
@@ -110,31 +115,39 @@ struct directed_interpolator {
 };
 
 template <class Interpolator, bool kOddRow>
-static void demosaic_row(const demosaic_args& args) {
-  const demosaic_args a = args;
-  const colour_matrix matrix = *a.matrix;
-  const colour_out out = {&matrix, a.luma, a.chroma, a.plane3};
+PPL_INLINE void demosaic_row(const demosaic_source& source, const colour_out& out, int width) {
+  const matrix_vectors<wide> matrix(*out.matrix);
   with_colour_form(out, [&]<colour_form kForm>() {
-    walk_padded(a.width, [&]<class V>(int x) {
-      put_colours<kForm>(out, x, Interpolator::template at<kOddRow, V>(a, x));
+    walk_padded(width, [&]<class V>(int x) {
+      put_colours<kForm>(out, matrix, x, Interpolator::template at<kOddRow, V>(source, x));
     });
   });
 }
 
+// Row r + i.
 template <class Interpolator>
-static void demosaic(const demosaic_args& a) {
-  a.odd_row != 0 ? demosaic_row<Interpolator, true>(a) : demosaic_row<Interpolator, false>(a);
+static void demosaic(const demosaic_args& a, int i) {
+  const demosaic_source source = {
+      three_rows(a.rows + i), three_rows(a.green + i), a.flat_mask[i], a.flat_r, a.flat_g, a.flat_b};
+  const colour_out out = {a.matrix, a.luma[i], a.chroma[i], a.plane3[i]};
+  (a.odd_row ^ i) != 0 ? demosaic_row<Interpolator, true>(source, out, a.width)
+                       : demosaic_row<Interpolator, false>(source, out, a.width);
 }
 
 static void demosaic_gradient(const demosaic_args& a) {
-  demosaic<gradient_interpolator>(a);
+  for (int i = 0; i < 2; ++i)
+    if (a.luma[i] != nullptr) demosaic<gradient_interpolator>(a, i);
 }
 static void demosaic_bilinear(const demosaic_args& a) {
-  demosaic<bilinear_interpolator>(a);
+  for (int i = 0; i < 2; ++i)
+    if (a.luma[i] != nullptr) demosaic<bilinear_interpolator>(a, i);
 }
 static void demosaic_directed(const demosaic_args& a) {
-  a.flat_mask != nullptr ? demosaic<directed_interpolator<true>>(a)
-                         : demosaic<directed_interpolator<false>>(a);
+  for (int i = 0; i < 2; ++i) {
+    if (a.luma[i] == nullptr) continue;
+    a.flat_mask[i] != nullptr ? demosaic<directed_interpolator<true>>(a, i)
+                              : demosaic<directed_interpolator<false>>(a, i);
+  }
 }
 
 }  // namespace ppl::PPL_LEVEL

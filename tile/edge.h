@@ -25,21 +25,25 @@ PPL_INLINE V edge_gain(const edge_band& band, V e, V size) {
   return keep(inside, sra16<5>(mullo16(e, repeat16<V>(&band.factor))));
 }
 
-static void edge(const edge_args& args) {
-  const edge_args a = args;
-  const edge_band band(*a.context);
-  walk_padded(a.width, [&]<class V>(int x) {
+PPL_INLINE void edge_row(const edge_band& band, rows_around<3> r, uint8_t* to, int width) {
+  walk_padded(width, [&]<class V>(int x) {
     V above_below[2], beside[2], centre[2];
-    widen_sum(load<V>(a.luma[0] + x), load<V>(a.luma[2] + x), above_below[0], above_below[1]);
-    widen_sum(loadu<V>(a.luma[1] + x - 1), loadu<V>(a.luma[1] + x + 1), beside[0], beside[1]);
-    widen(load<V>(a.luma[1] + x), centre[0], centre[1]);
+    widen_sum(load<V>(r[-1] + x), load<V>(r[1] + x), above_below[0], above_below[1]);
+    widen_sum(loadu<V>(r[0] + x - 1), loadu<V>(r[0] + x + 1), beside[0], beside[1]);
+    widen(load<V>(r[0] + x), centre[0], centre[1]);
     V out[2];
     for (int i = 0; i < 2; ++i) {
       const V e = sub16(sll16<2>(centre[i]), add16(above_below[i], beside[i]));
       out[i] = add16(centre[i], edge_gain(band, e, abs16(e)));
     }
-    store(a.out + x, narrow(out[0], out[1]));
+    store(to + x, narrow(out[0], out[1]));
   });
+}
+
+static void edge(const edge_args& a) {
+  const edge_band band(*a.context);
+  for (int i = 0; i < 2; ++i)
+    if (a.out[i] != nullptr) edge_row(band, three_rows(a.luma + i), a.out[i], a.width);
 }
 
 }  // namespace ppl::PPL_LEVEL

@@ -14,18 +14,16 @@
 namespace ppl::PPL_LEVEL {
 
 template <bool kOddRow>
-static void green_fill_row(const green_args& args) {
-  const green_args a = args;
-  const vec_i16 threshold = a.context->CFA_T1_vector;
-  walk_padded(a.width, [&]<class V>(int x) {
+PPL_INLINE void green_fill_row(rows_around<5> r, uint8_t* out, vec_i16 threshold, int width) {
+  walk_padded(width, [&]<class V>(int x) {
     const auto site = [](V v) { return kOddRow ? odd(v) : even(v); };
     const V t1 = repeat16<V>(&threshold);
-    const V centre = load<V>(a.rows[2] + x);
-    const V left = loadu<V>(a.rows[2] + x - 1), right = loadu<V>(a.rows[2] + x + 1);
-    const V up = load<V>(a.rows[1] + x), down = load<V>(a.rows[3] + x);
+    const V centre = load<V>(r[0] + x);
+    const V left = loadu<V>(r[0] + x - 1), right = loadu<V>(r[0] + x + 1);
+    const V up = load<V>(r[-1] + x), down = load<V>(r[1] + x);
     const V gh = site(absdiff_u8(left, right)), gv = site(absdiff_u8(up, down));
-    const V across = add16(site(loadu<V>(a.rows[2] + x - 2)), site(loadu<V>(a.rows[2] + x + 2)));
-    const V along = add16(site(load<V>(a.rows[0] + x)), site(load<V>(a.rows[4] + x)));
+    const V across = add16(site(loadu<V>(r[0] + x - 2)), site(loadu<V>(r[0] + x + 2)));
+    const V along = add16(site(load<V>(r[-2] + x)), site(load<V>(r[2] + x)));
     const V eh = sub16(add16(site(left), site(right)), srl16<1>(across));
     const V ev = sub16(add16(site(up), site(down)), srl16<1>(along));
     const auto directional = gt_s16(max_s16(gh, gv), t1) & gt_s16(t1, min_s16(gh, gv));
@@ -33,12 +31,17 @@ static void green_fill_row(const green_args& args) {
     const V mean = sra16<2>(add16(eh, ev));
     const V green = clamp_u8_16(add16(srl16<1>(site(centre)), select(directional, directed, mean)));
     const V zeros = zero<V>();
-    store(a.out + x, kOddRow ? even_odd(centre, zeros) | sll16<8>(green) : even_odd(green, centre));
+    store(out + x, kOddRow ? even_odd(centre, zeros) | sll16<8>(green) : even_odd(green, centre));
   });
 }
 
 static void green_fill(const green_args& a) {
-  a.odd_row != 0 ? green_fill_row<true>(a) : green_fill_row<false>(a);
+  const vec_i16 threshold = a.context->CFA_T1_vector;
+  for (int i = 0; i < 2; ++i) {
+    if (a.out[i] == nullptr) continue;
+    (a.odd_row ^ i) != 0 ? green_fill_row<true>(five_rows(a.rows + i), a.out[i], threshold, a.width)
+                         : green_fill_row<false>(five_rows(a.rows + i), a.out[i], threshold, a.width);
+  }
 }
 
 }  // namespace ppl::PPL_LEVEL

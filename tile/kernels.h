@@ -1,4 +1,5 @@
-// The entry points of the tile pipeline's vector code. Each works on one row, or on the two rows of a row pair.
+// The entry points of the tile pipeline's vector code. Each works on the two rows of a row pair, or on rows r and
+// r + 1: of a row whose (first) output is null nothing is made.
 //
 // Row storage: a row starts at a multiple of 64 bytes; `width` bytes (a multiple of 16) are real, and 64 bytes
 // on either side belong to the row's surroundings: kernels may read them, and may write behind the row's end up
@@ -42,20 +43,20 @@ struct statistics_args {
   int32_t tile_lead;                    // tiles by which the front end runs ahead
 };
 
-// tile/median.h: rows r - 2 .. r + 2
+// tile/median.h: rows r - 2 .. r + 3
 struct median_args {
   const ppl_context* context;
-  const uint8_t* rows[5];
-  uint8_t* out;
-  int32_t odd_row;
+  const uint8_t* rows[6];
+  uint8_t* out[2];
+  int32_t odd_row;  // row r is
   int32_t width;
 };
 
-// tile/green_fill.h: rows r - 2 .. r + 2
+// tile/green_fill.h: rows r - 2 .. r + 3
 struct green_args {
   const ppl_context* context;
-  const uint8_t* rows[5];
-  uint8_t* out;
+  const uint8_t* rows[6];
+  uint8_t* out[2];
   int32_t odd_row;
   int32_t width;
 };
@@ -77,33 +78,34 @@ struct colour_matrix {
   vec_i16 bias[3];    // after it: 128 for a chroma row, else 0
 };
 
-// tile/demosaic.h: rows r - 1 .. r + 1 of the mosaic (and of the green row where one exists)
+// tile/demosaic.h: rows r - 1 .. r + 2 of the mosaic (and of the green rows where they exist)
 struct demosaic_args {
-  const uint8_t* rows[3];
-  const uint8_t* green[3];
-  const uint8_t *flat_mask, *flat_r, *flat_g, *flat_b;  // null: no flat colours
+  const uint8_t* rows[4];
+  const uint8_t* green[4];
+  const uint8_t* flat_mask[2];  // null: no flat colours in that row
+  const uint8_t *flat_r, *flat_g, *flat_b;
   const colour_matrix* matrix;
-  uint8_t* luma;    // Y, or the matrix' first row
-  uint8_t* chroma;  // words; may be null. Three planes: the second row
-  uint8_t* plane3;  // three planes: the third row
+  uint8_t* luma[2];    // Y, or the matrix' first row
+  uint8_t* chroma[2];  // words; may be null. Three planes: the second row
+  uint8_t* plane3[2];  // three planes: the third row
   int32_t odd_row;
   int32_t width;
 };
 
-// tile/noise_filter.h: rows r - 1 .. r + 1
+// tile/noise_filter.h: rows r - 1 .. r + 2
 struct noise_args {
   const ppl_context* context;
-  const uint8_t* luma[3];
-  const uint8_t* chroma[3];
-  uint8_t *luma_out, *chroma_out;
+  const uint8_t* luma[4];
+  const uint8_t* chroma[4];
+  uint8_t *luma_out[2], *chroma_out[2];
   int32_t width;
 };
 
-// tile/edge.h: rows r - 1 .. r + 1
+// tile/edge.h: rows r - 1 .. r + 2
 struct edge_args {
   const ppl_context* context;
-  const uint8_t* luma[3];
-  uint8_t* out;
+  const uint8_t* luma[4];
+  uint8_t* out[2];
   int32_t width;
 };
 
@@ -119,11 +121,11 @@ struct mosaic_edge_args {
   int32_t width;
 };
 
-// tile/chroma_smoothing.h: rows r - 1 .. r + 1
+// tile/chroma_smoothing.h: rows r - 1 .. r + 2
 struct smooth_args {
-  const uint8_t* chroma[3];
+  const uint8_t* chroma[4];
   uint8_t *u_sums, *v_sums;  // row storage of width + 4 bytes, for the sums of three rows
-  uint8_t* out;
+  uint8_t* out[2];
   int32_t width;
 };
 

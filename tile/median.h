@@ -38,24 +38,32 @@ PPL_INLINE V filtered(const levels& c, quad<V> n, V x, Lane lane) {
 }  // namespace median_detail
 
 // The second smallest of four is min(max(min1, min2), min(max1, max2)).
-static void median(const median_args& args) {
+template <bool kOddRow>
+PPL_INLINE void median_row(const median_detail::levels& c, rows_around<5> r, uint8_t* out, int width) {
   using namespace median_detail;
-  const median_args a = args;
-  const ppl_context& record = *a.context;
-  const levels c = {record.medium_hot, record.medium_hot_percent, record.medium_dead,
-                    record.medium_dead_percent};
-  walk_padded(a.width, [&]<class V>(int x) {
-    const V centre = load<V>(a.rows[2] + x);
-    const quad<V> straight = {load<V>(a.rows[0] + x), load<V>(a.rows[4] + x), loadu<V>(a.rows[2] + x - 2),
-                              loadu<V>(a.rows[2] + x + 2)};
-    const quad<V> diagonal = {loadu<V>(a.rows[1] + x - 1), loadu<V>(a.rows[3] + x - 1),
-                              loadu<V>(a.rows[1] + x + 1), loadu<V>(a.rows[3] + x + 1)};
+  walk_padded(width, [&]<class V>(int x) {
+    const V centre = load<V>(r[0] + x);
+    const quad<V> straight = {load<V>(r[-2] + x), load<V>(r[2] + x), loadu<V>(r[0] + x - 2),
+                              loadu<V>(r[0] + x + 2)};
+    const quad<V> diagonal = {loadu<V>(r[-1] + x - 1), loadu<V>(r[1] + x - 1), loadu<V>(r[-1] + x + 1),
+                              loadu<V>(r[1] + x + 1)};
     const auto even_lane = [](V v) { return even(v); };
     const auto odd_lane = [](V v) { return odd(v); };
-    const V e = filtered(c, a.odd_row != 0 ? diagonal : straight, centre, even_lane);
-    const V o = filtered(c, a.odd_row != 0 ? straight : diagonal, centre, odd_lane);
-    store(a.out + x, join8(e, o));
+    const V e = filtered(c, kOddRow ? diagonal : straight, centre, even_lane);
+    const V o = filtered(c, kOddRow ? straight : diagonal, centre, odd_lane);
+    store(out + x, join8(e, o));
   });
+}
+
+static void median(const median_args& a) {
+  const ppl_context& record = *a.context;
+  const median_detail::levels c = {record.medium_hot, record.medium_hot_percent, record.medium_dead,
+                                   record.medium_dead_percent};
+  for (int i = 0; i < 2; ++i) {
+    if (a.out[i] == nullptr) continue;
+    (a.odd_row ^ i) != 0 ? median_row<true>(c, five_rows(a.rows + i), a.out[i], a.width)
+                         : median_row<false>(c, five_rows(a.rows + i), a.out[i], a.width);
+  }
 }
 
 }  // namespace ppl::PPL_LEVEL

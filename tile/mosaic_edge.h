@@ -1,14 +1,18 @@
 // Quality 12: a directional gradient sharpens the mosaic itself, then the colour conversion takes every sample for
-// R, G and B alike. Works on the two rows of a row pair, tile by tile.
+// R, G and B alike. Works on the two rows of a row pair.
 //
 // Reads rows 2p - 1 .. 2p + 2, columns c - 1 .. c + 1:
 //   Gv = sum of the three below - sum of the three above;  Gh = sum of the three right - sum of the three left
 //   m = |Gv| + |Gh| strictly between the edge thresholds adds ((Gv + Gh) * factor) >> 5, 16-bit product, arithmetic
 // In the formats with luma, Y overwrites the mosaic of a finished tile: the first column of the next tile sees Y to
-// its left, and the next row pair sees Y in the row above. That mixture is the filter's definition.
+// its left, and the next row pair sees Y in the row above. That mixture is the filter's definition. At the top and
+// the bottom of the frame a row around the pair is, mirrored, one of the pair's own.
+//
+// Only the first column of a tile sees Y of its own rows, and an odd column has even ones for neighbours, so there is
+// no chain from tile to tile: the odd columns of a vector come first, then the even ones, to whose left the last
+// column of every tile is finished by now.
 #pragma once
 
-#include "tile/colour.h"
 #include "tile/edge.h"
 #include "tile/kernels.h"
 #include "tile/simd.h"
@@ -17,41 +21,107 @@ namespace ppl::PPL_LEVEL {
 
 namespace mosaic_edge_detail {
 
-template <class V, class Lane>
-PPL_INLINE V sharpened(const edge_band& band, const uint8_t* const rows[3], int x, Lane lane) {
-  const auto at = [&](int row, int dx) { return lane(loadu<V>(rows[row] + x + dx)); };
-  const V up_left = at(0, -1), up_right = at(0, 1), down_left = at(2, -1), down_right = at(2, 1);
-  const V gv =
-      sub16(add16(add16(down_left, at(2, 0)), down_right), add16(add16(up_left, at(0, 0)), up_right));
-  const V gh =
-      sub16(add16(add16(up_right, at(1, 1)), down_right), add16(add16(up_left, at(1, -1)), down_left));
+// A column of samples, one in each of the rows 2p - 1 .. 2p + 2, as row 2p and row 2p + 1 have to do with it.
+template <class V>
+struct column {
+  V sum[2], fall[2];  // of the three samples about the row; the one below less the one above
+  PPL_INLINE_MEMBER explicit column(const V (&s)[4]) {
+    const V middle = add16(s[1], s[2]);
+    for (int i = 0; i < 2; ++i) {
+      sum[i] = add16(middle, s[3 * i]);
+      fall[i] = sub16(s[i + 2], s[i]);
+    }
+  }
+};
+
+// E of row i: `sample` lies in column `here`.
+template <class V>
+PPL_INLINE V sharpened(const edge_band& band, int i, V sample, const column<V>& left, const column<V>& here,
+                       const column<V>& right) {
+  const V gv = add16(add16(left.fall[i], here.fall[i]), right.fall[i]);
+  const V gh = sub16(right.sum[i], left.sum[i]);
   const V gain = edge_gain(band, add16(gv, gh), add16(abs16(gv), abs16(gh)));
-  return clamp_u8_16(add16(at(1, 0), gain));
+  return clamp_u8_16(add16(sample, gain));
+}
+
+// The colour matrix with R = G = B: the sum of a row's coefficients is its only one. Sums and products wrap alike.
+struct grey_matrix {
+  vec_i16 coef[3], offset[3], bias[3];
+  explicit grey_matrix(const colour_matrix& m) {
+    for (int row = 0; row < 3; ++row) {
+      const vec_i16* const c = m.coef + 3 * row;
+      store(coef + row, add16(add16(load<vec16>(c), load<vec16>(c + 1)), load<vec16>(c + 2)));
+      offset[row] = m.offset[row];
+      bias[row] = m.bias[row];
+    }
+  }
+  // Not clamped yet. Row 0 has no bias.
+  template <int kRow, class V>
+  PPL_INLINE_MEMBER V at(V e) const {
+    const V y = sra16<6>(add16(mullo16(e, repeat16<V>(coef + kRow)), repeat16<V>(offset + kRow)));
+    return kRow == 0 ? y : add16(y, repeat16<V>(bias + kRow));
+  }
+};
+
+// The samples of odd columns, each moved to the column behind it. Finished Y, also in odd columns, takes the place of
+// the last column of every tile; that of the tile before the vector stands in memory already.
+template <class V>
+PPL_INLINE V left_of_even(const uint8_t* row, V samples, V finished) {
+  if constexpr (V::size > 16) {
+    alignas(16) static constexpr uint8_t kTileEnd[16] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 255, 255};
+    samples = select(to_mask16(repeat16<V>(kTileEnd)), finished, samples);
+  }
+  return move_up16(odd(load<V>(row - V::size)), samples);
+}
+
+template <bool kThreePlanes>
+PPL_INLINE void mosaic_edge_rows(const mosaic_edge_args& a) {
+  const grey_matrix grey(*a.matrix);
+  const edge_band band(*a.context);
+  walk_padded(a.width, [&]<class V>(int x) {
+    V evens[4], odds[4], before[4], behind[4];
+    for (int r = 0; r < 4; ++r) {
+      const V samples = load<V>(a.rows[r] + x);
+      evens[r] = even(samples);
+      odds[r] = odd(samples);
+      behind[r] = even(loadu<V>(a.rows[r] + x + 2));
+    }
+    const column<V> even_columns(evens), odd_columns(odds), next(behind);
+    V e_even[2], e_odd[2], y_odd[2];
+    for (int i = 0; i < 2; ++i) {
+      e_odd[i] = sharpened(band, i, odds[i + 1], even_columns, odd_columns, next);
+      y_odd[i] = clamp_u8_16(grey.at<0>(e_odd[i]));
+    }
+    const auto raw = [&](int r) { return odd(loadu<V>(a.rows[r] + x - 2)); };
+    for (int i = 0; i < 2; ++i)
+      before[i + 1] = kThreePlanes ? raw(i + 1) : left_of_even(a.rows[i + 1] + x, odds[i + 1], y_odd[i]);
+    before[0] = a.rows[0] == a.rows[2] ? before[2] : raw(0);
+    before[3] = a.rows[3] == a.rows[1] ? before[1] : raw(3);
+    const column<V> previous(before);
+    for (int i = 0; i < 2; ++i) {
+      e_even[i] = sharpened(band, i, evens[i + 1], previous, even_columns, odd_columns);
+      const V y = join_clamp8(grey.at<0>(e_even[i]), y_odd[i]);
+      store(a.luma[i] + x, y);
+      if constexpr (kThreePlanes) {
+        store(a.chroma[i] + x, join_clamp8(grey.at<1>(e_even[i]), grey.at<1>(e_odd[i])));
+        store(a.plane3[i] + x, join_clamp8(grey.at<2>(e_even[i]), grey.at<2>(e_odd[i])));
+      } else {
+        store(a.rows[i + 1] + x, y);
+        if (a.chroma[i] != nullptr)
+          store(a.chroma[i] + x, join_clamp8(grey.at<1>(e_even[i]), grey.at<2>(e_even[i])));
+      }
+    }
+  });
 }
 
 }  // namespace mosaic_edge_detail
 
 static void mosaic_edge(const mosaic_edge_args& args) {
-  using namespace mosaic_edge_detail;
-  using V = vec16;
   const mosaic_edge_args a = args;
-  const colour_matrix matrix = *a.matrix;
-  const edge_band band(*a.context);
-  const auto even_lane = [](V v) { return even(v); };
-  const auto odd_lane = [](V v) { return odd(v); };
-  for (int x = 0; x < a.width; x += kTile) {
-    colours<V> grey[2];
-    for (int i = 0; i < 2; ++i) {
-      const V e = sharpened<V>(band, a.rows + i, x, even_lane),
-              o = sharpened<V>(band, a.rows + i, x, odd_lane);
-      grey[i] = {e, o, e, o, e, o};
-    }
-    for (int i = 0; i < 2; ++i) {
-      const colour_out out = {&matrix, a.luma[i], a.chroma[i], a.three_planes != 0 ? a.plane3[i] : nullptr};
-      with_colour_form(out, [&]<colour_form kForm>() { put_colours<kForm>(out, x, grey[i]); });
-      if (a.three_planes == 0) store(a.rows[i + 1] + x, load<V>(a.luma[i] + x));
-    }
-  }
+  if (a.three_planes != 0)
+    mosaic_edge_detail::mosaic_edge_rows<true>(a);
+  else
+    mosaic_edge_detail::mosaic_edge_rows<false>(a);
 }
 
 }  // namespace ppl::PPL_LEVEL

@@ -37,30 +37,47 @@ PPL_INLINE byte_limit below(int t) {
   return {t > 256 ? 255 : t - 1, t > 0};
 }
 
+// The rows of both planes, and where they go.
+struct noise_rows {
+  rows_around<3> luma, chroma;
+  uint8_t *luma_out, *chroma_out;
+};
+
+PPL_INLINE void copy_rows(noise_rows r, int width) {
+  walk_padded(width, [&]<class V>(int x) {
+    store(r.luma_out + x, load<V>(r.luma[0] + x));
+    store(r.chroma_out + x, load<V>(r.chroma[0] + x));
+  });
+}
+
+PPL_INLINE void filter_rows(noise_rows r, byte_limit vertical, byte_limit horizontal, int width) {
+  walk_padded(width, [&]<class V>(int x) {
+    const V up = load<V>(r.luma[-1] + x), down = load<V>(r.luma[1] + x);
+    const V left = loadu<V>(r.luma[0] + x - 1), right = loadu<V>(r.luma[0] + x + 1);
+    const auto flat = le_u8(absdiff_u8(up, down), set8<V>(vertical.limit)) &
+                      le_u8(absdiff_u8(left, right), set8<V>(horizontal.limit));
+    store(r.luma_out + x, select(flat, middle_mean(up, down, left, right), load<V>(r.luma[0] + x)));
+    const V mean = middle_mean(load<V>(r.chroma[-1] + x), load<V>(r.chroma[1] + x),
+                               loadu<V>(r.chroma[0] + x - 2), loadu<V>(r.chroma[0] + x + 2));
+    store(r.chroma_out + x, select(even_decides(flat), mean, load<V>(r.chroma[0] + x)));
+  });
+}
+
 }  // namespace noise_detail
 
-static void noise_filter(const noise_args& args) {
-  const noise_args a = args;
+static void noise_filter(const noise_args& a) {
   using namespace noise_detail;
   const byte_limit vertical = below(a.context->edge_threshold_vector.lane[0]);
   const byte_limit horizontal = below(a.context->medium_diff_plus.lane[0]);
-  if (!vertical.any || !horizontal.any) {
-    walk_padded(a.width, [&]<class V>(int x) {
-      store(a.luma_out + x, load<V>(a.luma[1] + x));
-      store(a.chroma_out + x, load<V>(a.chroma[1] + x));
-    });
-    return;
+  for (int i = 0; i < 2; ++i) {
+    if (a.luma_out[i] == nullptr) continue;
+    const noise_rows rows = {three_rows(a.luma + i), three_rows(a.chroma + i), a.luma_out[i],
+                             a.chroma_out[i]};
+    if (vertical.any && horizontal.any)
+      filter_rows(rows, vertical, horizontal, a.width);
+    else
+      copy_rows(rows, a.width);
   }
-  walk_padded(a.width, [&]<class V>(int x) {
-    const V up = load<V>(a.luma[0] + x), down = load<V>(a.luma[2] + x);
-    const V left = loadu<V>(a.luma[1] + x - 1), right = loadu<V>(a.luma[1] + x + 1);
-    const auto flat = le_u8(absdiff_u8(up, down), set8<V>(vertical.limit)) &
-                      le_u8(absdiff_u8(left, right), set8<V>(horizontal.limit));
-    store(a.luma_out + x, select(flat, middle_mean(up, down, left, right), load<V>(a.luma[1] + x)));
-    const V mean = middle_mean(load<V>(a.chroma[0] + x), load<V>(a.chroma[2] + x),
-                               loadu<V>(a.chroma[1] + x - 2), loadu<V>(a.chroma[1] + x + 2));
-    store(a.chroma_out + x, select(even_decides(flat), mean, load<V>(a.chroma[1] + x)));
-  });
 }
 
 }  // namespace ppl::PPL_LEVEL

@@ -25,10 +25,18 @@ void pad_samples(uint8_t* row, int width) {
 
 // The words beside a row of chroma words: word 6 of the first tile, word 1 of the last.
 void pad_words(uint8_t* row, int width) {
-  row[-2] = row[12];
-  row[-1] = row[13];
-  row[width] = row[width - 14];
-  row[width + 1] = row[width - 13];
+  copy(row - 2, row + 12, 2);
+  copy(row + width, row + width - 14, 2);
+}
+
+// The same for those of two rows that were made.
+void pad_samples(uint8_t* const (&rows)[2], int width) {
+  for (uint8_t* const row : rows)
+    if (row != nullptr) pad_samples(row, width);
+}
+void pad_words(uint8_t* const (&rows)[2], int width) {
+  for (uint8_t* const row : rows)
+    if (row != nullptr) pad_words(row, width);
 }
 
 // The record's scratch rows during a frame.
@@ -43,14 +51,14 @@ uint8_t* scratch_row_at(const walk& w, int row) {
 
 // ---- stages
 
-void gather_statistics(walk& w, int output_row_pair, ring_id ring) {
+// `rows`: the two that passed the front end last.
+void gather_statistics(walk& w, int output_row_pair, uint8_t* const (&rows)[2]) {
   const path_traits& path = *w.path;
-  const int front_row = 2 * (output_row_pair + path.lead_row_pairs);
   w.kernels->statistics({.context = w.context,
                          .black_even = scratch_row_at(w, kBlackEven),
                          .black_odd = scratch_row_at(w, kBlackOdd),
-                         .tone_even = w.row(ring, front_row),
-                         .tone_odd = w.row(ring, front_row + 1),
+                         .tone_even = rows[0],
+                         .tone_odd = rows[1],
                          .plain_only = !path.full_statistics,
                          .row_pair = output_row_pair,
                          .last_tile = w.tiles - 1 - path.right,
@@ -58,62 +66,61 @@ void gather_statistics(walk& w, int output_row_pair, ring_id ring) {
 }
 
 void front_end_stage(walk& w, int r) {
-  if (!w.inside(r)) return;
   ppl_context& c = *w.context;
   const path_traits& path = *w.path;
-  const ring_id ring = path.medium_filter ? kRaw : kMosaic;
   const int output_row_pair = r / 2 - path.lead_row_pairs;
   const bool collect = c.mean_collection != 0 && (output_row_pair & 1) != 0 && output_row_pair >= 1 &&
                        output_row_pair <= w.row_pairs - 1 - path.bottom && w.tiles - 1 - path.right >= 1;
   uint8_t* const source = w.job->source + static_cast<ptrdiff_t>(r) * c.frame_stride;
   uint16_t* const spare = static_cast<uint16_t*>(static_cast<void*>(c.scratch + 64 + kLensScratch));
+  uint8_t* rows[2];
+  w.to_make(path.medium_filter ? kRaw : kMosaic, r, rows);
   w.kernels->front_end({.context = &c,
                         .source_even = source,
                         .source_odd = source + c.frame_stride,
                         .frame_even = path.medium_filter ? nullptr : source,
                         .frame_odd = path.medium_filter ? nullptr : source + c.frame_stride,
-                        .row_even = w.row(ring, r),
-                        .row_odd = w.row(ring, r + 1),
+                        .row_even = rows[0],
+                        .row_odd = rows[1],
                         .lens_even = lens_row(c, r, w.width, spare),
                         .lens_odd = lens_row(c, r + 1, w.width, spare + 2048),
                         .black_even = collect ? scratch_row_at(w, kBlackEven) : nullptr,
                         .black_odd = collect ? scratch_row_at(w, kBlackOdd) : nullptr,
                         .width = w.width});
-  if (collect) gather_statistics(w, output_row_pair, ring);
-  pad_samples(w.row(ring, r), w.width);
-  pad_samples(w.row(ring, r + 1), w.width);
+  if (collect) gather_statistics(w, output_row_pair, rows);
+  pad_samples(rows, w.width);
 }
 
 // The first and last tile of a row, the row pairs above the path's first one and the last row pair pass unfiltered.
 void median_stage(walk& w, int first) {
-  for (int r = first; r < first + 2; ++r) {
-    if (!w.inside(r)) continue;
-    uint8_t* const out = w.row(kMosaic, r);
-    const uint8_t* const raw = w.row(kRaw, r);
-    const bool filtered = r / 2 >= w.path->median_first_row_pair && r / 2 <= w.row_pairs - 2 && w.tiles > 2;
-    if (filtered) {
-      median_args a = {.context = w.context, .rows = {}, .out = out, .odd_row = r & 1, .width = w.width};
-      for (int i = 0; i < 5; ++i) a.rows[i] = w.row(kRaw, r - 2 + i);
-      w.kernels->median(a);
-      copy(out, raw, kTile);
-      copy(out + w.width - kTile, raw + w.width - kTile, kTile);
-    } else {
-      copy(out, raw, w.width);
-    }
-    copy(w.job->source + static_cast<ptrdiff_t>(r) * w.context->frame_stride, out, w.width);
-    pad_samples(out, w.width);
+  median_args a = {.context = w.context, .rows = {}, .out = {}, .odd_row = first & 1, .width = w.width};
+  w.to_read(kRaw, first - 2, a.rows);
+  w.to_make(kMosaic, first, a.out);
+  uint8_t* const made[2] = {a.out[0], a.out[1]};
+  for (int i = 0; i < 2; ++i) {
+    const int pair = (first + i) / 2;
+    if (made[i] == nullptr) continue;
+    if (pair >= w.path->median_first_row_pair && pair <= w.row_pairs - 2 && w.tiles > 2) continue;
+    copy(made[i], a.rows[2 + i], w.width);
+    a.out[i] = nullptr;
   }
+  w.kernels->median(a);
+  for (int i = 0; i < 2; ++i) {
+    if (made[i] == nullptr) continue;
+    const int last = w.width - kTile;
+    copy(made[i], a.rows[2 + i], kTile);
+    copy(made[i] + last, a.rows[2 + i] + last, kTile);
+    copy(w.job->source + static_cast<ptrdiff_t>(first + i) * w.context->frame_stride, made[i], w.width);
+  }
+  pad_samples(made, w.width);
 }
 
 void green_stage(walk& w, int first) {
-  for (int r = first; r < first + 2; ++r) {
-    if (!w.inside(r)) continue;
-    green_args a = {
-        .context = w.context, .rows = {}, .out = w.row(kGreen, r), .odd_row = r & 1, .width = w.width};
-    for (int i = 0; i < 5; ++i) a.rows[i] = w.row(kMosaic, r - 2 + i);
-    w.kernels->green_fill(a);
-    pad_samples(a.out, w.width);
-  }
+  green_args a = {.context = w.context, .rows = {}, .out = {}, .odd_row = first & 1, .width = w.width};
+  w.to_read(kMosaic, first - 2, a.rows);
+  w.to_make(kGreen, first, a.out);
+  w.kernels->green_fill(a);
+  pad_samples(a.out, w.width);
 }
 
 // The flat colours find their rows at r * stride plus multiples of the frame's width: with a wider stride that is
@@ -139,7 +146,7 @@ void find_flat_blocks(walk& w, int r) {
                  .b = w.flat_b,
                  .odd_row = r & 1,
                  .width = w.width};
-  for (int i = 0; i < 6; ++i) a.rows[i] = w.row(kMosaic, r - 2 + i);
+  w.to_read(kMosaic, r - 2, a.rows);
   for (int i = 0; i < 4; ++i) a.colour_rows[i] = colour_row(w, r, r - 1 + i, i);
   w.kernels->flat_test(a);
   const int last = w.width - kTile;
@@ -171,40 +178,42 @@ void demosaic_stage(walk& w, int first) {
   const path_traits& path = *w.path;
   const bool tested = path.flat == flat_colours::even_blocks || path.flat == flat_colours::odd_blocks;
   if (tested && w.inside(first) && flat_in_row(w, first)) find_flat_blocks(w, first);
-  for (int r = first; r < first + 2; ++r) {
-    if (!w.inside(r)) continue;
-    const bool chroma = path.noise_filter || w.three_planes || w.chroma_is_put_out(r);
-    const bool flat = flat_in_row(w, r);
-    demosaic_args a = {.rows = {},
-                       .green = {},
-                       .flat_mask = flat ? w.flat_mask : nullptr,
-                       .flat_r = w.flat_r,
-                       .flat_g = w.flat_g,
-                       .flat_b = w.flat_b,
-                       .matrix = &w.matrix,
-                       .luma = w.row(kLuma, r),
-                       .chroma = chroma ? w.row(kChroma, r) : nullptr,
-                       .plane3 = w.three_planes ? w.row(kPlane3, r) : nullptr,
-                       .odd_row = r & 1,
-                       .width = w.width};
-    for (int i = 0; i < 3; ++i) a.rows[i] = w.row(kMosaic, r - 1 + i);
-    switch (path.demosaic) {
-      case interpolator::gradient:
-        w.kernels->demosaic_gradient(a);
-        break;
-      case interpolator::bilinear:
-        w.kernels->demosaic_bilinear(a);
-        break;
-      case interpolator::directed:
-        for (int i = 0; i < 3; ++i) a.green[i] = w.row(kGreen, r - 1 + i);
-        w.kernels->demosaic_directed(a);
-        break;
-      case interpolator::mosaic_edge:
-        break;
-    }
-    if (path.edge) pad_samples(a.luma, w.width);
-    if (path.noise_filter) pad_words(a.chroma, w.width);
+  demosaic_args a = {.rows = {},
+                     .green = {},
+                     .flat_mask = {},
+                     .flat_r = w.flat_r,
+                     .flat_g = w.flat_g,
+                     .flat_b = w.flat_b,
+                     .matrix = &w.matrix,
+                     .luma = {},
+                     .chroma = {},
+                     .plane3 = {},
+                     .odd_row = first & 1,
+                     .width = w.width};
+  w.to_read(kMosaic, first - 1, a.rows);
+  w.to_make(kLuma, first, a.luma);
+  w.to_make(kChroma, first, a.chroma);
+  if (w.three_planes) w.to_make(kPlane3, first, a.plane3);
+  for (int i = 0; i < 2; ++i) {
+    if (flat_in_row(w, first + i)) a.flat_mask[i] = w.flat_mask;
+    if (!path.noise_filter && !w.three_planes && !w.chroma_is_put_out(first + i)) a.chroma[i] = nullptr;
   }
+  switch (path.demosaic) {
+    case interpolator::gradient:
+      w.kernels->demosaic_gradient(a);
+      break;
+    case interpolator::bilinear:
+      w.kernels->demosaic_bilinear(a);
+      break;
+    case interpolator::directed:
+      w.to_read(kGreen, first - 1, a.green);
+      w.kernels->demosaic_directed(a);
+      break;
+    case interpolator::mosaic_edge:
+      break;
+  }
+  if (path.edge) pad_samples(a.luma, w.width);
+  if (path.noise_filter) pad_words(a.chroma, w.width);
 }
 
 void mosaic_edge_stage(walk& w, int first) {
@@ -229,58 +238,45 @@ void mosaic_edge_stage(walk& w, int first) {
 }
 
 void noise_stage(walk& w, int first) {
-  for (int r = first; r < first + 2; ++r) {
-    if (!w.inside(r)) continue;
-    noise_args a = {.context = w.context,
-                    .luma = {},
-                    .chroma = {},
-                    .luma_out = w.row(kLumaNf, r),
-                    .chroma_out = w.row(kChromaNf, r),
-                    .width = w.width};
-    for (int i = 0; i < 3; ++i) {
-      a.luma[i] = w.row(kLuma, r - 1 + i);
-      a.chroma[i] = w.row(kChroma, r - 1 + i);
-    }
-    w.kernels->noise_filter(a);
-    pad_samples(a.luma_out, w.width);
-    pad_words(a.chroma_out, w.width);
-  }
+  noise_args a = {
+      .context = w.context, .luma = {}, .chroma = {}, .luma_out = {}, .chroma_out = {}, .width = w.width};
+  w.to_read(kLuma, first - 1, a.luma);
+  w.to_read(kChroma, first - 1, a.chroma);
+  w.to_make(kLumaNf, first, a.luma_out);
+  w.to_make(kChromaNf, first, a.chroma_out);
+  w.kernels->noise_filter(a);
+  pad_samples(a.luma_out, w.width);
+  pad_words(a.chroma_out, w.width);
 }
 
 void edge_stage(walk& w, int first) {
-  const ring_id from = w.path->noise_filter ? kLumaNf : kLuma;
-  for (int r = first; r < first + 2; ++r) {
-    if (!w.inside(r) || !w.row_is_put_out(r)) continue;
-    edge_args a = {.context = w.context, .luma = {}, .out = w.row(kLumaOut, r), .width = w.width};
-    for (int i = 0; i < 3; ++i) a.luma[i] = w.row(from, r - 1 + i);
-    w.kernels->edge(a);
-  }
+  edge_args a = {.context = w.context, .luma = {}, .out = {}, .width = w.width};
+  w.to_read(w.path->noise_filter ? kLumaNf : kLuma, first - 1, a.luma);
+  w.to_make(kLumaOut, first, a.out);
+  for (int i = 0; i < 2; ++i)
+    if (!w.row_is_put_out(first + i)) a.out[i] = nullptr;
+  w.kernels->edge(a);
 }
 
 void smooth_stage(walk& w, int first) {
-  for (int r = first; r < first + 2; ++r) {
-    if (!w.inside(r) || !w.chroma_is_put_out(r)) continue;
-    smooth_args a = {.chroma = {},
-                     .u_sums = scratch_row_at(w, kSumsU),
-                     .v_sums = scratch_row_at(w, kSumsV),
-                     .out = w.row(kChromaOut, r),
-                     .width = w.width};
-    for (int i = 0; i < 3; ++i) a.chroma[i] = w.row(kChromaNf, r - 1 + i);
-    w.kernels->smooth(a);
-  }
+  smooth_args a = {.chroma = {},
+                   .u_sums = scratch_row_at(w, kSumsU),
+                   .v_sums = scratch_row_at(w, kSumsV),
+                   .out = {},
+                   .width = w.width};
+  w.to_read(kChromaNf, first - 1, a.chroma);
+  w.to_make(kChromaOut, first, a.out);
+  for (int i = 0; i < 2; ++i)
+    if (!w.chroma_is_put_out(first + i)) a.out[i] = nullptr;
+  w.kernels->smooth(a);
 }
 
 void output_stage(walk& w, int first) {
-  if (!w.inside(first)) return;
-  const ring_id luma = w.path->edge ? kLumaOut : kLuma;
-  const ring_id chroma = w.path->noise_filter ? kChromaOut : kChroma;
   finished_rows rows = {};
-  for (int i = 0; i < 2; ++i) {
-    rows.luma[i] = w.row(luma, first + i);
-    rows.chroma[i] = w.row(chroma, first + i);
-    if (w.three_planes) rows.plane3[i] = w.row(kPlane3, first + i);
-    if (w.rings[kChroma].rows != 0) rows.unfiltered_chroma[i] = w.row(kChroma, first + i);
-  }
+  w.to_read(w.path->edge ? kLumaOut : kLuma, first, rows.luma);
+  w.to_read(w.path->noise_filter ? kChromaOut : kChroma, first, rows.chroma);
+  if (w.three_planes) w.to_read(kPlane3, first, rows.plane3);
+  if (w.writer.wants_unfiltered_chroma) w.to_read(kChroma, first, rows.unfiltered_chroma);
   w.writer.put(w.writer, first / 2, rows);
 }
 

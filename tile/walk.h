@@ -50,18 +50,24 @@ const path_traits* find_path(uint32_t quality, bool medium_filter);
 
 // Row storage for `rows` consecutive rows of the frame, at most 8 of them; row r stands at place r mod rows.
 struct row_ring {
-  uint8_t* base;
+  uint8_t *base, *end;
   int32_t pitch, rows;
   uint32_t reciprocal;  // 65536 / rows, rounded up: exact quotients for rows below 8192
   row_ring() = default;
   row_ring(uint8_t* at, int32_t row_pitch, int32_t n)
       : base(at),
+        end(at + static_cast<ptrdiff_t>(row_pitch) * n),
         pitch(row_pitch),
         rows(n),
         reciprocal(n > 0 ? (65536u + static_cast<uint32_t>(n) - 1) / static_cast<uint32_t>(n) : 0) {}
   uint8_t* row(int r) const {
     const int turns = static_cast<int>(static_cast<uint32_t>(r) * reciprocal >> 16);
     return base + static_cast<ptrdiff_t>(r - turns * rows) * pitch;
+  }
+  // The row below one.
+  template <class Byte>
+  Byte* after(Byte* row) const {
+    return row + pitch == end ? base : row + pitch;
   }
 };
 
@@ -103,6 +109,23 @@ struct walk {
   }
   bool inside(int r) const { return r >= 0 && r < height; }
   uint8_t* row(ring_id ring, int r) const { return rings[ring].row(mirrored(r)); }
+
+  // Rows first, first + 1 ... of a ring to read, mirrored where they lie outside.
+  template <int N>
+  void to_read(ring_id id, int first, const uint8_t* (&to)[N]) const {
+    const row_ring& ring = rings[id];
+    if (first < 0 || first + N > height) {
+      for (int i = 0; i < N; ++i) to[i] = row(id, first + i);
+      return;
+    }
+    const uint8_t* at = ring.row(first);
+    for (int i = 0; i < N; ++i, at = ring.after(at)) to[i] = at;
+  }
+  // Rows first and first + 1 of a ring to be made: null outside.
+  void to_make(ring_id id, int first, uint8_t* (&to)[2]) const {
+    to[0] = first >= 0 ? rings[id].row(first) : nullptr;
+    to[1] = first + 1 < height ? (first >= 0 ? rings[id].after(to[0]) : rings[id].base) : nullptr;
+  }
 };
 
 }  // namespace ppl
