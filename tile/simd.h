@@ -68,7 +68,7 @@ PPL_INLINE void storeu(void* p, vec<16> a) {
 // The first half of a vector to one place, the second to another.
 PPL_INLINE void store_halves(void* first, void* second, vec<16> a) {
   _mm_storel_epi64(static_cast<__m128i*>(first), a.v);
-  _mm_storeh_pd(static_cast<double*>(second), _mm_castsi128_pd(a.v));
+  _mm_storeh_pi(static_cast<__m64*>(second), _mm_castsi128_ps(a.v));
 }
 PPL_INLINE void zero_to(vec<16>& d) {
   d.v = _mm_setzero_si128();
