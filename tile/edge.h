@@ -43,7 +43,7 @@ PPL_INLINE void edge_row(const edge_band& band, rows_around<3> r, uint8_t* to, i
 static void edge(const edge_args& a) {
   const edge_band band(*a.context);
   for (int i = 0; i < 2; ++i)
-    if (a.out[i] != nullptr) edge_row(band, three_rows(a.luma + i), a.out[i], a.width);
+    if (in_bits(a.made, i)) edge_row(band, three_rows(a.luma + i), a.out[i], a.width);
 }
 
 }  // namespace ppl::PPL_LEVEL
