@@ -52,9 +52,15 @@ enum scratch_row {
   kScratchRows = kPlane3Row0 + kPlane3Rows
 };
 constexpr int kScratchPitch = 2048 + 64;
-constexpr int kLensScratch = kScratchRows * kScratchPitch;  // two rows of factors
-static_assert(64 + kLensScratch + 2 * 2 * 2048 <= kScratchBytes - kOutputScratch);
+constexpr int kLensScratch = 64 + kScratchRows * kScratchPitch;  // two rows of factors
+constexpr int kPlacesScratch = kLensScratch + 2 * 2 * 2048;      // the rings' lists of row pointers
+static_assert(kPlacesScratch + 2 * (kPoolRows + kPlane3Rows) * sizeof(uint8_t*) <=
+              kScratchBytes - kOutputScratch);
 
+template <class T>
+T* scratch_at(const walk& w, int offset) {
+  return static_cast<T*>(static_cast<void*>(w.context->scratch + offset));
+}
 uint8_t* scratch_row_at(const walk& w, int row) {
   return w.context->scratch + 64 + row * kScratchPitch;
 }
@@ -82,7 +88,7 @@ void front_end_stage(walk& w, int r) {
   const bool collect = c.mean_collection != 0 && (output_row_pair & 1) != 0 && output_row_pair >= 1 &&
                        output_row_pair <= w.row_pairs - 1 - path.bottom && w.tiles - 1 - path.right >= 1;
   uint8_t* const source = w.job->source + static_cast<ptrdiff_t>(r) * c.frame_stride;
-  uint16_t* const spare = static_cast<uint16_t*>(static_cast<void*>(c.scratch + 64 + kLensScratch));
+  uint16_t* const spare = scratch_at<uint16_t>(w, kLensScratch);
   uint8_t* const* const rows = w.rows(path.medium_filter ? kRaw : kMosaic, r);
   w.kernels->front_end({.context = &c,
                         .source_even = source,
@@ -384,7 +390,7 @@ static_assert(64 + kPoolRows * kScratchPitch <= kRingPoolBytes);
 void place_rings(walk& w, const stage_list& plan) {
   const int pitch = (w.width + 63) / 64 * 64 + 64;
   uint8_t* base = w.context->ring_pool + 64;
-  uint8_t** places = w.places;
+  uint8_t** places = scratch_at<uint8_t*>(w, kPlacesScratch);
   for (int i = 0; i < kRings; ++i) {
     const int rows = plan.ring_rows[i];
     w.rings[i] = row_ring(places, i == kPlane3 ? scratch_row_at(w, kPlane3Row0) : base, pitch,

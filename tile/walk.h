@@ -85,7 +85,6 @@ struct walk {
   bool three_planes;  // the conversion forms planes instead of luma and chroma words
   uint8_t *flat_mask, *flat_r, *flat_g, *flat_b;  // one row each; null while no flat colours apply
   row_ring rings[kRings];
-  uint8_t* places[2 * (kPoolRows + kPlane3Rows)];
   colour_matrix matrix;
   output_writer writer;
   row_choice luma_put_out, chroma_put_out;
