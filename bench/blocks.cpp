@@ -125,6 +125,7 @@ cell_rows cells(bench_rows& b) {
           .luma = {b.out[0], b.out[1]},
           .u = b.out[2],
           .v = b.out[3],
+          .words = b.out[2],
           .r = b.out[4],
           .g = {b.out[5], b.out[6]},
           .b = b.out[7]};
@@ -135,7 +136,6 @@ scaler_columns columns(bench_rows& b) {
   c.step = (500u << 20) / kWidth;
   c.count = kWidth;
   c.limit = 499;
-  c.plain = kWidth - 16;
   c.memory = b.columns.data();
   c.memory_bytes = 64 * 1024;
   b.k().scaler->prepare(c);
@@ -229,7 +229,14 @@ constexpr block kBlocks[] = {
      [](bench_rows& b) { b.k().output->copy(b.out[0], b.in[0], kWidth, true); }},
     {"output/halve", kWidth,
      [](bench_rows& b) { b.k().output->halve(b.out[0], b.in[0], kWidth / 2, false); }},
-    {"output/widen", kWidth, [](bench_rows& b) { b.k().output->widen(b.out[0], b.in[0], kWidth, 9, false); }},
+    {"output/widen", kWidth,
+     [](bench_rows& b) {
+       b.k().output->widen(b.out[0], b.in[0], kWidth, {9, false, 0});
+     }},
+    {"output/widen in tiles", kWidth,
+     [](bench_rows& b) {
+       b.k().output->widen(b.out[0], b.in[0], kWidth, {9, true, 16});
+     }},
     {"output/mean", kWidth, [](bench_rows& b) { b.k().output->mean(b.out[0], b.in[0], b.in[1], kWidth); }},
     {"output/unbias", kWidth, [](bench_rows& b) { b.k().output->unbias(b.out[0], b.in[0], kWidth); }},
     // The words of one row serve two rows of I420.
@@ -241,6 +248,8 @@ constexpr block kBlocks[] = {
      }},
     {"output/split_doubled", 2 * kWidth,
      [](bench_rows& b) { b.k().output->split_doubled(b.out[0], b.out[1], b.chroma[0], kWidth / 2, false); }},
+    {"output/widen_words", kWidth,
+     [](bench_rows& b) { b.k().output->widen_words(b.out[0], b.chroma[0], kWidth / 2, false); }},
     {"output/pack", kWidth,
      [](bench_rows& b) {
        b.k().output->pack(b.out[0], b.in[0], b.chroma[0], kWidth, false, byte_order::yuyv);
@@ -265,15 +274,8 @@ constexpr block kBlocks[] = {
      [](bench_rows& b) { b.k().output->rgb32(b.out[0], colours(b, rgb_source::planes), kWidth, false); }},
 
     {"bulk/cells_to_yuv", 2 * kWidth, [](bench_rows& b) { b.k().bulk->cells_to_yuv(cells(b)); }},
+    {"bulk/cells_to_words", 2 * kWidth, [](bench_rows& b) { b.k().bulk->cells_to_words(cells(b)); }},
     {"bulk/cells_to_rgb", 2 * kWidth, [](bench_rows& b) { b.k().bulk->cells_to_rgb(cells(b)); }},
-    {"bulk/widen", kWidth,
-     [](bench_rows& b) { b.k().bulk->widen(b.out[0], b.in[0], kWidth, {.mirrored = false, .tile = 16}); }},
-    {"bulk/yuyv", kWidth,
-     [](bench_rows& b) { b.k().bulk->yuyv(b.out[0], b.in[0], b.in[1], b.in[2], kWidth); }},
-    {"bulk/rgb24", kWidth,
-     [](bench_rows& b) { b.k().bulk->rgb24(b.out[0], b.in[0], b.in[1], b.in[2], kWidth); }},
-    {"bulk/rgb32", kWidth,
-     [](bench_rows& b) { b.k().bulk->rgb32(b.out[0], b.in[0], b.in[1], b.in[2], kWidth); }},
 
     {"convert/copy", kWidth, [](bench_rows& b) { b.k().convert->copy(b.out[0], b.in[0], 2 * kWidth); }},
     {"convert/fill", kWidth, [](bench_rows& b) { b.k().convert->fill(b.out[0], 2 * kWidth, 16, 128); }},

@@ -176,31 +176,7 @@ PPL_INLINE void interleave32(vec<64> a, vec<64> b, vec<64>& first, vec<64>& seco
 
 // ---- RGB24
 
-#ifdef __SSSE3__
-// Sums of two products, bytes of u unsigned and of s signed, to saturated 16-bit lanes; bytes picked within each 16.
-PPL_INLINE vec<16> madd8(vec<16> u, vec<16> s) {
-  return {_mm_maddubs_epi16(u.v, s.v)};
-}
-PPL_INLINE vec<16> shuffle8(vec<16> a, vec<16> at) {
-  return {_mm_shuffle_epi8(a.v, at.v)};
-}
-#if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
-PPL_INLINE vec<32> madd8(vec<32> u, vec<32> s) {
-  return {_mm256_maddubs_epi16(u.v, s.v)};
-}
-PPL_INLINE vec<32> shuffle8(vec<32> a, vec<32> at) {
-  return {_mm256_shuffle_epi8(a.v, at.v)};
-}
-#endif
-#if defined(PPL_LEVEL_avx512)
-PPL_INLINE vec<64> madd8(vec<64> u, vec<64> s) {
-  return {_mm512_maddubs_epi16(u.v, s.v)};
-}
-PPL_INLINE vec<64> shuffle8(vec<64> a, vec<64> at) {
-  return {_mm512_shuffle_epi8(a.v, at.v)};
-}
-#endif
-#else
+#ifndef __SSSE3__
 // Each 32-bit lane with its low (high) 16-bit lane in both places.
 PPL_INLINE vec<16> repeat_low16(vec<16> a) {
   return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(a.v, 0xa0), 0xa0)};

@@ -25,21 +25,6 @@ bool is_packed(out_format format) {
   return format == out_format::yuyv || format == out_format::uyvy;
 }
 
-int bytes_per_pixel(out_format format) {
-  switch (format) {
-    case out_format::i420:
-      return 1;
-    case out_format::yuyv:
-    case out_format::uyvy:
-      return 2;
-    case out_format::rgb24:
-      return 3;
-    case out_format::rgb32:
-      break;
-  }
-  return 4;
-}
-
 // A row in the format of the picture, for all formats but I420.
 void pack_row(const row_sink& sink, uint8_t* out, const uint8_t* row) {
   if (sink.to == out_format::rgb24) {

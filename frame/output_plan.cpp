@@ -275,18 +275,7 @@ start_offsets output_start(const ppl_context* c, out_format format) {
 int64_t output_bytes(const ppl_context* c, out_format format) {
   const int64_t n = c->out_pixels;
   if (c->out_width <= 0 || c->out_height <= 0 || n <= 0) return 0;
-  switch (format) {
-    case out_format::i420:
-      return n + 2 * (n / 4);
-    case out_format::yuyv:
-    case out_format::uyvy:
-      return 2 * n;
-    case out_format::rgb24:
-      return 3 * n;
-    case out_format::rgb32:
-      return 4 * n;
-  }
-  return 0;
+  return format == out_format::i420 ? n + 2 * (n / 4) : bytes_per_pixel(format) * n;
 }
 
 }  // namespace ppl

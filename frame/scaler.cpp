@@ -29,20 +29,11 @@ uint32_t furthest(uint32_t step, uint32_t count) {
   return last >> 32 ? 4095 : static_cast<uint32_t>(last) >> 20;
 }
 
-// How many positions come in order before the first that wraps or reaches the limit.
-uint32_t plain_outputs(uint32_t step, uint32_t limit, uint32_t count) {
-  const uint64_t end = uint64_t{limit} << 20 < uint64_t{1} << 32 ? uint64_t{limit} << 20 : uint64_t{1} << 32;
-  if (step == 0) return limit == 0 ? 0 : count;
-  const uint64_t n = (end + step - 1) / step;
-  return n < count ? static_cast<uint32_t>(n) : count;
-}
-
 scaler_columns plan_columns(ppl_context* c, const scaler_plane& p, uint32_t count) {
   scaler_columns columns = {};
   columns.step = (p.source_width << 20) / p.width;
   columns.count = count;
   columns.limit = p.source_width - 1;
-  columns.plain = plain_outputs(columns.step, columns.limit, count);
   columns.memory = c->scratch + kTables;
   columns.memory_bytes = kTableBytes;
   c->kernels->scaler->prepare(columns);
@@ -91,6 +82,8 @@ struct packed_pass {
     uint8_t* const u = context->scratch + kURow;
     uint8_t* const v = context->scratch + kVRow;
     const source_row r = row_of(*plane, row);
+    if (columns.way == scaler_way::copied && r.left >= 2 * columns.count)
+      return k.line(columns, r.at, line, 0, 2 * columns.count);
     const uint32_t inside = r.left < 0 ? 0 : r.left / 2 < reach ? static_cast<uint32_t>(r.left / 2) : reach;
     const uint32_t whole = inside & ~31u;
     k.split(r.at, y, u, v, whole);
@@ -114,30 +107,37 @@ struct packed_pass {
   }
 };
 
-// Down the destination rows, with at most two passed lines at a time.
+// Down the destination rows, with at most two passed lines at a time: that of row r in the first line buffer if r is
+// even, in the second if it is odd. Where lines do not run into one another only those are passed that a row is blended
+// of, and a line that makes a row alone, and no other row, is passed to its place at once.
 template <class Pass>
-void walk_rows(ppl_context* c, const scaler_plane& p, const Pass& read) {
+void walk_rows(ppl_context* c, const scaler_plane& p, bool whole_groups, const Pass& read) {
   const scaler_kernels& k = *c->kernels->scaler;
-  uint8_t* top = c->ring_pool;
-  uint8_t* bottom = top + p.width;
-  read(0, top);
-  read(p.source_height > 1 ? 1 : 0, bottom);
+  constexpr uint32_t kNone = ~0u;
+  uint32_t held[2] = {kNone, kNone};
+  const auto line_of = [&](uint32_t row) {
+    uint8_t* const line = c->ring_pool + (row & 1) * p.width;
+    if (held[row & 1] != row) read(p.source_height > 1 ? row : 0, line);
+    held[row & 1] = row;
+    return line;
+  };
 
+  const uint32_t last = p.source_height > 1 ? p.source_height - 1 : kNone;
   const uint32_t step = (p.source_height << 20) / p.height, pitch = rounded_up(p.width, kGroup);
   uint32_t index = 0, y = 0;
   uint8_t* out = p.destination;
   for (uint32_t row = 0; row < p.height && out < p.destination_end; ++row, out += pitch, y += step) {
-    if (y >> 20 > index) {
-      ++index;
-      uint8_t* const free_line = top;
-      top = bottom;
-      if (index < p.source_height - 1) {
-        bottom = free_line;
-        read(index + 1, bottom);
-      }
-    }
+    if (y >> 20 > index) ++index;
     const int64_t room = p.destination_end - out;
-    k.blend(top, bottom, y >> 12 & 255, out, room < pitch ? static_cast<uint32_t>(room) : pitch);
+    const uint32_t weight = y >> 12 & 255;
+    const bool alone = whole_groups && weight == 0, moves_on = (y + step) >> 20 > index;
+    if (alone && moves_on && held[index & 1] != index && room >= pitch) {
+      read(index, out);
+      continue;
+    }
+    const uint8_t* const top = line_of(index);
+    const uint8_t* const bottom = alone || index == last ? top : line_of(index + 1);
+    k.blend(top, bottom, weight, out, room < pitch ? static_cast<uint32_t>(room) : pitch);
   }
 }
 
@@ -148,7 +148,8 @@ bool frame_scaler_planar(ppl_context* c, const scaler_plane& p) {
   const uint32_t count = rounded_up(p.width, kGroup);
   if (p.width + count > kRingPoolBytes) return true;
   const scaler_columns columns = plan_columns(c, p, count);
-  walk_rows(c, p, planar_pass{c, &p, columns, furthest(columns.step, count) + 2 + kReadAhead});
+  walk_rows(c, p, p.width == count,
+            planar_pass{c, &p, columns, furthest(columns.step, count) + 2 + kReadAhead});
   return true;
 }
 
@@ -162,7 +163,7 @@ bool frame_scaler_packed(ppl_context* c, const scaler_plane& p) {
   const scaler_columns columns = plan_columns(c, p, line / 2);
   const uint32_t luma = furthest(columns.step, columns.count) + 2;
   const uint32_t chroma = 2 * (furthest(columns.step, columns.count / 2) + 2);
-  walk_rows(c, p, packed_pass{c, &p, columns, ((luma > chroma ? luma : chroma) + 1) & ~1u});
+  walk_rows(c, p, p.width == line, packed_pass{c, &p, columns, ((luma > chroma ? luma : chroma) + 1) & ~1u});
   return true;
 }
 

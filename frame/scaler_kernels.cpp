@@ -1,6 +1,9 @@
 // Horizontal and vertical passes of the frame scaler.
 //
-// A blend works on 16-bit lanes: a * 256 + (b - a) * f + 128 is at most 65408, so wrapping products are exact.
+// blend(a, b, f) = (a * (256 - f) + b * f + 128) >> 8. Where the level can multiply byte pairs, both products are one
+// operation on a - 128 and b - 128, with f from 1 to 255 so that 256 - f is a byte too; the sum, at least -32768, gets
+// the 128 * 256 back together with the rounding. Elsewhere it is a + ((b - a) * f + 128 >> 8) in bytes that wrap: the
+// bits 8 to 15 of the product are right, whatever is lost above them.
 #include "frame/scaler_kernels.h"
 
 #include "platform/levels.h"
@@ -9,11 +12,7 @@
 namespace ppl::PPL_LEVEL {
 namespace {
 
-#ifdef __SSSE3__
-constexpr bool kShuffles = true;
-#else
-constexpr bool kShuffles = false;
-#endif
+constexpr uint32_t kOne = 1u << 20;  // a step of one sample
 
 PPL_INLINE uint8_t blend_one(uint32_t a, uint32_t b, uint32_t f) {
   return static_cast<uint8_t>((a * (256 - f) + b * f + 128) >> 8);
@@ -21,151 +20,275 @@ PPL_INLINE uint8_t blend_one(uint32_t a, uint32_t b, uint32_t f) {
 
 // ---- lines of one plane
 
-// Tables of eight outputs: where their samples begin, which bytes from there make the pairs, and the weights.
-struct octet {
-  uint8_t shuffle[16];
-  uint16_t weight[8];
+// Two bytes for each output in both tables. Gathered: the index of its sample, and the weight. Shuffled: where its
+// pair stands in the 16 bytes from the octet's base, and the weights of the two. Both begin at multiples of 64.
+struct column_tables {
+  uint16_t* sample;
+  uint16_t* weight;
+  uint16_t* base;  // shuffled: for every eight outputs
 };
-struct octet_tables {
-  octet* octets;
-  uint16_t* base;
-};
-PPL_INLINE octet_tables tables_of(const scaler_columns& c) {
-  octet* const octets = reinterpret_cast<octet*>(c.memory);
-  return {octets, reinterpret_cast<uint16_t*>(octets + c.count / 8)};
+PPL_INLINE uint32_t padded(uint32_t count) {
+  return (count + 31) & ~31u;
 }
-
-void prepare(scaler_columns& c) {
-  if (!kShuffles || c.count / 8 * (sizeof(octet) + 2) > c.memory_bytes) return;
-  const octet_tables t = tables_of(c);
-  uint32_t p = 0;
-  for (uint32_t o = 0; o < c.count / 8; ++o) {
-    const uint32_t base = p >> 20;
-    for (uint32_t i = 0; i < 8; ++i, p += c.step) {
-      const uint32_t x = (p >> 20) - base, right = (p >> 20) < c.limit ? x + 1 : x;
-      if (x > 14) return;  // too far apart, or wrapped
-      t.octets[o].shuffle[2 * i] = static_cast<uint8_t>(x);
-      t.octets[o].shuffle[2 * i + 1] = static_cast<uint8_t>(right);
-      t.octets[o].weight[i] = p >> 12 & 255;
-    }
-    t.base[o] = static_cast<uint16_t>(base);
-  }
-  c.tabled = true;
+PPL_INLINE uint32_t table_bytes(uint32_t count) {
+  return 4 * padded(count) + count / 4;
 }
-
-// Pairs (a, b) of bytes, one weight for each pair.
-PPL_INLINE vec16 blend_pairs(vec16 pairs, vec16 f) {
-  const vec16 sum = add16(sll16<8>(pairs), mullo16(sub16(odd(pairs), even(pairs)), f));
-  return srl16<8>(add16(sum, set16<vec16>(128)));
+PPL_INLINE column_tables tables_of(const scaler_columns& c) {
+  uint16_t* const memory = reinterpret_cast<uint16_t*>(c.memory);
+  return {memory, memory + padded(c.count), memory + 2 * padded(c.count)};
+}
+// A sample without a right neighbour is taken whole.
+PPL_INLINE uint32_t weight_at(uint32_t p, uint32_t limit) {
+  return p >> 20 < limit ? p >> 12 & 255 : 0;
 }
 
 #ifdef __SSSE3__
-PPL_INLINE vec16 tabled_octet(const octet& o, const uint8_t* at) {
-  const vec16 pairs = {_mm_shuffle_epi8(loadu<vec16>(at).v, load<vec16>(o.shuffle).v)};
-  return blend_pairs(pairs, load<vec16>(o.weight));
-}
-PPL_INLINE void tabled_line(const scaler_columns& c, const uint8_t* row, uint8_t* line, uint32_t first,
-                            uint32_t count) {
-  const octet_tables t = tables_of(c);
-  for (uint32_t o = first / 8; o < (first + count) / 8; o += 2, line += 16) {
-    const vec16 lo = tabled_octet(t.octets[o], row + t.base[o]);
-    const vec16 hi = tabled_octet(t.octets[o + 1], row + t.base[o + 1]);
-    storeu(line, pack_u8(lo, hi));
+// False where the samples of eight outputs stand too far apart, or wrap.
+bool prepare_shuffles(const scaler_columns& c) {
+  const column_tables t = tables_of(c);
+  const uint32_t step = c.step, limit = c.limit, count = c.count;
+  uint32_t too_far = 0, p = 0;
+  for (uint32_t i = 0; i < count; ++i, p += step) {
+    const uint32_t a = (p >> 20) - ((i & ~7u) * step >> 20), f = weight_at(p, limit);
+    const uint32_t b = f == 0 ? a : a + 1, w = f == 0 ? 1 : f;
+    t.sample[i] = static_cast<uint16_t>(a | b << 8);
+    t.weight[i] = static_cast<uint16_t>((256 - w) | w << 8);
+    too_far |= (a + 1) & ~15u;
   }
+  for (uint32_t i = 0; i < count; i += 8) t.base[i / 8] = static_cast<uint16_t>(i * step >> 20);
+  return too_far == 0;
 }
 #else
-PPL_INLINE void tabled_line(const scaler_columns&, const uint8_t*, uint8_t*, uint32_t, uint32_t) {}
+PPL_INLINE bool prepare_shuffles(const scaler_columns&) {
+  return false;
+}
 #endif
 
+void prepare_gathering(const scaler_columns& c) {
+  const column_tables t = tables_of(c);
+  const uint32_t step = c.step, limit = c.limit, count = c.count;
+  uint32_t p = 0;
+  for (uint32_t i = 0; i < count; ++i, p += step) {
+    t.sample[i] = static_cast<uint16_t>(p >> 20);
+    t.weight[i] = static_cast<uint16_t>(weight_at(p, limit));
+  }
+}
+
+// Rows are shorter than 4096 samples, so no position of these three steps wraps.
+void prepare(scaler_columns& c) {
+  if (c.step == kOne) {
+    c.way = scaler_way::copied;
+  } else if (c.step == 2 * kOne) {
+    c.way = scaler_way::halved;
+  } else if (c.step == kOne / 2) {
+    c.way = scaler_way::doubled;
+  } else if (table_bytes(c.count) > c.memory_bytes) {
+    c.way = scaler_way::single;
+  } else if (prepare_shuffles(c)) {
+    c.way = scaler_way::shuffled;
+  } else {
+    prepare_gathering(c);
+    c.way = scaler_way::gathered;
+  }
+}
+
+void copied_line(const uint8_t* row, uint8_t* out, int count) {
+  walk_exact(count, [&]<class V>(int x) { storeu(out + x, loadu<V>(row + x)); });
+}
+
+void halved_line(const uint8_t* row, uint8_t* out, int count) {
+  walk_exact(count, [&]<class V>(int x) {
+    storeu(out + x, even_bytes(loadu<V>(row + 2 * x), loadu<V>(row + 2 * x + V::size)));
+  });
+}
+
+// `last`: the sample in the row that has no right neighbour, counted from here.
+void doubled_line(const uint8_t* row, uint8_t* out, int count, int last) {
+  const auto pairs = [&]<class V>(int x, V& first, V& second) {
+    const V a = loadu<V>(row + x);
+    interleave8(a, avg8(a, loadu<V>(row + x + 1)), first, second);
+  };
+  const int samples = count / 2;  // a multiple of 8
+  walk_exact(samples & ~15, [&]<class V>(int x) {
+    V first, second;
+    pairs(x, first, second);
+    storeu(out + 2 * x, first);
+    storeu(out + 2 * x + V::size, second);
+  });
+  if (samples & 8) {
+    vec16 first, second;
+    pairs(samples - 8, first, second);
+    storeu(out + count - 16, first);
+  }
+  for (int x = last; x < samples; ++x) out[2 * x + 1] = row[x];
+}
+
+#ifdef __SSSE3__
+// Pairs of bytes less 128, by pairs of weights that add up to 256.
+template <class V>
+PPL_INLINE V blend_pairs(V pairs, V weights) {
+  return srl16<8>(add16(madd8(weights, pairs), set16<V>(0x8080)));
+}
+
+// The 16 bytes from every octet's base.
+PPL_INLINE void windows_to(vec<16>& d, const uint8_t* row, const uint16_t* base) {
+  d = loadu<vec<16>>(row + base[0]);
+}
+#if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
+PPL_INLINE void windows_to(vec<32>& d, const uint8_t* row, const uint16_t* base) {
+  const __m256i first = _mm256_castsi128_si256(loadu<vec16>(row + base[0]).v);
+  d.v = _mm256_inserti128_si256(first, loadu<vec16>(row + base[1]).v, 1);
+}
+#endif
+#if defined(PPL_LEVEL_avx512)
+PPL_INLINE void windows_to(vec<64>& d, const uint8_t* row, const uint16_t* base) {
+  vec<32> first, second;
+  windows_to(first, row, base);
+  windows_to(second, row, base + 2);
+  d.v = _mm512_inserti64x4(_mm512_castsi256_si512(first.v), second.v, 1);
+}
+#endif
+
+void shuffled_line(const scaler_columns& c, const uint8_t* row, uint8_t* out, uint32_t first, int count) {
+  const column_tables t = tables_of(c);
+  const uint16_t* const sample = t.sample + first;
+  const uint16_t* const weight = t.weight + first;
+  const uint16_t* base = t.base + first / 8;
+  walk_exact(count, [&]<class V>(int x) {
+    V half[2];
+    for (int k = 0; k < 2; ++k, base += V::size / 16) {
+      const int at = x + k * V::size / 2;
+      windows_to(half[k], row, base);
+      const V pairs = shuffle8(half[k] ^ set8<V>(0x80), load<V>(sample + at));
+      half[k] = blend_pairs(pairs, load<V>(weight + at));
+    }
+    storeu(out + x, pack_u8(half[0], half[1]));
+  });
+}
+#endif
+
+// A sample and its right neighbour.
 PPL_INLINE int load_pair(const uint8_t* p) {
   uint16_t pair;
   __builtin_memcpy(&pair, p, 2);
   return pair;
 }
+PPL_INLINE vec16 gathered_octet(const uint8_t* row, const uint16_t* sample) {
+  __m128i pairs = _mm_cvtsi32_si128(load_pair(row + sample[0]));
+  pairs = _mm_insert_epi16(pairs, load_pair(row + sample[1]), 1);
+  pairs = _mm_insert_epi16(pairs, load_pair(row + sample[2]), 2);
+  pairs = _mm_insert_epi16(pairs, load_pair(row + sample[3]), 3);
+  pairs = _mm_insert_epi16(pairs, load_pair(row + sample[4]), 4);
+  pairs = _mm_insert_epi16(pairs, load_pair(row + sample[5]), 5);
+  pairs = _mm_insert_epi16(pairs, load_pair(row + sample[6]), 6);
+  pairs = _mm_insert_epi16(pairs, load_pair(row + sample[7]), 7);
+  return {pairs};
+}
+void gathered_line(const scaler_columns& c, const uint8_t* row, uint8_t* out, uint32_t first, int count) {
+  const column_tables t = tables_of(c);
+  const uint16_t* const sample = t.sample + first;
+  const uint16_t* const weight = t.weight + first;
+  for (int x = 0; x < count; x += 16) {
+    vec16 a[2], change[2];
+    for (int k = 0; k < 2; ++k) {
+      const vec16 pairs = gathered_octet(row, sample + x + 8 * k);
+      a[k] = even(pairs);
+      const vec16 product = mullo16(sub16(odd(pairs), a[k]), load<vec16>(weight + x + 8 * k));
+      change[k] = srl16<8>(add16(product, set16<vec16>(128)));
+    }
+    storeu(out + x, add8(pack_u8(a[0], a[1]), pack_u8(change[0], change[1])));
+  }
+}
 
-// Eight outputs gathered pair by pair; moves the position on.
-PPL_INLINE vec16 gathered_octet(const uint8_t* row, uint32_t& p, uint32_t step) {
-  const __m128i steps = _mm_set1_epi32(static_cast<int>(4 * step));
-  const __m128i first = _mm_set_epi32(static_cast<int>(p + 3 * step), static_cast<int>(p + 2 * step),
-                                      static_cast<int>(p + step), static_cast<int>(p));
-  const __m128i byte = _mm_set1_epi32(255);
-  const __m128i f = _mm_packs_epi32(_mm_and_si128(_mm_srli_epi32(first, 12), byte),
-                                    _mm_and_si128(_mm_srli_epi32(_mm_add_epi32(first, steps), 12), byte));
-  __m128i pairs = _mm_cvtsi32_si128(load_pair(row + (p >> 20)));
-  pairs = _mm_insert_epi16(pairs, load_pair(row + ((p += step) >> 20)), 1);
-  pairs = _mm_insert_epi16(pairs, load_pair(row + ((p += step) >> 20)), 2);
-  pairs = _mm_insert_epi16(pairs, load_pair(row + ((p += step) >> 20)), 3);
-  pairs = _mm_insert_epi16(pairs, load_pair(row + ((p += step) >> 20)), 4);
-  pairs = _mm_insert_epi16(pairs, load_pair(row + ((p += step) >> 20)), 5);
-  pairs = _mm_insert_epi16(pairs, load_pair(row + ((p += step) >> 20)), 6);
-  pairs = _mm_insert_epi16(pairs, load_pair(row + ((p += step) >> 20)), 7);
-  p += step;
-  return blend_pairs({pairs}, {f});
+void single_line(const scaler_columns& c, const uint8_t* row, uint8_t* out, uint32_t first, int count) {
+  uint32_t p = first * c.step;
+  for (int i = 0; i < count; ++i, p += c.step) {
+    const uint32_t x = p >> 20;
+    out[i] = blend_one(row[x], row[x < c.limit ? x + 1 : x], p >> 12 & 255);
+  }
 }
 
 void line(const scaler_columns& c, const uint8_t* row, uint8_t* out, uint32_t first, uint32_t count) {
-  if (c.tabled) return tabled_line(c, row, out, first, count);
-  const uint32_t end = first + count, plain = c.plain < end ? c.plain : end;
-  uint32_t p = first * c.step, i = first;
-  for (; i + 16 <= plain; i += 16, out += 16) {
-    const vec16 lo = gathered_octet(row, p, c.step);
-    const vec16 hi = gathered_octet(row, p, c.step);
-    storeu(out, pack_u8(lo, hi));
-  }
-  for (; i < end; ++i, p += c.step) {
-    const uint32_t x = p >> 20;
-    *out++ = blend_one(row[x], row[x < c.limit ? x + 1 : x], p >> 12 & 255);
+  const int n = static_cast<int>(count);
+  switch (c.way) {
+    case scaler_way::copied:
+      return copied_line(row + first, out, n);
+    case scaler_way::halved:
+      return halved_line(row + 2 * first, out, n);
+    case scaler_way::doubled:
+      return doubled_line(row + first / 2, out, n,
+                          static_cast<int>(c.limit > first / 2 ? c.limit - first / 2 : 0));
+#ifdef __SSSE3__
+    case scaler_way::shuffled:
+      return shuffled_line(c, row, out, first, n);
+#endif
+    case scaler_way::gathered:
+      return gathered_line(c, row, out, first, n);
+    default:
+      return single_line(c, row, out, first, n);
   }
 }
 
 // ---- packed lines
 
 void split(const uint8_t* row, uint8_t* y, uint8_t* u, uint8_t* v, uint32_t pixels) {
-  for (uint32_t i = 0; i < pixels; i += 32, row += 64) {
-    vec16 words[4];
-    for (int k = 0; k < 4; ++k) words[k] = loadu<vec16>(row + 16 * k);
-    storeu(y + i, even_bytes(words[0], words[1]));
-    storeu(y + i + 16, even_bytes(words[2], words[3]));
-    const vec16 lo = odd_bytes(words[0], words[1]), hi = odd_bytes(words[2], words[3]);
-    storeu(u + i / 2, even_bytes(lo, hi));
-    storeu(v + i / 2, odd_bytes(lo, hi));
-  }
+  walk_exact(static_cast<int>(pixels / 2), [&]<class V>(int x) {
+    V words[4];
+    for (int k = 0; k < 4; ++k) words[k] = loadu<V>(row + 4 * x + V::size * k);
+    storeu(y + 2 * x, even_bytes(words[0], words[1]));
+    storeu(y + 2 * x + V::size, even_bytes(words[2], words[3]));
+    const V lo = odd_bytes(words[0], words[1]), hi = odd_bytes(words[2], words[3]);
+    storeu(u + x, even_bytes(lo, hi));
+    storeu(v + x, odd_bytes(lo, hi));
+  });
 }
 
 void join(uint8_t* line, const uint8_t* y, const uint8_t* u, const uint8_t* v, uint32_t pixels) {
-  for (uint32_t i = 0; i < pixels; i += 32, line += 64) {
-    vec16 chroma[2], first, second;
-    interleave8(loadu<vec16>(u + i / 2), loadu<vec16>(v + i / 2), chroma[0], chroma[1]);
-    for (uint32_t k = 0; k < 2; ++k) {
-      interleave8(loadu<vec16>(y + i + 16 * k), chroma[k], first, second);
-      storeu(line + 32 * k, first);
-      storeu(line + 32 * k + 16, second);
+  walk_exact(static_cast<int>(pixels / 2), [&]<class V>(int x) {
+    V chroma[2], first, second;
+    interleave8(loadu<V>(u + x), loadu<V>(v + x), chroma[0], chroma[1]);
+    for (int k = 0; k < 2; ++k) {
+      interleave8(loadu<V>(y + 2 * x + V::size * k), chroma[k], first, second);
+      storeu(line + 4 * x + 2 * V::size * k, first);
+      storeu(line + 4 * x + 2 * V::size * k + V::size, second);
     }
-  }
+  });
 }
 
 // ---- vertical pass
 
+#ifdef __SSSE3__
 template <class V>
-PPL_INLINE V blend_rows(V a, V b, V f) {
-  const V half = set16<V>(128);
-  const V e = add16(add16(sll16<8>(a), half), mullo16(sub16(even(b), even(a)), f));
-  const V o = add16(add16(andnot(set16<V>(0x00ff), a), half), mullo16(sub16(odd(b), odd(a)), f));
-  return even_odd(srl16<8>(e), o);
+PPL_INLINE V blend_rows(V a, V b, int f) {
+  V lo, hi;
+  widen_pairs(a ^ set8<V>(0x80), b ^ set8<V>(0x80), lo, hi);
+  const V weights = set16<V>((256 - f) | f << 8);
+  return narrow(blend_pairs(lo, weights), blend_pairs(hi, weights));
 }
+#else
+template <class V>
+PPL_INLINE V blend_rows(V a, V b, int f) {
+  const V half = set16<V>(128), weight = set16<V>(f);
+  const V e = add16(mullo16(sub16(even(b), even(a)), weight), half);
+  const V o = add16(mullo16(sub16(odd(b), odd(a)), weight), half);
+  return add8(a, even_odd(srl16<8>(e), o));
+}
+#endif
 
 void blend(const uint8_t* top, const uint8_t* bottom, uint32_t weight, uint8_t* out, uint32_t bytes) {
-  const int whole = static_cast<int>(bytes & ~15u);
-  if (weight == 0) {
-    walk_exact(whole, [&]<class V>(int x) { storeu(out + x, loadu<V>(top + x)); });
+  const int whole = static_cast<int>(bytes & ~15u), f = static_cast<int>(weight);
+  if (f == 0) {
+    copied_line(top, out, whole);
+  } else if (f == 128) {
+    walk_exact(whole,
+               [&]<class V>(int x) { storeu(out + x, avg8(loadu<V>(top + x), loadu<V>(bottom + x))); });
   } else {
     walk_exact(whole, [&]<class V>(int x) {
-      storeu(out + x,
-             blend_rows(loadu<V>(top + x), loadu<V>(bottom + x), set16<V>(static_cast<int>(weight))));
+      storeu(out + x, blend_rows(loadu<V>(top + x), loadu<V>(bottom + x), f));
     });
   }
   for (uint32_t x = static_cast<uint32_t>(whole); x < bytes; ++x)
-    out[x] = blend_one(top[x], bottom[x], weight);
+    out[x] = f == 0 ? top[x] : blend_one(top[x], bottom[x], weight);
 }
 
 }  // namespace

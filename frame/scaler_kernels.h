@@ -5,19 +5,28 @@
 
 namespace ppl {
 
+// How a line is made of a row.
+enum class scaler_way : uint8_t {
+  copied,    // step 1: the row as it is
+  halved,    // step 2: every second sample
+  doubled,   // step 1/2: samples and the means between them
+  shuffled,  // any other step up to 2, where the level can shuffle bytes: from tables
+  gathered,  // any other step: from tables
+  single     // a line too long for the tables: one output at a time
+};
+
 // Where the outputs of a line come from: the same for every row of a plane, so it is worked out once.
 struct scaler_columns {
   uint32_t step;    // of the positions, 12.20
   uint32_t count;   // outputs of a line, a multiple of 16
   uint32_t limit;   // the right neighbour of sample x is x + 1 below this, else x itself
-  uint32_t plain;   // outputs 0 .. plain - 1 come in ascending order from below the limit
   uint8_t* memory;  // for tables, at a multiple of 64
   uint32_t memory_bytes;
-  bool tabled;  // set by prepare: `memory` holds tables for this line
+  scaler_way way;  // set by prepare
 };
 
 struct scaler_kernels {
-  // Fills the tables of a line where this level has a use for them, they fit and the step allows it.
+  // Chooses the way of a line and fills its tables.
   void (*prepare)(scaler_columns&);
   // Horizontal pass of one plane: outputs first .. first + count - 1, both multiples of 16. Reads up to 16 bytes
   // behind the last sample that it uses.
@@ -25,7 +34,7 @@ struct scaler_kernels {
   // YUYV to planes and back; a multiple of 32 pixels.
   void (*split)(const uint8_t* row, uint8_t* y, uint8_t* u, uint8_t* v, uint32_t pixels);
   void (*join)(uint8_t* line, const uint8_t* y, const uint8_t* u, const uint8_t* v, uint32_t pixels);
-  // Vertical pass: out = blend(top, bottom, weight) for exactly `bytes` bytes.
+  // Vertical pass: out = blend(top, bottom, weight) for exactly `bytes` bytes. Weight 0 reads nothing of bottom.
   void (*blend)(const uint8_t* top, const uint8_t* bottom, uint32_t weight, uint8_t* out, uint32_t bytes);
 };
 

@@ -21,7 +21,7 @@ planes chroma_at(const output_writer& w, int64_t at) {
 }
 
 // What a doubled row takes for the sample left of its first one.
-int outside_sample(const output_writer& w, const uint8_t* row) {
+uint8_t outside_sample(const output_writer& w, const uint8_t* row) {
   return w.h_mirror ? 0 : row[0];
 }
 
@@ -46,8 +46,8 @@ void put_rows(output_writer& w, int p, const finished_rows& rows) {
     k.halve(luma, rows.luma[0], w.width / 2, w.h_mirror);
     if ((p & 1) != 0) k.split_every_second(uv.u, uv.v, rows.chroma[0], w.width / 4, w.h_mirror);
   } else {
-    k.widen(luma, rows.luma[0], w.width, outside_sample(w, rows.luma[0]), w.h_mirror);
-    k.widen(luma + 2 * pitch, rows.luma[1], w.width, outside_sample(w, rows.luma[1]), w.h_mirror);
+    k.widen(luma, rows.luma[0], w.width, {outside_sample(w, rows.luma[0]), w.h_mirror, 0});
+    k.widen(luma + 2 * pitch, rows.luma[1], w.width, {outside_sample(w, rows.luma[1]), w.h_mirror, 0});
     k.split_doubled(uv.u, uv.v, rows.chroma[0], w.width / 2, w.h_mirror);
   }
   w.luma += int64_t{luma_blocks} * plan.i420.luma_tile_step;
@@ -93,7 +93,7 @@ void put_tiles(output_writer& w, int p, const finished_rows& rows) {
       const int64_t back = h ? -16 : 0;
       for (int i = 0; i < 2; ++i) {
         const uint8_t* const row = rows.luma[i] + x;
-        k.widen(a, row, 16, t == 0 ? outside_sample(w, row) : row[-1], h);
+        k.widen(a, row, 16, {t == 0 ? outside_sample(w, row) : row[-1], h, 0});
         put_inside(w, w.luma + back + 2 * i * pitch, a, 32);
       }
       w.luma += plan.i420.luma_tile_step;

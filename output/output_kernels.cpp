@@ -10,6 +10,81 @@ namespace ppl::PPL_LEVEL {
 
 namespace {
 
+// Walks a run of any length: step<V>(at, x) makes kBytes bytes of each of the samples x .. x + V::size - 1, and stores
+// them at `at`. The last samples, where they don't fill a vector, are made aside.
+template <int kBytes, class Step>
+PPL_INLINE void walk_run(uint8_t* to, int n, bool reversed, Step&& step) {
+  const int whole = n & ~15, rest = n - whole;
+  walk_exact(whole, [&]<class V>(int x) {
+    step.template operator()<V>(to + kBytes * (reversed ? n - x - V::size : x), x);
+  });
+  if (rest == 0) return;
+  uint8_t block[16 * kBytes];
+  step.template operator()<vec16>(block, whole);
+  __builtin_memcpy(reversed ? to : to + kBytes * whole, reversed ? block + kBytes * (16 - rest) : block,
+                   static_cast<size_t>(kBytes * rest));
+}
+
+void copy(uint8_t* to, const uint8_t* from, int n, bool reversed) {
+  walk_run<1>(to, n, reversed, [&]<class V>(uint8_t* at, int x) {
+    const V v = loadu<V>(from + x);
+    storeu(at, reversed ? reverse8(v) : v);
+  });
+}
+
+void halve(uint8_t* to, const uint8_t* from, int n, bool reversed) {
+  walk_run<1>(to, n, reversed, [&]<class V>(uint8_t* at, int x) {
+    const V v = even_bytes(loadu<V>(from + 2 * x), loadu<V>(from + 2 * x + V::size));
+    storeu(at, reversed ? reverse8(v) : v);
+  });
+}
+
+// Two runs interleaved by samples of kSample bytes. Reversed they are made in ascending order and turned as a whole
+// on the way out, so that b comes first there.
+template <int kSample, class V>
+PPL_INLINE void put_interleaved(uint8_t* at, bool reversed, V a, V b) {
+  const auto interleave = [](V x, V y, V(&out)[2]) {
+    kSample == 1 ? interleave8(x, y, out[0], out[1]) : interleave16(x, y, out[0], out[1]);
+  };
+  V out[2];
+  if (reversed) {
+    interleave(b, a, out);
+    storeu(at, kSample == 1 ? reverse8(out[1]) : reverse16(out[1]));
+    storeu(at + V::size, kSample == 1 ? reverse8(out[0]) : reverse16(out[0]));
+  } else {
+    interleave(a, b, out);
+    storeu(at, out[0]);
+    storeu(at + V::size, out[1]);
+  }
+}
+
+// n bytes of samples of kSample bytes. tile_starts: all ones in the first sample of every tile, or null.
+template <int kSample>
+PPL_INLINE void widen_samples(uint8_t* to, const uint8_t* from, int n, const uint8_t* outside, bool reversed,
+                              const uint8_t* tile_starts) {
+  walk_run<2>(to, n, reversed, [&]<class V>(uint8_t* at, int x) {
+    const V sample = loadu<V>(from + x);
+    V left = loadu<V>(from + x - kSample);
+    if (tile_starts != nullptr)
+      left = select(to_mask8(repeat16<V>(tile_starts)), avg8(left, loadu<V>(from + x - 2 * kSample)), left);
+    put_interleaved<kSample>(at, reversed, avg8(sample, left), sample);
+  });
+  // The bytes left of the run are nobody's: the first mean is made apart.
+  uint8_t* const first = to + (reversed ? 2 * (n - kSample) : 0);
+  for (int i = 0; i < kSample; ++i) first[i] = static_cast<uint8_t>((from[i] + outside[i] + 1) >> 1);
+}
+
+void widen(uint8_t* to, const uint8_t* from, int n, widen_rule rule) {
+  alignas(16) static constexpr uint8_t kStarts[2][16] = {{255, 0, 0, 0, 0, 0, 0, 0, 255}, {255}};
+  widen_samples<1>(to, from, n, &rule.outside, rule.reversed,
+                   !rule.reversed || rule.tile == 0 ? nullptr : kStarts[rule.tile == 16]);
+}
+
+void widen_words(uint8_t* to, const uint8_t* words, int n, bool reversed) {
+  alignas(16) static constexpr uint8_t kStarts[16] = {255, 255};
+  widen_samples<2>(to, words, 2 * n, words, reversed, reversed ? kStarts : nullptr);
+}
+
 // Stores a vector that belongs `at` bytes from the start of a run of n, or from its end when reversed.
 template <class V>
 PPL_INLINE void put(uint8_t* to, int n, int at, bool reversed, V v) {
@@ -17,36 +92,6 @@ PPL_INLINE void put(uint8_t* to, int n, int at, bool reversed, V v) {
     storeu(to + n - at - V::size, reverse8(v));
   else
     storeu(to + at, v);
-}
-
-void copy(uint8_t* to, const uint8_t* from, int n, bool reversed) {
-  walk_exact(n, [&]<class V>(int x) { put(to, n, x, reversed, loadu<V>(from + x)); });
-}
-
-void halve(uint8_t* to, const uint8_t* from, int n, bool reversed) {
-  walk_exact(n, [&]<class V>(int x) {
-    put(to, n, x, reversed, even_bytes(loadu<V>(from + 2 * x), loadu<V>(from + 2 * x + V::size)));
-  });
-}
-
-void widen(uint8_t* to, const uint8_t* from, int n, int outside, bool reversed) {
-  walk_exact(n, [&]<class V>(int x) {
-    const V sample = loadu<V>(from + x);
-    const V mean = avg8(sample, loadu<V>(from + x - 1));
-    V first, second;
-    if (reversed) {
-      // Ascending here, turned as a whole on the way out: the mean comes first there.
-      interleave8(sample, mean, first, second);
-      storeu(to + 2 * (n - x) - V::size, reverse8(first));
-      storeu(to + 2 * (n - x) - 2 * V::size, reverse8(second));
-    } else {
-      interleave8(mean, sample, first, second);
-      storeu(to + 2 * x, first);
-      storeu(to + 2 * x + V::size, second);
-    }
-  });
-  // The byte left of the run is nobody's: the first mean is made apart.
-  to[reversed ? 2 * n - 2 : 0] = static_cast<uint8_t>((from[0] + outside + 1) >> 1);
 }
 
 void split_words(uint8_t* u, uint8_t* v, const uint8_t* words, int n, bool reversed) {
@@ -94,16 +139,18 @@ void unbias(uint8_t* to, const uint8_t* from, int n) {
 
 // ---- packed 4:2:2
 
-// A vector of luma and one of words, interleaved, to 2 * V::size bytes that belong 2x from a run's start or end.
+// A vector of luma and one of words, interleaved, to 2 * V::size bytes.
 template <byte_order kOrder, class V>
-PPL_INLINE void put_packed(uint8_t* to, int n, int x, bool reversed, V luma, V words) {
+PPL_INLINE void put_packed(uint8_t* at, bool reversed, V luma, V words) {
+  if (reversed) {
+    luma = reverse8(luma);
+    words = reverse16(words);
+  }
   V first, second;
-  if (reversed) words = reverse16(words);
   if (kOrder == byte_order::yuyv)
     interleave8(luma, words, first, second);
   else
     interleave8(words, luma, first, second);
-  uint8_t* const at = reversed ? to + 2 * (n - x - V::size) : to + 2 * x;
   storeu(at, first);
   storeu(at + V::size, second);
 }
@@ -119,9 +166,8 @@ PPL_INLINE void with_order(byte_order order, Body&& body) {
 
 void pack(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, bool reversed, byte_order order) {
   with_order(order, [&]<byte_order kOrder>() {
-    walk_exact(n, [&]<class V>(int x) {
-      const V y = loadu<V>(luma + x);
-      put_packed<kOrder>(to, n, x, reversed, reversed ? reverse8(y) : y, loadu<V>(words + x));
+    walk_run<2>(to, n, reversed, [&]<class V>(uint8_t* at, int x) {
+      put_packed<kOrder>(at, reversed, loadu<V>(luma + x), loadu<V>(words + x));
     });
   });
 }
@@ -129,13 +175,13 @@ void pack(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, bool re
 void pack_halved(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, bool reversed,
                  byte_order order) {
   with_order(order, [&]<byte_order kOrder>() {
-    walk_exact(n, [&]<class V>(int x) {
+    walk_run<2>(to, n, reversed, [&]<class V>(uint8_t* at, int x) {
       const V y = even_bytes(loadu<V>(luma + 2 * x), loadu<V>(luma + 2 * x + V::size));
       const V a = loadu<V>(words + 2 * x), b = loadu<V>(words + 2 * x + V::size);
       const V u = even_bytes(even_bytes(a, b), zero<V>()), v = even_bytes(odd_bytes(a, b), zero<V>());
       V every_second, rest;
       interleave8(u, v, every_second, rest);
-      put_packed<kOrder>(to, n, x, reversed, reversed ? reverse8(y) : y, every_second);
+      put_packed<kOrder>(at, reversed, y, every_second);
     });
   });
 }
@@ -143,7 +189,7 @@ void pack_halved(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, 
 void pack_doubled(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, int outside, bool reversed,
                   byte_order order) {
   with_order(order, [&]<byte_order kOrder>() {
-    walk_exact(n, [&]<class V>(int x) {
+    walk_run<4>(to, n, reversed, [&]<class V>(uint8_t* at, int x) {
       const V sample = loadu<V>(luma + x), average = avg8(sample, loadu<V>(luma + x - 1));
       const V c = loadu<V>(words + x);
       V y[2], w[2];
@@ -153,7 +199,7 @@ void pack_doubled(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n,
       else
         interleave8(average, sample, y[0], y[1]);
       for (int i = 0; i < 2; ++i)
-        put_packed<kOrder>(to, 2 * n, 2 * x + i * V::size, reversed, reversed ? reverse8(y[i]) : y[i], w[i]);
+        put_packed<kOrder>(at + 2 * V::size * (reversed ? 1 - i : i), reversed, y[i], w[i]);
     });
   });
   const int luma_byte = order == byte_order::yuyv ? 0 : 1;
@@ -194,10 +240,9 @@ template <int kBytes>
 void interleaved(uint8_t* to, const rgb_source& from, int n, bool reversed) {
   with_kind(
       from, [&]<enum rgb_source::kind kKind>() {
-        walk_exact(n, [&]<class V>(int x) {
+        walk_run<kBytes>(to, n, reversed, [&]<class V>(uint8_t* at, int x) {
           rgb<V> p = rgb_at<kKind, V>(from, x);
           if (reversed) p = {reverse8(p.r), reverse8(p.g), reverse8(p.b)};
-          uint8_t* const at = to + kBytes * (reversed ? n - x - V::size : x);
           if constexpr (kBytes == 3)
             store_bgr(at, p.b, p.g, p.r);
           else
@@ -230,6 +275,7 @@ const output_kernels output_table = {
     .split_words = split_words,
     .split_every_second = split_every_second,
     .split_doubled = split_doubled,
+    .widen_words = widen_words,
     .pack = pack,
     .pack_halved = pack_halved,
     .pack_doubled = pack_doubled,

@@ -1,6 +1,7 @@
-// The entry points of the output stage's vector code. Sources are row storage (see tile/kernels.h) and may be read
-// up to the next multiple of 64; destinations get exactly the bytes told and may be the caller's memory. Counts are
-// multiples of 16. "reversed" writes a run end for end.
+// The entry points of the output stage's vector code, which qualities 3 and 13 use too. Sources are row storage (see
+// tile/kernels.h) and may be read up to the next multiple of 64; destinations get exactly the bytes told and may be
+// the caller's memory. Counts are multiples of 16, but for runs whose count is called any. "reversed" writes a run end
+// for end.
 #pragma once
 
 #include <stdint.h>
@@ -16,16 +17,25 @@ struct rgb_source {
   const uint8_t* plane[3];
 };
 
+// A row widened to twice its samples: before each the rounded-up mean of it and the sample to its left. Reversed:
+// descending columns, each with its mean in front.
+struct widen_rule {
+  uint8_t outside;  // the sample left of the first
+  bool reversed;
+  // 8 or 16, where reversed: at the first sample of a tile of so many the mean of the two samples to its left stands
+  // for the nearer one. 0: tiles do not show.
+  uint8_t tile;
+};
+
 struct output_kernels {
   // ---- single planes
-  // n bytes as they are.
+  // n bytes as they are; any n.
   void (*copy)(uint8_t* to, const uint8_t* from, int n, bool reversed);
-  // The bytes at even places of 2n.
+  // The bytes at even places of 2n; any n.
   void (*halve)(uint8_t* to, const uint8_t* from, int n, bool reversed);
-  // 2n bytes from n samples: before each sample the rounded-up mean with the sample to its left. The sample left
-  // of the first is `outside`. Reversed: descending columns, each with its mean in front.
-  void (*widen)(uint8_t* to, const uint8_t* from, int n, int outside, bool reversed);
-  // Rounded-up means of two runs.
+  // 2n bytes from n samples; any n.
+  void (*widen)(uint8_t* to, const uint8_t* from, int n, widen_rule rule);
+  // Rounded-up means of two runs, which may be the caller's memory.
   void (*mean)(uint8_t* to, const uint8_t* a, const uint8_t* b, int n);
   // Bytes with the top bit turned: 128 taken off again.
   void (*unbias)(uint8_t* to, const uint8_t* from, int n);
@@ -35,23 +45,26 @@ struct output_kernels {
   void (*split_every_second)(uint8_t* u, uint8_t* v, const uint8_t* words, int n, bool reversed);
   void (*split_doubled)(uint8_t* u, uint8_t* v, const uint8_t* words, int n, bool reversed);
 
+  // 2n words from n as widen makes bytes: the first its own neighbour, in tiles of 8 words; any n.
+  void (*widen_words)(uint8_t* to, const uint8_t* words, int n, bool reversed);
+
   // ---- packed 4:2:2: n pixels of luma and words; reversed by pixels, U staying in front of V
   void (*pack)(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, bool reversed,
                byte_order order);
-  // Every second column of 2n, with the words of every second pair.
+  // Every second column of 2n, with the words of every second pair; any n.
   void (*pack_halved)(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, bool reversed,
                       byte_order order);
-  // 2n pixels from n: luma as in widen, each word twice.
+  // 2n pixels from n: luma as in widen without tiles, each word twice.
   void (*pack_doubled)(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, int outside,
                        bool reversed, byte_order order);
   // The row between two rows of packed pixels, n bytes, a multiple of 64. In every 64 bytes only the first 32 are
   // means of a (at the lower address) and b; the last two 16s take the second 16 means for b.
   void (*packed_gap)(uint8_t* to, const uint8_t* a, const uint8_t* b, int n);
 
-  // ---- RGB: n pixels as B, G, R or B, G, R, 0
+  // ---- RGB: n pixels as B, G, R or B, G, R, 0; any n
   void (*rgb24)(uint8_t* to, const rgb_source& from, int n, bool reversed);
   void (*rgb32)(uint8_t* to, const rgb_source& from, int n, bool reversed);
-  // The same conversion to planes.
+  // The same conversion to planes; n a multiple of 16.
   void (*rgb_planes)(uint8_t* const to[3], const rgb_source& from, int n);
 };
 

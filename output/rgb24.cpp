@@ -52,16 +52,9 @@ rgb_source finished_planes(const output_writer& w, const finished_rows& rows, in
 // Twice as wide. Under the mirror the first sample of a tile takes for its neighbour what the earlier tile's end was
 // widened to, a mean itself; at column 0 its own.
 void widen_planes(const output_writer& w, const rgb_source& from, const plane_rows& to) {
-  const int n = w.width;
   for (int i = 0; i < 3; ++i) {
     const uint8_t* const p = from.plane[i];
-    uint8_t* const out = to.plane[i];
-    w.kernels->widen(out, p, n, p[0], w.h_mirror);
-    if (!w.h_mirror) continue;
-    for (int c = kTileColumns; c < n; c += kTileColumns) {
-      const int earlier = (p[c - 1] + p[c - 2] + 1) >> 1;
-      out[2 * (n - 1 - c)] = static_cast<uint8_t>((p[c] + earlier + 1) >> 1);
-    }
+    w.kernels->widen(to.plane[i], p, w.width, {p[0], w.h_mirror, kTileColumns});
   }
 }
 

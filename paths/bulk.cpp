@@ -18,7 +18,7 @@ bool inside(const row_grid& g, int rows, int64_t bytes, int64_t first, int64_t l
 void lay_out(bulk_frame& f) {
   const ppl_context& c = *f.context;
   const out_format format = f.job->format;
-  const int bytes = pixel_bytes(format);
+  const int bytes = bytes_per_pixel(format);
   const bool upwards = is_rgb(format) == (c.v_mirror == 0);
   const int64_t row = int64_t{bytes} * c.out_width, half = c.out_width / 2;
   const int64_t inset = f.mirrored ? c.out_width - f.pixels : 0;
@@ -42,7 +42,7 @@ bool all_inside(const bulk_frame& f) {
     if (f.doubled && g.step < 0) g.start -= g.step;
     return inside(g, n, bytes, first, last);
   };
-  const int64_t bytes = int64_t{pixel_bytes(job.format)} * f.pixels;
+  const int64_t bytes = int64_t{bytes_per_pixel(job.format)} * f.pixels;
   if (job.format != out_format::i420) return whole(f.luma, rows, bytes, 0, job.destination_bytes);
   const int64_t u = job.chroma_offset, v = u + c.out_quarter_pixels, end = v + c.out_quarter_pixels;
   return end <= job.destination_bytes && whole(f.luma, rows, bytes, 0, u) &&
@@ -54,7 +54,8 @@ bulk_frame plan_frame(const frame_job& job) {
   bulk_frame f = {};
   f.job = &job;
   f.context = c;
-  f.kernels = c->kernels->bulk;
+  f.cells = c->kernels->bulk;
+  f.output = c->kernels->output;
   f.grey = c->quality == 13;
   f.mirrored = c->h_mirror != 0;
   f.tiles = c->tiles_per_row;

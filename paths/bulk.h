@@ -1,7 +1,7 @@
 // Qualities 3 and 13: row pair by row pair, each cell from its own four samples, with no neighbourhood.
 //
 // Every row pair passes the front end in place; then its rows are brought to planes, and the planes to rows of the
-// format (bulk_rows.cpp). Three ways lead into the caller's frame, chosen once per frame:
+// format (bulk_rows.cpp), the latter by the kernels of the output stage. Three ways lead into the caller's frame, chosen once per frame:
 //   in place   the ordinary frame: rows stand where the mirrors and the decimation put them, all of them inside
 //   by groups  the pointers of the plan, moved literally, 32 columns of two rows at a time, every store clipped:
 //              pictures whose pointers drift, and black lines that push rows out of the frame (bulk_groups.cpp)
@@ -10,6 +10,7 @@
 
 #include "frame/context.h"
 #include "frame/paths.h"
+#include "output/output_kernels.h"
 #include "paths/bulk_kernels.h"
 #include "tile/kernels.h"
 
@@ -18,7 +19,7 @@ namespace ppl::bulk {
 // Row storage in the record's ring pool: rows of a plane, of a doubled plane, and of a format.
 
 constexpr int kPlanePitch = 2048 + 128, kWidePitch = 4096 + 128, kPackedPitch = 8192;
-enum plane_row : uint8_t { kEven, kOdd, kBlackEven, kBlackOdd, kLuma0, kLuma1, kU, kV };
+enum plane_row : uint8_t { kEven, kOdd, kBlackEven, kBlackOdd, kLuma0, kLuma1, kU, kV, kWords = kU };
 constexpr int kPlaneRows = 8;
 constexpr int kWideRows = 3;    // doubled planes
 constexpr int kPackedRows = 2;  // finished rows that are not made in place
@@ -48,21 +49,6 @@ constexpr plane_row kG0 = kLuma0, kG1 = kLuma1, kR = kU, kB = kV;
 constexpr bool is_rgb(out_format f) {
   return f == out_format::rgb24 || f == out_format::rgb32;
 }
-constexpr int pixel_bytes(out_format f) {
-  switch (f) {
-    case out_format::i420:
-      return 1;
-    case out_format::yuyv:
-    case out_format::uyvy:
-      return 2;
-    case out_format::rgb24:
-      return 3;
-    case out_format::rgb32:
-      break;
-  }
-  return 4;
-}
-
 enum class placing : uint8_t { in_place, by_groups, clipped };
 
 // Rows of a plane: row r of the picture begins at start + r * step.
@@ -73,9 +59,10 @@ struct row_grid {
 struct bulk_frame {
   const frame_job* job;
   ppl_context* context;
-  const bulk_kernels* kernels;
-  bool grey;      // quality 13
-  bool mirrored;  // rows run from right to left
+  const bulk_kernels* cells;     // cells to planes
+  const output_kernels* output;  // planes to rows of a format
+  bool grey;                     // quality 13
+  bool mirrored;                 // rows run from right to left
   bool halved, doubled;
   placing place;
   int tiles, row_pairs;
@@ -91,6 +78,9 @@ struct made_rows {
   uint8_t *u, *v;
 };
 
+inline byte_order order_of(const bulk_frame& f) {
+  return f.job->format == out_format::yuyv ? byte_order::yuyv : byte_order::uyvy;
+}
 inline uint8_t* at(const bulk_frame& f, const row_grid& g, int row) {
   return f.job->destination + g.start + row * g.step;
 }

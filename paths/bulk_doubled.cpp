@@ -37,7 +37,7 @@ doubled_rows rows_of(const bulk_frame& f, int p) {
 
 // Stores one row as the rounded-up mean of two others (of one and itself: as it is), cut to the frame.
 void put_mean(const bulk_frame& f, const row_grid& g, int row, const uint8_t* a, const uint8_t* b, int n) {
-  if (f.place == placing::in_place) return f.kernels->mean(at(f, g, row), a, b, n);
+  if (f.place == placing::in_place) return f.output->mean(at(f, g, row), a, b, n);
   const int64_t to = g.start + row * g.step;
   for (int64_t i = to < 0 ? -to : 0; i < n && to + i < f.job->destination_bytes; ++i)
     f.job->destination[to + i] = static_cast<uint8_t>((a[i] + b[i] + 1) >> 1);
@@ -63,16 +63,19 @@ void put_luma_before(const bulk_frame& f, int p, const doubled_rows& d, int n) {
   if (p > 0) put_mean(f, f.luma, 4 * p - 1, d.before, d.first, n);
 }
 
+// A plane widened, in tiles of so many samples.
+void widen(const bulk_frame& f, uint8_t* to, const uint8_t* from, int n, uint8_t tile) {
+  f.output->widen(to, from, n, {from[0], f.mirrored, tile});
+}
+
 void double_i420(const bulk_frame& f, int p) {
-  const bulk_kernels& k = *f.kernels;
   const cell_rows a = cells_of(f);
   const doubled_rows d = rows_of(f, p);
-  const int half = f.columns / 2;
-  k.cells_to_yuv(a);
-  k.widen(d.first, a.luma[0], f.columns, {f.mirrored, 16});
-  k.widen(d.second, a.luma[1], f.columns, {f.mirrored, 16});
-  k.widen(d.u, a.u, half, {f.mirrored, 8});
-  k.widen(d.v, a.v, half, {f.mirrored, 8});
+  f.cells->cells_to_yuv(a);
+  widen(f, d.first, a.luma[0], f.columns, kTile);
+  widen(f, d.second, a.luma[1], f.columns, kTile);
+  widen(f, d.u, a.u, f.columns / 2, kTile / 2);
+  widen(f, d.v, a.v, f.columns / 2, kTile / 2);
   // Planes can overlap in a clipped frame, so the order counts: own rows, means towards the row pair before, copies.
   const int n = f.pixels;
   put_luma(f, p, d, n);
@@ -91,31 +94,27 @@ void double_i420(const bulk_frame& f, int p) {
 // The other formats: planes are widened, then joined to rows.
 void double_joined(const bulk_frame& f, int p) {
   ppl_context* const c = f.context;
-  const bulk_kernels& k = *f.kernels;
   const cell_rows a = cells_of(f);
   const doubled_rows d = rows_of(f, p);
   uint8_t* const to[2] = {d.first, d.second};
   uint8_t* const wide[3] = {wide_row(c, 0), wide_row(c, 1), wide_row(c, 2)};
-  const widen_rule rule = {f.mirrored, 16};
   if (is_rgb(f.job->format)) {
-    k.cells_to_rgb(a);
-    k.widen(wide[0], a.r, f.columns, rule);
-    k.widen(wide[2], a.b, f.columns, rule);
+    f.cells->cells_to_rgb(a);
+    widen(f, wide[0], a.r, f.columns, kTile);
+    widen(f, wide[2], a.b, f.columns, kTile);
     for (int i = 0; i < 2; ++i) {
-      k.widen(wide[1], a.g[i], f.columns, rule);
-      k.rgb24(to[i], wide[0], wide[1], wide[2], f.pixels);
+      widen(f, wide[1], a.g[i], f.columns, kTile);
+      f.output->rgb24(to[i], {rgb_source::planes, {wide[0], wide[1], wide[2]}}, f.pixels, false);
     }
   } else {
-    const auto pack = f.job->format == out_format::yuyv ? k.yuyv : k.uyvy;
-    k.cells_to_yuv(a);
-    k.widen(wide[1], a.u, f.columns / 2, {f.mirrored, 8});
-    k.widen(wide[2], a.v, f.columns / 2, {f.mirrored, 8});
+    f.cells->cells_to_words(a);
+    f.output->widen_words(wide[1], a.words, f.columns / 2, f.mirrored);
     for (int i = 0; i < 2; ++i) {
-      k.widen(wide[0], a.luma[i], f.columns, rule);
-      pack(to[i], wide[0], wide[1], wide[2], f.pixels);
+      widen(f, wide[0], a.luma[i], f.columns, kTile);
+      f.output->pack(to[i], wide[0], wide[1], f.pixels, false, order_of(f));
     }
   }
-  const int n = pixel_bytes(f.job->format) * f.pixels;
+  const int n = bytes_per_pixel(f.job->format) * f.pixels;
   put_luma(f, p, d, n);
   put_luma_before(f, p, d, n);
   put_copy(f, f.luma, p, 4, d.first, d.second, n);

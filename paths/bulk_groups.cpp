@@ -32,7 +32,7 @@ void put_clipped(const frame_job& job, int64_t to, const uint8_t* from, int n) {
 // Stores two finished rows group by group: in each, tile by tile, first row before second, luma before U before V.
 void store_groups(const bulk_frame& f, const made_rows& rows, group_walk& w) {
   const frame_job& job = *f.job;
-  const int tile_bytes = kTile * pixel_bytes(job.format), tiles = f.pixels / kTile, groups = tiles / 2;
+  const int tile_bytes = kTile * bytes_per_pixel(job.format), tiles = f.pixels / kTile, groups = tiles / 2;
   // The rows were made in the order of memory: under the mirror the walk's first tile is their last.
   const auto tile_of = [&](const uint8_t* row, int t, int count, int bytes) {
     return row + (f.mirrored ? count - 1 - t : t) * bytes;

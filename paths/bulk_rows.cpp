@@ -14,6 +14,7 @@ cell_rows cells_of(const bulk_frame& f) {
   a.luma[1] = plane(c, kLuma1);
   a.u = plane(c, kU);
   a.v = plane(c, kV);
+  a.words = plane(c, kWords);
   a.r = plane(c, kR);
   a.g[0] = plane(c, kG0);
   a.g[1] = plane(c, kG1);
@@ -27,26 +28,23 @@ void fill(uint8_t* to, int n, uint8_t value) {
   for (int i = 0; i < n; ++i) to[i] = value;
 }
 
-// One row of RGB from planes, which are halved or reversed first where the frame is.
+// One row of RGB from planes.
 void put_rgb(const bulk_frame& f, uint8_t* to, const uint8_t* r, const uint8_t* g, const uint8_t* b) {
-  const bulk_kernels& k = *f.kernels;
-  const auto pack = f.job->format == out_format::rgb24 ? k.rgb24 : k.rgb32;
-  if (!f.halved && !f.mirrored) return pack(to, r, g, b, f.pixels);
-  const uint8_t* const planes[3] = {r, g, b};
-  uint8_t* ready[3];
-  for (int i = 0; i < 3; ++i) {
-    ready[i] = wide_row(f.context, i);
-    if (i > 0 && planes[i] == planes[0])
-      ready[i] = ready[0];
-    else
-      (f.halved ? k.halve : k.copy)(ready[i], planes[i], f.pixels, f.mirrored);
+  const output_kernels& k = *f.output;
+  rgb_source from = {rgb_source::planes, {r, g, b}};
+  if (f.halved) {
+    for (int i = 0; i < 3; ++i) {
+      uint8_t* const half = wide_row(f.context, i);
+      k.halve(half, from.plane[i], f.pixels, false);
+      from.plane[i] = half;
+    }
   }
-  pack(to, ready[0], ready[1], ready[2], f.pixels);
+  (f.job->format == out_format::rgb24 ? k.rgb24 : k.rgb32)(to, from, f.pixels, f.mirrored);
 }
 
 void put_grey(const bulk_frame& f, const made_rows& out) {
   ppl_context* const c = f.context;
-  const auto take = f.halved ? f.kernels->halve : f.kernels->copy;
+  const auto take = f.halved ? f.output->halve : f.output->copy;
   for (int i = 0; i < 2; ++i) {
     if (out.row[i] == nullptr) continue;
     const uint8_t* const s = plane(c, kEven + i);
@@ -62,17 +60,16 @@ void put_grey(const bulk_frame& f, const made_rows& out) {
 }
 
 void put_i420(const bulk_frame& f, const made_rows& out) {
-  const bulk_kernels& k = *f.kernels;
   cell_rows a = cells_of(f);
   if (!f.halved && !f.mirrored) {  // in the same order and size: straight into the frame
     a.luma[0] = out.row[0];
     a.luma[1] = out.row[1];
     a.u = out.u;
     a.v = out.v;
-    return k.cells_to_yuv(a);
+    return f.cells->cells_to_yuv(a);
   }
-  k.cells_to_yuv(a);
-  const auto take = f.halved ? k.halve : k.copy;
+  f.cells->cells_to_yuv(a);
+  const auto take = f.halved ? f.output->halve : f.output->copy;
   for (int i = 0; i < 2; ++i)
     if (out.row[i] != nullptr) take(out.row[i], a.luma[i], f.pixels, f.mirrored);
   if (out.u != nullptr) {
@@ -83,29 +80,11 @@ void put_i420(const bulk_frame& f, const made_rows& out) {
 
 // Both rows of a cell carry its chroma; halved, every second cell's.
 void put_packed(const bulk_frame& f, const made_rows& out) {
-  ppl_context* const c = f.context;
-  const bulk_kernels& k = *f.kernels;
-  const auto pack = f.job->format == out_format::yuyv ? k.yuyv : k.uyvy;
   const cell_rows a = cells_of(f);
-  k.cells_to_yuv(a);
-  const uint8_t *u = a.u, *v = a.v;
-  const bool moved = f.halved || f.mirrored;
-  const auto take = f.halved ? k.halve : k.copy;
-  if (moved) {
-    take(wide_row(c, 1), u, f.pixels / 2, f.mirrored);
-    take(wide_row(c, 2), v, f.pixels / 2, f.mirrored);
-    u = wide_row(c, 1);
-    v = wide_row(c, 2);
-  }
-  for (int i = 0; i < 2; ++i) {
-    if (out.row[i] == nullptr) continue;
-    const uint8_t* y = a.luma[i];
-    if (moved) {
-      take(wide_row(c, 0), y, f.pixels, f.mirrored);
-      y = wide_row(c, 0);
-    }
-    pack(out.row[i], y, u, v, f.pixels);
-  }
+  f.cells->cells_to_words(a);
+  const auto pack = f.halved ? f.output->pack_halved : f.output->pack;
+  for (int i = 0; i < 2; ++i)
+    if (out.row[i] != nullptr) pack(out.row[i], a.luma[i], a.words, f.pixels, f.mirrored, order_of(f));
 }
 
 }  // namespace
@@ -115,7 +94,7 @@ void put_rows(const bulk_frame& f, const made_rows& out) {
   if (f.job->format == out_format::i420) return put_i420(f, out);
   if (!is_rgb(f.job->format)) return put_packed(f, out);
   const cell_rows a = cells_of(f);
-  f.kernels->cells_to_rgb(a);
+  f.cells->cells_to_rgb(a);
   for (int i = 0; i < 2; ++i)
     if (out.row[i] != nullptr) put_rgb(f, out.row[i], a.r, a.g[i], a.b);
 }

@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <functional>
+#include <random>
 #include <vector>
 
 #include "frame/context.h"
@@ -73,6 +75,112 @@ class Blocks : public testing::Test {
     return {out[0], out[0] + kWidth};
   }
 };
+
+// ---- front end: its rule sample by sample, whatever the tables hold
+
+struct front_end_case {
+  int width;
+  bool lens;
+  int black[4], gain[4], delta[4];  // B Gb Gr R
+  int threshold;                    // below 0: no green balance
+  std::vector<uint8_t> tone;
+};
+
+int low_16(int x) {
+  return static_cast<int16_t>(x);
+}
+
+void expect_front_end(ppl_context& c, const ppl::tile_kernels& k, const front_end_case& t,
+                      std::mt19937& random) {
+  constexpr int kPitch = 512, kGuard = 16;
+  const auto any = [&] { return static_cast<int>(random() & 0xffff); };
+  for (int lane = 0; lane < 8; ++lane)
+    for (int row = 0; row < 2; ++row) {
+      const int site = 2 * row + (lane & 1);
+      (row == 0 ? c.gain_b_g : c.gain_g_r).lane[lane] = static_cast<int16_t>(t.gain[site]);
+      (row == 0 ? c.delta_b_g : c.delta_g_r).lane[lane] = static_cast<int16_t>(t.delta[site]);
+      for (int half = 0; half < 2; ++half)
+        (row == 0 ? c.black_b_gb : c.black_gr_r).lane[lane + 8 * half] = static_cast<uint8_t>(t.black[site]);
+      c.GbGr_diff_plus.lane[lane] = static_cast<int16_t>(t.threshold);
+    }
+  c.GbGr_correction_enabled = t.threshold >= 0;
+
+  std::vector<uint8_t> frame(2 * kPitch + 2 * kGuard), rows(2 * kPitch + 192), black(2 * kPitch + 192);
+  std::vector<uint16_t> lens(2 * kPitch);
+  const auto aligned = [](std::vector<uint8_t>& v) {
+    return v.data() + 64 + (64 - reinterpret_cast<uintptr_t>(v.data()) % 64) % 64;
+  };
+  uint8_t* const source = frame.data() + kGuard;
+  for (uint8_t& x : frame) x = static_cast<uint8_t>(any());
+  for (int i = 0; i < t.width; ++i) source[i] = static_cast<uint8_t>(i / 2);  // every sample at either parity
+  for (int i = 0; i < t.width; ++i)
+    if ((any() & 3) != 0) source[kPitch + i] = static_cast<uint8_t>(source[i ^ 1] + any() % 5 - 2);
+  for (uint16_t& f : lens) f = static_cast<uint16_t>((any() & 7) == 0 ? any() : 8192 + (any() & 4095));
+  std::vector<uint8_t> want = frame;
+
+  for (int i = 0; i < t.width; i += 2) {
+    int x[2][2];
+    for (int r = 0; r < 2; ++r)
+      for (int col = 0; col < 2; ++col) {
+        x[r][col] = source[r * kPitch + i + col];
+        if (t.lens) x[r][col] = std::clamp(x[r][col] * low_16(lens[r * kPitch + i + col]) >> 13, 0, 255);
+      }
+    if (std::abs(x[0][1] - x[1][0]) < t.threshold) x[0][1] = x[1][0] = (x[0][1] + x[1][0] + 1) / 2;
+    for (int r = 0; r < 2; ++r)
+      for (int col = 0; col < 2; ++col) {
+        const int site = 2 * r + col, b = std::max(x[r][col] - t.black[site], 0);
+        const int v = low_16(((b * t.gain[site] & 0xffff) >> 5) + t.delta[site]);
+        want[kGuard + r * kPitch + i + col] = t.tone[std::clamp(v, 0, 255)];
+      }
+  }
+
+  k.prepare_tone(c, t.tone.data());
+  k.front_end({.context = &c,
+               .source_even = source,
+               .source_odd = source + kPitch,
+               .frame_even = source,
+               .frame_odd = source + kPitch,
+               .row_even = aligned(rows),
+               .row_odd = aligned(rows) + kPitch,
+               .lens_even = t.lens ? lens.data() : nullptr,
+               .lens_odd = t.lens ? lens.data() + kPitch : nullptr,
+               .black_even = (any() & 1) != 0 ? aligned(black) : nullptr,
+               .black_odd = aligned(black) + kPitch,
+               .width = t.width});
+  EXPECT_EQ(frame, want);
+  for (int r = 0; r < 2; ++r)
+    EXPECT_TRUE(std::equal(source + r * kPitch, source + r * kPitch + t.width, aligned(rows) + r * kPitch))
+        << r;
+}
+
+TEST_F(Blocks, FrontEndFollowsItsRuleWithAnyTables) {
+  at_every_level([](ppl_context& c, const ppl::tile_kernels& k) {
+    std::mt19937 random(7);
+    for (int turn = 0; turn < 600; ++turn) {
+      const auto below = [&](int n) { return static_cast<int>(random() % static_cast<uint32_t>(n)); };
+      front_end_case t = {.width = 16 * (1 + below(32)),
+                          .lens = turn % 3 == 0,
+                          .black = {},
+                          .gain = {},
+                          .delta = {},
+                          .threshold = below(8) == 0 ? 250 + below(20) : below(24) - 2,
+                          .tone = std::vector<uint8_t>(256)};
+      for (int site = 0; site < 4; ++site) {
+        t.black[site] = below(3) == 0 ? below(256) : below(30);
+        t.gain[site] = below(8) == 0 ? below(65536) : below(3) == 0 ? below(1024) : 32 + below(64);
+        t.delta[site] = below(3) == 0 ? below(65536) - 32768 : below(64) - 32;
+      }
+      for (int i = 0; i < 256; ++i)  // noise, steps that end at either half, a ramp
+        t.tone[i] = static_cast<uint8_t>(turn % 4 == 0   ? below(256)
+                                         : turn % 4 == 1 ? (i < turn % 256 ? i : turn)
+                                         : turn % 4 == 2 ? (i > turn % 256 ? 255 - i : turn)
+                                                         : i);
+      SCOPED_TRACE(turn);
+      expect_front_end(c, k, t, random);
+      if (HasFailure()) return;
+    }
+  });
+}
 
 // ---- noise filter; defaults: vertical limit 100, horizontal limit 24
 

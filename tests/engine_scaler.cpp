@@ -18,9 +18,13 @@ class scaler : public at_level {
     at_level::SetUp();
     if (c != nullptr) ppl_set_quality(c, 5);
   }
-  // Scales a frame that stands in scratch already. YUYV frames have 4 bytes more behind them.
+  // Scales a frame that stands in scratch already. YUYV frames have 4 bytes more behind them. Behind both, as close
+  // as an alignment to 16 allows, lies a page that faults.
   bytes scale(int f, const bytes& frame, size in, size out) {
-    fenced source(size_t(in.w * in.h)), scratch(frame), destination(frame_bytes(f, size_t(out.w * out.h)));
+    const auto to_the_end = [](size_t n) { return -n % 64 / 16 * 16; };
+    const size_t n = frame_bytes(f, size_t(out.w * out.h));
+    fenced source(size_t(in.w * in.h)), scratch(frame, to_the_end(frame.size()));
+    fenced destination(n, 0xa5, to_the_end(n));
     const auto call = f == I420 ? BaylorToI420MMX_scaling_stride : BaylorToYUYVMMX_scaling_stride;
     EXPECT_EQ(call(c, source.data(), uint32_t(in.w), uint32_t(in.h), uint32_t(in.w), destination.data(),
                    uint32_t(out.w), uint32_t(out.h), scratch.data()),
@@ -105,26 +109,54 @@ TEST_P(scaler, a_packed_row_ends_on_the_next_rows_first_pixel) {
   EXPECT_EQ(got[2 * 62], 40);
 }
 
-// Any size to any size, widths off the groups included, against the plain reference with its own frame.
+// The reference scales the same frame.
+void expect_as_reference(int f, const bytes& frame, size in, size out, const bytes& got) {
+  ref::state s;
+  s.quality = 5;
+  bytes source(size_t(in.w * in.h)), scratch = frame, expected(got.size(), 0xa5);
+  scratch.resize(scratch.size() + 64);
+  ref::scaling_wrapper(s, f == I420 ? ref::format::i420 : ref::format::yuyv, source.data(), uint32_t(in.w),
+                       uint32_t(in.h), uint32_t(in.w), expected.data(), uint32_t(out.w), uint32_t(out.h),
+                       scratch.data());
+  EXPECT_EQ(got, expected) << kFormatNames[f] << " " << in.w << "x" << in.h << " to " << out.w << "x"
+                           << out.h;
+}
+
+// Any size to any size, widths off the groups included.
 TEST_P(scaler, agrees_with_the_reference_at_any_size) {
   std::mt19937 random(20);
   const auto pick = [&](int a, int b) { return a + int(random() % unsigned(b - a + 1)); };
-  for (int n = 0; n < 250; ++n) {
+  for (int n = 0; n < 250 && !HasFailure(); ++n) {
     const int f = n % 2 == 0 ? I420 : YUYV, step = n % 3 == 0 ? 1 : 2;
     size in = {pick(1, 100) * step, pick(1, 20)}, out = {pick(1, 150) * step, pick(1, 40)};
     if (n % 10 == 0) in.w = pick(1000, 2036) / 2 * 2, out.w = pick(1, 4000) * 2;
     const bytes frame = frame_of(f, in, uint32_t(random()));
-    const bytes got = scale(f, frame, in, out);
-    ref::state s;
-    s.quality = 5;
-    bytes source(size_t(in.w * in.h)), scratch = frame, expected(got.size(), 0xa5);
-    scratch.resize(scratch.size() + 64);
-    ref::scaling_wrapper(s, f == I420 ? ref::format::i420 : ref::format::yuyv, source.data(), uint32_t(in.w),
-                         uint32_t(in.h), uint32_t(in.w), expected.data(), uint32_t(out.w), uint32_t(out.h),
-                         scratch.data());
-    ASSERT_EQ(got, expected) << kFormatNames[f] << " " << in.w << "x" << in.h << " to " << out.w << "x"
-                             << out.h;
+    expect_as_reference(f, frame, in, out, scale(f, frame, in, out));
   }
+}
+
+// Steps of exactly 1, 2 and 1/2 and those beside them, steps up to and above 2, lines longer than any table; widths
+// on and off every group of 16 to 64 bytes, so that rows end inside a vector. Each with rows of like steps.
+TEST_P(scaler, agrees_with_the_reference_beside_exact_ratios) {
+  constexpr struct {
+    int from, to;
+  } widths[] = {{64, 64},   {62, 64},     {64, 62},     {640, 640},  {640, 638}, {638, 640},   {100, 100},
+                {64, 32},   {128, 64},    {66, 32},     {640, 320},  {642, 320}, {638, 320},   {204, 102},
+                {32, 64},   {34, 68},     {50, 100},    {54, 108},   {320, 640}, {322, 640},   {318, 640},
+                {96, 192},  {352, 704},   {640, 336},   {640, 300},  {640, 96},  {2000, 34},   {2016, 1},
+                {736, 640}, {640, 736},   {640, 752},   {66, 15134}, {2, 15200}, {100, 28000}, {1, 64},
+                {2, 4},     {2016, 4032}, {2016, 1008}, {514, 512},  {510, 512}},
+    heights[] = {{24, 24}, {24, 12}, {12, 24}, {25, 24},   {24, 25},  {12, 23},
+                 {24, 8},  {1, 6},   {2, 1},   {257, 256}, {255, 256}};
+  for (const auto& w : widths)
+    for (const auto& h : heights)
+      for (int f : {I420, YUYV}) {
+        const size in = {w.from, h.from}, out = {w.to, h.to};
+        if ((w.to > 1000 && h.to > 100) || (w.to > 10000 && h.to > 8)) continue;
+        const bytes frame = frame_of(f, in, uint32_t(w.from + h.to));
+        expect_as_reference(f, frame, in, out, scale(f, frame, in, out));
+        ASSERT_FALSE(HasFailure());
+      }
 }
 
 }  // namespace

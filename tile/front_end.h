@@ -20,24 +20,31 @@ namespace front_end_detail {
 // (x << 3) * f >> 16 is x * f >> 13: x << 3 stays below 2041, so the signed high product is exact.
 template <class V>
 PPL_INLINE V lens(const uint8_t* samples, const uint16_t* factors) {
-  constexpr int kHalf = V::size / 2;
-  return pack_u8(mulhi_s16(sll16<3>(load_widened<V>(samples)), loadu<V>(factors)),
-                 mulhi_s16(sll16<3>(load_widened<V>(samples + kHalf)), loadu<V>(factors + kHalf)));
+  // With 64 bytes a permute behind the pack is less than two before the products.
+  if constexpr (V::size == 64) {
+    return pack_u8(mulhi_s16(sll16<3>(load_widened<V>(samples)), loadu<V>(factors)),
+                   mulhi_s16(sll16<3>(load_widened<V>(samples + 32)), loadu<V>(factors + 32)));
+  } else {
+    V lo, hi, f_lo, f_hi;
+    widen(loadu<V>(samples), lo, hi);
+    loadu_words(factors, f_lo, f_hi);
+    return narrow(mulhi_s16(sll16<3>(lo), f_lo), mulhi_s16(sll16<3>(hi), f_hi));
+  }
 }
 
-// Bytes Gb of `even` and Gr of `odd` meet in the odd byte places.
+// Bytes Gb of `even_row` and Gr of `odd_row` meet in the odd byte places. The even ones of `limit` are 0, where B stands
+// against 0: it passes as 0 alone, and then its mean changes nothing.
 template <class V>
-PPL_INLINE void balance_green(V& even_row, V& odd_row, V threshold) {
-  const V gr = sll16<8>(odd_row);
-  const V mean = avg8(even_row, gr);
-  const auto near = gt_s16(threshold, odd(absdiff_u8(even_row, gr)));
-  even_row = select(near, even_odd(even_row, mean), even_row);
-  odd_row = select(near, even_odd(odd(mean), odd_row), odd_row);
+PPL_INLINE void balance_green(V& even_row, V& odd_row, V limit) {
+  const V gr = sll16<8>(odd_row), mean = avg8(even_row, gr);
+  const auto near = le_u8(absdiff_u8(even_row, gr), limit);
+  even_row = select(near, mean, even_row);
+  odd_row = odd_row ^ odd(keep(near, gr ^ mean));
 }
 
 PPL_INLINE void look_up_rows(const front_end_args a, const uint8_t* even_row, const uint8_t* odd_row) {
-  look_up_row(a.context->site_tables[0], even_row, a.row_even, a.frame_even, a.width);
-  look_up_row(a.context->site_tables[1], odd_row, a.row_odd, a.frame_odd, a.width);
+  look_up_row(*a.context, 0, even_row, a.row_even, a.frame_even, a.width);
+  look_up_row(*a.context, 1, odd_row, a.row_odd, a.frame_odd, a.width);
 }
 
 }  // namespace front_end_detail
@@ -48,7 +55,7 @@ static void front_end_rows(const front_end_args& args) {
   using namespace front_end_detail;
   const front_end_args a = args;
   const ppl_context& c = *a.context;
-  const vec_i16 green_threshold = c.GbGr_diff_plus;
+  const int green_limit = (c.GbGr_diff_plus.lane[0] > 255 ? 255 : c.GbGr_diff_plus.lane[0] - 1) << 8;
   const vec_u8 black_b_gb = c.black_b_gb, black_gr_r = c.black_gr_r;
   const site_curves even_curves(c, 0), odd_curves(c, 1);
   walk_exact(a.width, [&]<class V>(int x) {
@@ -60,7 +67,7 @@ static void front_end_rows(const front_end_args& args) {
       e = loadu<V>(a.source_even + x);
       o = loadu<V>(a.source_odd + x);
     }
-    if constexpr (kGreen) balance_green(e, o, repeat16<V>(&green_threshold));
+    if constexpr (kGreen) balance_green(e, o, set16<V>(green_limit));
     if (a.black_even != nullptr) {
       store(a.black_even + x, subs_u8(e, repeat16<V>(&black_b_gb)));
       store(a.black_odd + x, subs_u8(o, repeat16<V>(&black_gr_r)));
@@ -78,12 +85,12 @@ static void front_end_rows(const front_end_args& args) {
 }
 
 static void front_end(const front_end_args& a) {
-  const bool green = a.context->GbGr_correction_enabled != 0;
+  const bool green = a.context->GbGr_correction_enabled != 0 && a.context->GbGr_diff_plus.lane[0] > 0;
   if (a.lens_even != nullptr)
     green ? front_end_rows<true, true>(a) : front_end_rows<true, false>(a);
   else if (green)
     front_end_rows<false, true>(a);
-  else if (kToneInRegisters || a.black_even != nullptr)
+  else if (!kToneReadsFrame || a.black_even != nullptr)
     front_end_rows<false, false>(a);
   else
     front_end_detail::look_up_rows(a, a.source_even, a.source_odd);

@@ -55,11 +55,11 @@ struct grey_matrix {
       bias[row] = m.bias[row];
     }
   }
-  // Row 0 has no bias.
+  // Not clamped yet. Row 0 has no bias.
   template <int kRow, class V>
   PPL_INLINE_MEMBER V at(V e) const {
     const V y = sra16<6>(add16(mullo16(e, repeat16<V>(coef + kRow)), repeat16<V>(offset + kRow)));
-    return clamp_u8_16(kRow == 0 ? y : add16(y, repeat16<V>(bias + kRow)));
+    return kRow == 0 ? y : add16(y, repeat16<V>(bias + kRow));
   }
 };
 
@@ -90,7 +90,7 @@ PPL_INLINE void mosaic_edge_rows(const mosaic_edge_args& a) {
     V e_even[2], e_odd[2], y_odd[2];
     for (int i = 0; i < 2; ++i) {
       e_odd[i] = sharpened(band, i, odds[i + 1], even_columns, odd_columns, next);
-      y_odd[i] = grey.at<0>(e_odd[i]);
+      y_odd[i] = clamp_u8_16(grey.at<0>(e_odd[i]));
     }
     const auto raw = [&](int r) { return odd(loadu<V>(a.rows[r] + x - 2)); };
     for (int i = 0; i < 2; ++i)
@@ -100,15 +100,15 @@ PPL_INLINE void mosaic_edge_rows(const mosaic_edge_args& a) {
     const column<V> previous(before);
     for (int i = 0; i < 2; ++i) {
       e_even[i] = sharpened(band, i, evens[i + 1], previous, even_columns, odd_columns);
-      const V y = join8(grey.at<0>(e_even[i]), y_odd[i]);
+      const V y = join_clamp8(grey.at<0>(e_even[i]), y_odd[i]);
       store(a.luma[i] + x, y);
       if constexpr (kThreePlanes) {
-        store(a.chroma[i] + x, join8(grey.at<1>(e_even[i]), grey.at<1>(e_odd[i])));
-        store(a.plane3[i] + x, join8(grey.at<2>(e_even[i]), grey.at<2>(e_odd[i])));
+        store(a.chroma[i] + x, join_clamp8(grey.at<1>(e_even[i]), grey.at<1>(e_odd[i])));
+        store(a.plane3[i] + x, join_clamp8(grey.at<2>(e_even[i]), grey.at<2>(e_odd[i])));
       } else {
         store(a.rows[i + 1] + x, y);
         if (a.chroma[i] != nullptr)
-          store(a.chroma[i] + x, join8(grey.at<1>(e_even[i]), grey.at<2>(e_even[i])));
+          store(a.chroma[i] + x, join_clamp8(grey.at<1>(e_even[i]), grey.at<2>(e_even[i])));
       }
     }
   });

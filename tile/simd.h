@@ -65,6 +65,11 @@ PPL_INLINE void store(void* p, vec<16> a) {
 PPL_INLINE void storeu(void* p, vec<16> a) {
   _mm_storeu_si128(static_cast<__m128i*>(p), a.v);
 }
+// The first half of a vector to one place, the second to another.
+PPL_INLINE void store_halves(void* first, void* second, vec<16> a) {
+  _mm_storel_epi64(static_cast<__m128i*>(first), a.v);
+  _mm_storeh_pd(static_cast<double*>(second), _mm_castsi128_pd(a.v));
+}
 PPL_INLINE void zero_to(vec<16>& d) {
   d.v = _mm_setzero_si128();
 }
@@ -302,7 +307,12 @@ PPL_INLINE vec<16> join8(vec<16> e, vec<16> o) {
 }
 // The same with a clamp of signed lanes to 0..255.
 PPL_INLINE vec<16> join_clamp8(vec<16> e, vec<16> o) {
-  return join8(clamp_u8_16(e), clamp_u8_16(o));
+  const __m128i x = _mm_packus_epi16(e.v, o.v);
+#ifdef __SSSE3__
+  return {_mm_shuffle_epi8(x, _mm_set_epi8(15, 7, 14, 6, 13, 5, 12, 4, 11, 3, 10, 2, 9, 1, 8, 0))};
+#else
+  return {_mm_unpacklo_epi8(x, _mm_srli_si128(x, 8))};
+#endif
 }
 // Signed 16-bit lanes of lo, then of hi, clamped to 0..255, in memory order.
 PPL_INLINE vec<16> pack_u8(vec<16> lo, vec<16> hi) {
@@ -344,6 +354,47 @@ PPL_INLINE void widen(vec<16> a, vec<16>& lo, vec<16>& hi) {
 // Signed lanes clamped to 0..255.
 PPL_INLINE vec<16> narrow(vec<16> lo, vec<16> hi) {
   return {_mm_packus_epi16(lo.v, hi.v)};
+}
+// 16-bit lanes from memory, in the order of widen().
+PPL_INLINE void loadu_words(const void* p, vec<16>& lo, vec<16>& hi) {
+  loadu_to(lo, p);
+  loadu_to(hi, static_cast<const char*>(p) + 16);
+}
+// Byte pairs a0 b0 a1 b1 ... as 16-bit lanes, in the order of widen().
+PPL_INLINE void widen_pairs(vec<16> a, vec<16> b, vec<16>& lo, vec<16>& hi) {
+  lo.v = _mm_unpacklo_epi8(a.v, b.v);
+  hi.v = _mm_unpackhi_epi8(a.v, b.v);
+}
+#ifdef __SSSE3__
+// Bytes picked within each 16; where the top bit of `at` is set, 0.
+PPL_INLINE vec<16> shuffle8(vec<16> a, vec<16> at) {
+  return {_mm_shuffle_epi8(a.v, at.v)};
+}
+// Sums of two products, bytes of u unsigned and of s signed, to saturated 16-bit lanes.
+PPL_INLINE vec<16> madd8(vec<16> u, vec<16> s) {
+  return {_mm_maddubs_epi16(u.v, s.v)};
+}
+#endif
+// Within each 16 bytes: signed 32-bit lanes of a, then of b, clamped to 16 bits; the lower (upper) halves of a and b,
+// one behind the other or with their 32-bit lanes taken in turn; 32-bit lanes by number.
+PPL_INLINE vec<16> narrow_s32(vec<16> a, vec<16> b) {
+  return {_mm_packs_epi32(a.v, b.v)};
+}
+PPL_INLINE vec<16> lower64(vec<16> a, vec<16> b) {
+  return {_mm_unpacklo_epi64(a.v, b.v)};
+}
+PPL_INLINE vec<16> upper64(vec<16> a, vec<16> b) {
+  return {_mm_unpackhi_epi64(a.v, b.v)};
+}
+PPL_INLINE vec<16> lower32(vec<16> a, vec<16> b) {
+  return {_mm_unpacklo_epi32(a.v, b.v)};
+}
+PPL_INLINE vec<16> upper32(vec<16> a, vec<16> b) {
+  return {_mm_unpackhi_epi32(a.v, b.v)};
+}
+template <int I0, int I1, int I2, int I3>
+PPL_INLINE vec<16> shuffle32(vec<16> a) {
+  return {_mm_shuffle_epi32(a.v, I0 | I1 << 2 | I2 << 4 | I3 << 6)};
 }
 // Sums of the bytes of a and b, widened likewise.
 PPL_INLINE void widen_sum(vec<16> a, vec<16> b, vec<16>& lo, vec<16>& hi) {
@@ -395,6 +446,10 @@ PPL_INLINE void store(void* p, vec<32> a) {
 }
 PPL_INLINE void storeu(void* p, vec<32> a) {
   _mm256_storeu_si256(static_cast<__m256i*>(p), a.v);
+}
+PPL_INLINE void store_halves(void* first, void* second, vec<32> a) {
+  _mm_storeu_si128(static_cast<__m128i*>(first), _mm256_castsi256_si128(a.v));
+  _mm_storeu_si128(static_cast<__m128i*>(second), _mm256_extracti128_si256(a.v, 1));
 }
 PPL_INLINE void zero_to(vec<32>& d) {
   d.v = _mm256_setzero_si256();
@@ -621,7 +676,8 @@ PPL_INLINE vec<32> join8(vec<32> e, vec<32> o) {
 }
 // The same with a clamp of signed lanes to 0..255.
 PPL_INLINE vec<32> join_clamp8(vec<32> e, vec<32> o) {
-  return join8(clamp_u8_16(e), clamp_u8_16(o));
+  const __m128i order = _mm_set_epi8(15, 7, 14, 6, 13, 5, 12, 4, 11, 3, 10, 2, 9, 1, 8, 0);
+  return {_mm256_shuffle_epi8(_mm256_packus_epi16(e.v, o.v), _mm256_broadcastsi128_si256(order))};
 }
 PPL_INLINE vec<32> pack_u8(vec<32> lo, vec<32> hi) {
   return {_mm256_permute4x64_epi64(_mm256_packus_epi16(lo.v, hi.v), 0xd8)};
@@ -657,6 +713,50 @@ PPL_INLINE void widen(vec<32> a, vec<32>& lo, vec<32>& hi) {
 // Signed lanes clamped to 0..255.
 PPL_INLINE vec<32> narrow(vec<32> lo, vec<32> hi) {
   return {_mm256_packus_epi16(lo.v, hi.v)};
+}
+// 16-bit lanes from memory, in the order of widen().
+PPL_INLINE void loadu_words(const void* p, vec<32>& lo, vec<32>& hi) {
+  const __m128i* const from = static_cast<const __m128i*>(p);
+  const auto two = [&](int a, int b) {
+    return _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(from + a)),
+                                   _mm_loadu_si128(from + b), 1);
+  };
+  lo.v = two(0, 2);
+  hi.v = two(1, 3);
+}
+// Byte pairs a0 b0 a1 b1 ... as 16-bit lanes, in the order of widen().
+PPL_INLINE void widen_pairs(vec<32> a, vec<32> b, vec<32>& lo, vec<32>& hi) {
+  lo.v = _mm256_unpacklo_epi8(a.v, b.v);
+  hi.v = _mm256_unpackhi_epi8(a.v, b.v);
+}
+// Bytes picked within each 16; where the top bit of `at` is set, 0.
+PPL_INLINE vec<32> shuffle8(vec<32> a, vec<32> at) {
+  return {_mm256_shuffle_epi8(a.v, at.v)};
+}
+// Sums of two products, bytes of u unsigned and of s signed, to saturated 16-bit lanes.
+PPL_INLINE vec<32> madd8(vec<32> u, vec<32> s) {
+  return {_mm256_maddubs_epi16(u.v, s.v)};
+}
+// Within each 16 bytes: signed 32-bit lanes of a, then of b, clamped to 16 bits; the lower (upper) halves of a and b,
+// one behind the other or with their 32-bit lanes taken in turn; 32-bit lanes by number.
+PPL_INLINE vec<32> narrow_s32(vec<32> a, vec<32> b) {
+  return {_mm256_packs_epi32(a.v, b.v)};
+}
+PPL_INLINE vec<32> lower64(vec<32> a, vec<32> b) {
+  return {_mm256_unpacklo_epi64(a.v, b.v)};
+}
+PPL_INLINE vec<32> upper64(vec<32> a, vec<32> b) {
+  return {_mm256_unpackhi_epi64(a.v, b.v)};
+}
+PPL_INLINE vec<32> lower32(vec<32> a, vec<32> b) {
+  return {_mm256_unpacklo_epi32(a.v, b.v)};
+}
+PPL_INLINE vec<32> upper32(vec<32> a, vec<32> b) {
+  return {_mm256_unpackhi_epi32(a.v, b.v)};
+}
+template <int I0, int I1, int I2, int I3>
+PPL_INLINE vec<32> shuffle32(vec<32> a) {
+  return {_mm256_shuffle_epi32(a.v, I0 | I1 << 2 | I2 << 4 | I3 << 6)};
 }
 // Sums of the bytes of a and b, widened likewise.
 PPL_INLINE void widen_sum(vec<32> a, vec<32> b, vec<32>& lo, vec<32>& hi) {
@@ -701,6 +801,10 @@ PPL_INLINE void store(void* p, vec<64> a) {
 }
 PPL_INLINE void storeu(void* p, vec<64> a) {
   _mm512_storeu_si512(static_cast<__m512i*>(p), a.v);
+}
+PPL_INLINE void store_halves(void* first, void* second, vec<64> a) {
+  _mm256_storeu_si256(static_cast<__m256i*>(first), _mm512_castsi512_si256(a.v));
+  _mm256_storeu_si256(static_cast<__m256i*>(second), _mm512_extracti64x4_epi64(a.v, 1));
 }
 PPL_INLINE void zero_to(vec<64>& d) {
   d.v = _mm512_setzero_si512();
@@ -917,7 +1021,8 @@ PPL_INLINE vec<64> join8(vec<64> e, vec<64> o) {
 }
 // The same with a clamp of signed lanes to 0..255.
 PPL_INLINE vec<64> join_clamp8(vec<64> e, vec<64> o) {
-  return join8(clamp_u8_16(e), clamp_u8_16(o));
+  const __m128i order = _mm_set_epi8(15, 7, 14, 6, 13, 5, 12, 4, 11, 3, 10, 2, 9, 1, 8, 0);
+  return {_mm512_shuffle_epi8(_mm512_packus_epi16(e.v, o.v), _mm512_broadcast_i32x4(order))};
 }
 PPL_INLINE vec<64> pack_u8(vec<64> lo, vec<64> hi) {
   const __m512i order = _mm512_set_epi64(7, 5, 3, 1, 6, 4, 2, 0);
@@ -954,6 +1059,40 @@ PPL_INLINE void widen(vec<64> a, vec<64>& lo, vec<64>& hi) {
 // Signed lanes clamped to 0..255.
 PPL_INLINE vec<64> narrow(vec<64> lo, vec<64> hi) {
   return {_mm512_packus_epi16(lo.v, hi.v)};
+}
+// Byte pairs a0 b0 a1 b1 ... as 16-bit lanes, in the order of widen().
+PPL_INLINE void widen_pairs(vec<64> a, vec<64> b, vec<64>& lo, vec<64>& hi) {
+  lo.v = _mm512_unpacklo_epi8(a.v, b.v);
+  hi.v = _mm512_unpackhi_epi8(a.v, b.v);
+}
+// Bytes picked within each 16; where the top bit of `at` is set, 0.
+PPL_INLINE vec<64> shuffle8(vec<64> a, vec<64> at) {
+  return {_mm512_shuffle_epi8(a.v, at.v)};
+}
+// Sums of two products, bytes of u unsigned and of s signed, to saturated 16-bit lanes.
+PPL_INLINE vec<64> madd8(vec<64> u, vec<64> s) {
+  return {_mm512_maddubs_epi16(u.v, s.v)};
+}
+// Within each 16 bytes: signed 32-bit lanes of a, then of b, clamped to 16 bits; the lower (upper) halves of a and b,
+// one behind the other or with their 32-bit lanes taken in turn; 32-bit lanes by number.
+PPL_INLINE vec<64> narrow_s32(vec<64> a, vec<64> b) {
+  return {_mm512_packs_epi32(a.v, b.v)};
+}
+PPL_INLINE vec<64> lower64(vec<64> a, vec<64> b) {
+  return {_mm512_unpacklo_epi64(a.v, b.v)};
+}
+PPL_INLINE vec<64> upper64(vec<64> a, vec<64> b) {
+  return {_mm512_unpackhi_epi64(a.v, b.v)};
+}
+PPL_INLINE vec<64> lower32(vec<64> a, vec<64> b) {
+  return {_mm512_unpacklo_epi32(a.v, b.v)};
+}
+PPL_INLINE vec<64> upper32(vec<64> a, vec<64> b) {
+  return {_mm512_unpackhi_epi32(a.v, b.v)};
+}
+template <int I0, int I1, int I2, int I3>
+PPL_INLINE vec<64> shuffle32(vec<64> a) {
+  return {_mm512_shuffle_epi32(a.v, static_cast<_MM_PERM_ENUM>(I0 | I1 << 2 | I2 << 4 | I3 << 6))};
 }
 // Sums of the bytes of a and b, widened likewise.
 PPL_INLINE void widen_sum(vec<64> a, vec<64> b, vec<64>& lo, vec<64>& hi) {

@@ -9,8 +9,8 @@
 // In tile 1 the first step takes for the earlier tile what the last even inner tile of the previous collecting
 // row pair left behind.
 //
-// A group is 16 bytes of the even row and 16 of the odd row, so a vector takes as many groups at once as it has 16
-// bytes; every figure below is per 16 bytes.
+// A vector holds as many groups as it has 16 bytes; every layout below is that of one group's 16 bytes. A group's
+// cells are numbered: 0 .. 3 from the earlier tile, 4 .. 7 from the current one.
 #pragma once
 
 #include "tile/kernels.h"
@@ -20,7 +20,7 @@ namespace ppl::PPL_LEVEL {
 
 namespace statistics_detail {
 
-// ---- the cells of V::size / 16 groups
+// ---- samples of V::size / 16 groups
 
 // The earlier and the current tile of each group, apart.
 template <class V>
@@ -50,120 +50,108 @@ PPL_INLINE tile_pairs<V> pairs_at(const uint8_t* p) {
   return t;
 }
 
-// 16-bit words (B, Gb) of the even row and (Gr, R) of the odd row, the earlier tile's cells in the lower word of each
-// 32 bits and the current one's in the upper. Columns 2, 3 of every four stand in the upper word of each 32 bits.
+// Columns 2, 3 of every four in two tiles: four 16-bit words from the one, then four from the other. They stand in the
+// upper word of each 32 bits.
 template <class V>
-struct cells {
-  V even_row, odd_row;
-};
-template <class V>
-PPL_INLINE V from_earlier(V tile) {
-  return srl32<16>(tile);
-}
-template <class V>
-PPL_INLINE V only_current(V words) {
-  return words & set32<V>(static_cast<int>(0xffff0000u));
+PPL_INLINE V sampled(V first, V second) {
+  return narrow_s32(sra32<16>(first), sra32<16>(second));
 }
 template <class V>
 PPL_INLINE V sampled(tile_pairs<V> t) {
-  return from_earlier(t.earlier) | only_current(t.current);
+  return sampled(t.earlier, t.current);
 }
 
-// ---- sums over a group's cells, two 64-bit lanes each: (B, Gb) and (Gr, R)
-
+// Black-corrected samples, a 16-bit lane for each cell.
 template <class V>
-struct sums {
-  V b_gb, gr_r;
-  static PPL_INLINE_MEMBER sums none() { return {zero<V>(), zero<V>()}; }
+struct black_cells {
+  V b, gb, gr, r;
+  PPL_INLINE_MEMBER black_cells(V even_row, V odd_row)  // words (B, Gb) and (Gr, R)
+      : b(even(even_row)), gb(odd(even_row)), gr(even(odd_row)), r(odd(odd_row)) {}
 };
 
-// The low bytes of the words to the lower half, the high ones to the upper: one sum of eight bytes for each.
+// Samples after the gain, a byte for each cell: eight Gr and eight B, eight R and eight Gb.
 template <class V>
-PPL_INLINE V sum_by_place(V words) {
-  return sad_u8(narrow(even(words), odd(words)), zero<V>());
-}
-template <class V>
-PPL_INLINE sums<V> sum(cells<V> c) {
-  return {sum_by_place(c.even_row), sum_by_place(c.odd_row)};
-}
-template <class V>
-PPL_INLINE sums<V> operator+(sums<V> a, sums<V> b) {
-  return {add64(a.b_gb, b.b_gb), add64(a.gr_r, b.gr_r)};
-}
-template <class V, class Mask>
-PPL_INLINE cells<V> keep(Mask m, cells<V> s) {
-  return {keep(m, s.even_row), keep(m, s.odd_row)};
-}
+struct bright_cells {
+  V gr_b, r_gb;
+};
 
-// The sums of each group as numbers.
+// Gain and offset of the current tile's cells, in the order that their bytes get: Gr, B, R, Gb, four of each.
 template <class V>
-struct group_sums {
-  alignas(64) uint64_t b_gb[V::size / 8], gr_r[V::size / 8];
-  PPL_INLINE_MEMBER explicit group_sums(sums<V> s) {
-    store(b_gb, s.b_gb);
-    store(gr_r, s.gr_r);
+struct current_gain {
+  V gain_gr_b, gain_r_gb, delta_gr_b, delta_r_gb;
+  PPL_INLINE_MEMBER explicit current_gain(const ppl_context& c)
+      : gain_gr_b(lower64(lane<0>(c.gain_g_r), lane<0>(c.gain_b_g))),
+        gain_r_gb(lower64(lane<1>(c.gain_g_r), lane<1>(c.gain_b_g))),
+        delta_gr_b(lower64(lane<0>(c.delta_g_r), lane<0>(c.delta_b_g))),
+        delta_r_gb(lower64(lane<1>(c.delta_g_r), lane<1>(c.delta_b_g))) {}
+  template <int N>
+  static PPL_INLINE_MEMBER V lane(const vec_i16& v) {
+    return set16<V>(v.lane[N]);
   }
-  static constexpr int kGroups = V::size / 16;
-  uint32_t b(int g) const { return static_cast<uint32_t>(b_gb[2 * g]); }
-  uint32_t gb(int g) const { return static_cast<uint32_t>(b_gb[2 * g + 1]); }
-  uint32_t gr(int g) const { return static_cast<uint32_t>(gr_r[2 * g]); }
-  uint32_t r(int g) const { return static_cast<uint32_t>(gr_r[2 * g + 1]); }
-  PPL_INLINE_MEMBER void add_to(rgb32& total, int g) const {
-    total.r += r(g);
-    total.g += gb(g) + gr(g);
-    total.b += b(g);
+  PPL_INLINE_MEMBER V operator()(const black_cells<V>& s) const {
+    const V gr_b = upper64(s.gr, s.b), r_gb = upper64(s.r, s.gb);
+    return narrow(add16(srl16<5>(mullo16(gr_b, gain_gr_b)), delta_gr_b),
+                  add16(srl16<5>(mullo16(r_gb, gain_r_gb)), delta_r_gb));
   }
 };
 
-// What passing cells add up to in a row pair: sums, and the cells themselves in 16-bit lanes (a row has far fewer
-// groups than a lane can count).
+// From finished rows the earlier tile's cells, with the current one's between them.
 template <class V>
-struct totals {
-  sums<V> of_passed = sums<V>::none();
-  V cells_passed = zero<V>();
-  template <class Mask>
-  PPL_INLINE_MEMBER void add(Mask pass, sums<V> s) {
-    of_passed = of_passed + s;
-    cells_passed = sub16(cells_passed, to_vec(pass));
-  }
-  PPL_INLINE_MEMBER void add_to(rgb32& total, uint32_t& count) const {
-    const group_sums<V> s(of_passed);
-    for (int g = 0; g < group_sums<V>::kGroups; ++g) s.add_to(total, g);
-    alignas(64) uint16_t lanes[V::size / 2];
-    store(lanes, cells_passed);
-    for (const uint16_t n : lanes) count += n;
-  }
-};
+PPL_INLINE bright_cells<V> bright(V tone_even, V tone_odd, V current) {
+  const V words = sampled(tone_odd, tone_even);
+  const V earlier = narrow(even(words), odd(words));
+  return {lower32(earlier, current), upper32(earlier, current)};
+}
+
+// ---- sums
+
+// The sums of a group's cells, in 32-bit lanes.
+template <class V>
+PPL_INLINE V sum_gr_r_b_gb(V gr_b, V r_gb) {
+  return sad_u8(gr_b, zero<V>()) | shuffle32<1, 0, 3, 2>(sad_u8(r_gb, zero<V>()));
+}
+// As they stand in a cell of sub_window_means: R, G, B, and nothing for what follows there.
+template <class V>
+PPL_INLINE V sum_r_g_b(V gr_b, V r_gb) {
+  return add32(shuffle32<1, 0, 2, 1>(sad_u8(gr_b, zero<V>())),
+               shuffle32<0, 2, 1, 1>(sad_u8(r_gb, zero<V>())));
+}
 
 // ---- the tests
 
+// Inclusive: x - lowest, unsigned, is at most highest - lowest. No range is empty.
+template <class V>
+struct difference_range {
+  V lowest, span;
+  PPL_INLINE_MEMBER difference_range(const vec_i16& low, const vec_i16& high)  // exclusive bounds
+      : lowest(set16<V>(low.lane[0] + 1)), span(set16<V>(high.lane[0] - low.lane[0] - 2)) {}
+  PPL_INLINE_MEMBER V excess(V x) const { return subs_u16(sub16(x, lowest), span); }
+};
 template <class V>
 struct qual_ranges {
   V gb_min, gb_span, rg_min, rg_span;  // byte pairs: minimum and maximum - minimum
-  V BmGb_low, BmGb_high, GrmR_low, GrmR_high, sum_low, sum_high, diff_low, diff_high;  // exclusive
+  difference_range<V> BmGb, GrmR, sum, diff;
+  bool samples_tested;
   PPL_INLINE_MEMBER explicit qual_ranges(const ppl_context& c)
       : gb_min(repeat16<V>(&c.qual_gb_min)),
         gb_span(repeat16<V>(&c.qual_gb_span)),
         rg_min(repeat16<V>(&c.qual_rg_min)),
         rg_span(repeat16<V>(&c.qual_rg_span)),
-        BmGb_low(repeat16<V>(&c.qual_BmGb_low)),
-        BmGb_high(repeat16<V>(&c.qual_BmGb_high)),
-        GrmR_low(repeat16<V>(&c.qual_GrmR_low)),
-        GrmR_high(repeat16<V>(&c.qual_GrmR_high)),
-        sum_low(repeat16<V>(&c.qual_sum_low)),
-        sum_high(repeat16<V>(&c.qual_sum_high)),
-        diff_low(repeat16<V>(&c.qual_diff_low)),
-        diff_high(repeat16<V>(&c.qual_diff_high)) {}
+        BmGb(c.qual_BmGb_low, c.qual_BmGb_high),
+        GrmR(c.qual_GrmR_low, c.qual_GrmR_high),
+        sum(c.qual_sum_low, c.qual_sum_high),
+        diff(c.qual_diff_low, c.qual_diff_high),
+        samples_tested((c.qual_gb_span.lane[0] & c.qual_rg_span.lane[0]) != -1) {}
 
-  static PPL_INLINE_MEMBER auto between(V x, V low, V high) { return gt_s16(x, low) & gt_s16(high, x); }
   // How far the bytes of a word leave minimum .. minimum + span.
   static PPL_INLINE_MEMBER V excess(V x, V minimum, V span) { return subs_u8(sub8(x, minimum), span); }
-  PPL_INLINE_MEMBER auto pass(cells<V> s) const {
-    const V dbg = sub16(even(s.even_row), odd(s.even_row));
-    const V dgr = sub16(even(s.odd_row), odd(s.odd_row));
-    const V outside = excess(s.even_row, gb_min, gb_span) | excess(s.odd_row, rg_min, rg_span);
-    return eq16(outside, zero<V>()) & between(dbg, BmGb_low, BmGb_high) & between(dgr, GrmR_low, GrmR_high) &
-           between(add16(dbg, dgr), sum_low, sum_high) & between(sub16(dbg, dgr), diff_low, diff_high);
+  PPL_INLINE_MEMBER auto pass(const black_cells<V>& s, V even_row, V odd_row) const {
+    const V dbg = sub16(s.b, s.gb), dgr = sub16(s.gr, s.r);
+    V outside =
+        BmGb.excess(dbg) | GrmR.excess(dgr) | sum.excess(add16(dbg, dgr)) | diff.excess(sub16(dbg, dgr));
+    if (samples_tested)
+      outside = outside | excess(even_row, gb_min, gb_span) | excess(odd_row, rg_min, rg_span);
+    return eq16(outside, zero<V>());
   }
 };
 
@@ -173,107 +161,152 @@ template <class V>
 struct exposure_range {
   V below_min, above_max;  // the bytes that reject
   V low_on, high_on;       // all ones or all zeros
+  bool open;               // both tests are off
   PPL_INLINE_MEMBER explicit exposure_range(const ppl_context& c)
       : below_min(repeat16<V>(&c.qAE_below_min)),
         above_max(repeat16<V>(&c.qAE_above_max)),
         low_on(set8<V>(c.qAE_min.lane[0] != 0 ? -1 : 0)),
-        high_on(set8<V>(c.qAE_above_max.lane[0] != 0 ? -1 : 0)) {}
-  PPL_INLINE_MEMBER auto pass(cells<V> s) const {
-    const V top = max_u8(s.even_row, s.odd_row), bottom = min_u8(s.even_row, s.odd_row);
-    const V too_low = to_vec(eq16(subs_u8(top, below_min), zero<V>())) & low_on;
-    const V too_high = to_vec(eq16(subs_u8(above_max, bottom), zero<V>())) & high_on;
-    return eq16(too_low | too_high, zero<V>());
-  }
-};
-
-// Gain and offset of the current tile's cells, both rows in one vector: the even row's words in the lower half of each
-// 32 bits, the odd row's in the upper.
-template <class V>
-struct current_gain {
-  V gain_low, gain_high, delta_low, delta_high;  // of the low and the high byte of each word
-  PPL_INLINE_MEMBER explicit current_gain(const ppl_context& c)
-      : gain_low(pair(c.gain_b_g, c.gain_g_r, 0)),
-        gain_high(pair(c.gain_b_g, c.gain_g_r, 1)),
-        delta_low(pair(c.delta_b_g, c.delta_g_r, 0)),
-        delta_high(pair(c.delta_b_g, c.delta_g_r, 1)) {}
-  static PPL_INLINE_MEMBER V pair(const vec_i16& even_row, const vec_i16& odd_row, int place) {
-    const uint32_t low = static_cast<uint16_t>(even_row.lane[place]),
-                   high = static_cast<uint16_t>(odd_row.lane[place]);
-    return set32<V>(static_cast<int>(low | high << 16));
-  }
-  PPL_INLINE_MEMBER V operator()(cells<V> black) const {
-    const V x = srl32<16>(black.even_row) | only_current(black.odd_row);
-    return join_clamp8(add16(srl16<5>(mullo16(even(x), gain_low)), delta_low),
-                       add16(srl16<5>(mullo16(odd(x), gain_high)), delta_high));
+        high_on(set8<V>(c.qAE_above_max.lane[0] != 0 ? -1 : 0)),
+        open(c.qAE_min.lane[0] == 0 && c.qAE_above_max.lane[0] == 0) {}
+  // A byte for each cell, the eight of them twice.
+  PPL_INLINE_MEMBER V rejected(bright_cells<V> s) const {
+    V top = max_u8(s.gr_b, s.r_gb), bottom = min_u8(s.gr_b, s.r_gb);
+    top = max_u8(top, shuffle32<2, 3, 0, 1>(top));
+    bottom = min_u8(bottom, shuffle32<2, 3, 0, 1>(bottom));
+    return (to_vec(le_u8(top, below_min)) & low_on) | (to_vec(le_u8(above_max, bottom)) & high_on);
   }
 };
 
 // ---- the walk along a row pair
 
-// The cells of sub_window_means, tile by tile from left to right.
+// The cells of sub_window_means from left to right. What belongs to one cell is added up here first.
 struct cell_walk {
   ppl_context& c;
-  rgb32* cell;   // of the current tile
-  int end_tile;  // where it ends
-  bool in_grid;
+  rgb32* cell;
+  int end_tile;  // where the cell ends
+  vec16 sums = zero<vec16>();
 
   cell_walk(ppl_context& context, int row_pair)
-      : c(context), cell(outside_cell(&context)), end_tile(0), in_grid(false) {
+      : c(context), cell(outside_cell(&context)), end_tile(INT32_MAX) {
     if (row_pair >= c.grid_row_pairs || c.grid_tiles == 0) return;
-    in_grid = true;
     cell = &c.sub_window_means[kGridColumns * (row_pair / c.cell_row_pairs)];
     end_tile = c.cell_tiles;
   }
-  rgb32& at(int tile) {
-    if (!in_grid) return *cell;
-    if (tile >= c.grid_tiles) return *outside_cell(&c);
-    for (; tile >= end_tile; end_tile += c.cell_tiles) ++cell;
-    return *cell;
+  PPL_INLINE_MEMBER void add(int tile, vec16 r_g_b) {
+    if (tile >= end_tile) move_to(tile);
+    sums = add32(sums, r_g_b);
+  }
+  PPL_INLINE_MEMBER void move_to(int tile) {
+    finish();
+    while (tile >= end_tile) {
+      ++cell;
+      end_tile += c.cell_tiles;
+      if (end_tile > c.grid_tiles) {
+        cell = outside_cell(&c);
+        end_tile = INT32_MAX;
+      }
+    }
+    sums = zero<vec16>();
+  }
+  PPL_INLINE_MEMBER void finish() {
+    alignas(16) uint32_t at[4];
+    store(at, sums);
+    cell->r += at[0];
+    cell->g += at[1];
+    cell->b += at[2];
   }
 };
 
-// The groups of tiles t, t + 2 ... as long as a whole vector of them is left; the first tile that is.
+// Both greens of a group often share a bin: the second count follows from the first then, not from memory.
+PPL_INLINE void count_greens(uint32_t* bins, uint32_t gb, uint32_t gr) {
+  const uint32_t first = bins[gb] + 8, second = bins[gr] + 8;
+  bins[gb] = first;
+  bins[gr] = gb == gr ? first + 8 : second;
+}
+
+// All ones in the groups of a vector from number `first` on.
 template <class V>
-PPL_INLINE int gather(const statistics_args& a, cell_walk& walk, int t) {
+PPL_INLINE V groups_from(int first) {
+  struct zeros_and_ones {
+    uint8_t at[2 * V::size];
+  };
+  static constexpr zeros_and_ones bytes = [] {
+    zeros_and_ones b = {};
+    for (int i = V::size; i < 2 * V::size; ++i) b.at[i] = 0xff;
+    return b;
+  }();
+  return loadu<V>(bytes.at + V::size - 16 * first);
+}
+
+// All groups of the row pair, of which there are at least as many as a vector holds. The last vector ends with the last
+// group; the groups that it takes again are left out.
+template <class V>
+PPL_INLINE void gather(const statistics_args& a, int groups) {
   constexpr int kGroups = V::size / 16;
   ppl_context& c = *a.context;
   const qual_ranges<V> qual(c);
   const exposure_range<V> exposure(c);
   const current_gain<V> gain(c);
-  totals<V> qualified, exposed;
-  for (; t + 2 * (kGroups - 1) <= a.last_tile; t += 2 * kGroups) {
-    const int x = (t + a.tile_lead - 1) * kTile;
-    const cells<V> black = {sampled(pairs_at<V>(a.black_even + x)), sampled(pairs_at<V>(a.black_odd + x))};
-    const V value = gain(black);
-    const cells<V> s = {from_earlier(pairs_at<V>(a.tone_even + x).earlier) | sll32<16>(value),
-                        from_earlier(pairs_at<V>(a.tone_odd + x).earlier) | only_current(value)};
-    const group_sums<V> plain(sum(s));
-    for (int g = 0; g < kGroups; ++g) plain.add_to(walk.at(t + 2 * g), g);
+  cell_walk walk(c, a.row_pair);
+  V qualified = zero<V>(), exposed = zero<V>();  // sums as sum_gr_r_b_gb and sum_r_g_b make them
+  V passed = zero<V>(), rejected = zero<V>();    // cells: in 16-bit lanes, and twice in bytes
+  for (int next = 0; next < groups; next += kGroups) {
+    const int first = next + kGroups <= groups ? next : groups - kGroups;
+    const int again = next - first;
+    const int x = (2 * first + a.tile_lead) * kTile;
+    const V even_row = sampled(pairs_at<V>(a.black_even + x)),
+            odd_row = sampled(pairs_at<V>(a.black_odd + x));
+    const black_cells<V> black(even_row, odd_row);
+    const bright_cells<V> s =
+        bright(pairs_at<V>(a.tone_even + x).earlier, pairs_at<V>(a.tone_odd + x).earlier, gain(black));
+    const V plain = sum_r_g_b(s.gr_b, s.r_gb);
+    alignas(64) uint32_t sums[4 * kGroups];
+    store(sums, plain);
+    for (int g = again; g < kGroups; ++g) walk.add(2 * (first + g) + 1, load<vec16>(sums + 4 * g));
     if (a.plain_only) continue;
-    const auto in_ranges = qual.pass(black);
-    const sums<V> group = sum(keep(in_ranges, black));
-    qualified.add(in_ranges, group);
-    const group_sums<V> means(group);
-    for (int g = 0; g < kGroups; ++g) {
-      c.r_histogram[means.r(g) >> 3] += 8;
-      c.b_histogram[means.b(g) >> 3] += 8;
-      // Both greens often share a bin: one addition then, since a second would wait for the first.
-      const uint32_t gb = means.gb(g) >> 3, gr = means.gr(g) >> 3;
-      if (gb == gr) {
-        c.g_histogram[gb] += 16;
-      } else {
-        c.g_histogram[gb] += 8;
-        c.g_histogram[gr] += 8;
-      }
+
+    const V fresh = groups_from<V>(again);
+    const auto in_ranges = qual.pass(black, even_row, odd_row);
+    const V group = sum_gr_r_b_gb(narrow(keep(in_ranges, black.gr), keep(in_ranges, black.b)),
+                                  narrow(keep(in_ranges, black.r), keep(in_ranges, black.gb)));
+    qualified = add32(qualified, group & fresh);
+    passed = sub16(passed, to_vec(in_ranges) & fresh);
+    alignas(64) uint32_t bins[4 * kGroups];
+    store(bins, srl32<3>(group));
+    for (int g = again; g < kGroups; ++g) {
+      const uint32_t* const bin = bins + 4 * g;
+      c.r_histogram[bin[1]] += 8;
+      c.b_histogram[bin[2]] += 8;
+      count_greens(c.g_histogram, bin[3], bin[0]);
     }
-    const auto in_exposure = exposure.pass(s);
-    exposed.add(in_exposure, sum(keep(in_exposure, s)));
+    if (exposure.open) {
+      exposed = add32(exposed, plain & fresh);
+    } else {
+      const V out = exposure.rejected(s);
+      exposed = add32(exposed, sum_r_g_b(andnot(out, s.gr_b), andnot(out, s.r_gb)) & fresh);
+      rejected = sub8(rejected, out & fresh);
+    }
   }
-  if (!a.plain_only) {
-    qualified.add_to(c.qual_means, c.qual_count);
-    exposed.add_to(c.qAE_means, c.qAE_count);
+  walk.finish();
+  if (a.plain_only) return;
+  alignas(64) uint32_t q[V::size / 4], e[V::size / 4];
+  store(q, qualified);
+  store(e, exposed);
+  for (int g = 0; g < V::size / 4; g += 4) {
+    c.qual_means.r += q[g + 1];
+    c.qual_means.g += q[g] + q[g + 3];
+    c.qual_means.b += q[g + 2];
+    c.qAE_means.r += e[g];
+    c.qAE_means.g += e[g + 1];
+    c.qAE_means.b += e[g + 2];
   }
-  return t;
+  // Bytes of 0 .. 128 each, all cells counted in two places of a group.
+  alignas(64) uint64_t in[V::size / 8], out[V::size / 8];
+  store(in, sad_u8(passed, zero<V>()));
+  store(out, sad_u8(rejected, zero<V>()));
+  for (int i = 0; i < V::size / 8; ++i) c.qual_count += static_cast<uint32_t>(in[i]);
+  c.qAE_count += static_cast<uint32_t>(8 * groups);
+  for (int i = 0; i < V::size / 8; i += 2) c.qAE_count -= static_cast<uint32_t>(out[i]);
 }
 
 }  // namespace statistics_detail
@@ -288,9 +321,11 @@ static void statistics(const statistics_args& args) {
     store(a.black_even + x, loadu<vec16>(left.stat_even_row.lane));
     store(a.black_odd + x, loadu<vec16>(left.stat_odd_row.lane));
   }
-  cell_walk walk(*a.context, a.row_pair);
-  int t = gather<wide>(a, walk, 1);
-  if constexpr (kWidth > 16) t = gather<vec16>(a, walk, t);
+  const int groups = (a.last_tile + 1) / 2;
+  if (kWidth > 16 && groups < kWidth / 16)
+    gather<vec16>(a, groups);
+  else
+    gather<wide>(a, groups);
   const int last_even = a.last_tile & ~1;
   if (!a.plain_only && last_even >= 2) {
     const int x = (last_even + a.tile_lead) * kTile;

@@ -4,8 +4,9 @@
 //   0..255;  tone[v]
 //
 // Made once per frame into the record's site tables. With 64-byte registers a table stands in four of them, and both
-// tables of a row are looked up and blended. Elsewhere a look-up is scalar: each entry is held already shifted to its
-// sample's place among four, so that four samples are four loads and three ors.
+// tables of a row are looked up and blended. With 32 a look-up is a chain of shuffles. With 16 it is scalar, for a
+// chain would take longer: each entry is held already shifted to its sample's place among four, so that four samples
+// are four loads and three ors.
 #pragma once
 
 #include "tile/kernels.h"
@@ -34,9 +35,11 @@ PPL_INLINE V before_curve(const ppl_context& c, int row, int column, int first) 
                      add16(srl16<5>(mullo16(odd(x), gain)), delta));
 }
 
-#if defined(PPL_LEVEL_avx512)
-constexpr bool kToneInRegisters = true;
+// Whether samples are looked up in the front end's own loop, or row by row behind it; and whether a row's look-up may
+// take them from the caller's memory.
+constexpr bool kToneInRegisters = kWidth == 64, kToneReadsFrame = kWidth == 16;
 
+#if defined(PPL_LEVEL_avx512)
 // A table of 256 bytes in four registers. A look-up is two by the low seven bits, chosen by the top bit.
 PPL_INLINE __m512i look_up(const __m512i (&table)[4], __m512i x) {
   return _mm512_mask_blend_epi8(_mm512_movepi8_mask(x), _mm512_permutex2var_epi8(table[0], x, table[1]),
@@ -67,24 +70,10 @@ struct site_curves {
     return {_mm512_castsi512_si128((*this)(vec<64>{_mm512_castsi128_si512(x.v)}).v)};
   }
 };
+
+PPL_INLINE void look_up_row(const ppl_context&, int, const uint8_t*, uint8_t*, uint8_t*, int) {}
+
 #else
-constexpr bool kToneInRegisters = false;
-
-static void prepare_tone(ppl_context& c, const uint8_t* tone) {
-  alignas(64) uint8_t value[256];
-  for (int row = 0; row < 2; ++row)
-    for (int column = 0; column < 2; ++column) {
-      for (int x = 0; x < 256; x += kWidth) store(value + x, before_curve<wide>(c, row, column, x));
-      for (int x = 0; x < 256; ++x) value[x] = tone[value[x]];
-      uint32_t* const here = c.site_tables[row][column];
-      uint32_t* const two_on = c.site_tables[row][column + 2];
-      for (int x = 0; x < 256; ++x) {
-        here[x] = static_cast<uint32_t>(value[x]) << (8 * column);
-        two_on[x] = static_cast<uint32_t>(value[x]) << (8 * column + 16);
-      }
-    }
-}
-
 struct site_curves {
   site_curves(const ppl_context&, int) {}
   template <class V>
@@ -92,11 +81,33 @@ struct site_curves {
     return x;
   }
 };
+
+PPL_INLINE void make_site_table(const ppl_context& c, const uint8_t* tone, int row, int column,
+                                uint8_t (&table)[256]) {
+  for (int x = 0; x < 256; x += kWidth) store(table + x, before_curve<wide>(c, row, column, x));
+  for (int x = 0; x < 256; ++x) table[x] = tone[table[x]];
+}
 #endif
 
+#if !defined(PPL_LEVEL_avx2) && !defined(PPL_LEVEL_avx512)
+static void prepare_tone(ppl_context& c, const uint8_t* tone) {
+  alignas(64) uint8_t table[256];
+  for (int row = 0; row < 2; ++row)
+    for (int column = 0; column < 2; ++column) {
+      make_site_table(c, tone, row, column, table);
+      uint32_t* const here = c.site_tables[row][column];
+      uint32_t* const two_on = c.site_tables[row][column + 2];
+      for (int x = 0; x < 256; ++x) {
+        here[x] = static_cast<uint32_t>(table[x]) << (8 * column);
+        two_on[x] = static_cast<uint32_t>(table[x]) << (8 * column + 16);
+      }
+    }
+}
+
 // A row through its tables; `width` is a multiple of 8. The result goes to two places, the second may be null.
-PPL_INLINE void look_up_row(const uint32_t (&table)[4][256], const uint8_t* from, uint8_t* row,
+PPL_INLINE void look_up_row(const ppl_context& c, int row_parity, const uint8_t* from, uint8_t* row,
                             uint8_t* frame, int width) {
+  const uint32_t(&table)[4][256] = c.site_tables[row_parity];
   const auto four = [&](uint32_t in) {
     return table[0][in & 255] | table[1][in >> 8 & 255] | table[2][in >> 16 & 255] | table[3][in >> 24];
   };
@@ -109,5 +120,10 @@ PPL_INLINE void look_up_row(const uint32_t (&table)[4][256], const uint8_t* from
     if (frame != nullptr) __builtin_memcpy(frame + x, &out, 8);
   }
 }
+#endif
 
 }  // namespace ppl::PPL_LEVEL
+
+#if defined(PPL_LEVEL_avx2)
+#include "tile/tone_shuffles.h"
+#endif
