@@ -287,8 +287,15 @@ constexpr block kBlocks[] = {
     // One row in two is tested.
     {"convert/blend", 2 * kWidth,
      [](bench_rows& b) {
-       b.k().convert->blend[0](
-           b.out[0], {.kept = b.in[0], .below = b.in[1], .earlier = b.in[2], .later = b.in[3]}, kWidth, 50);
+       b.k().convert->blend[0](b.out[0], nullptr,
+                               {.kept = b.in[0], .below = b.in[1], .earlier = b.in[2], .later = b.in[3]},
+                               kWidth, 50);
+     }},
+    {"convert/blend, kept row passed on", 2 * kWidth,
+     [](bench_rows& b) {
+       b.k().convert->blend[0](b.out[0], b.out[1],
+                               {.kept = b.in[0], .below = b.in[1], .earlier = b.in[2], .later = b.in[3]},
+                               kWidth, 50);
      }},
     {"convert/shrink_2", kWidth,
      [](bench_rows& b) { b.k().convert->shrink_2[0](b.out[0], b.in[0], kWidth); }},

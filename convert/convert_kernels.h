@@ -32,8 +32,9 @@ struct convert_kernels {
   void (*fill)(uint8_t* out, int64_t bytes, uint8_t even, uint8_t odd);
 
   // Row operations. All means round up: (a + b + 1) >> 1.
-  // The later row, its chroma bytes replaced by the mean of kept and below where the motion test says so.
-  void (*blend[kLayouts])(uint8_t* out, const blend_rows& rows, int pixels, int threshold);
+  // The later row, its chroma bytes replaced by the mean of kept and below where the motion test says so. The kept
+  // row goes to kept_out as it stands, if that is not null.
+  void (*blend[kLayouts])(uint8_t* out, uint8_t* kept_out, const blend_rows& rows, int pixels, int threshold);
   // in_pixels is a multiple of 16; out gets a half or a quarter of them, and up to 64 bytes of padding behind.
   void (*shrink_2[kLayouts])(uint8_t* out, const uint8_t* in, int in_pixels);
   void (*shrink_4[kLayouts])(uint8_t* out, const uint8_t* in, int in_pixels);

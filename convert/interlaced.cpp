@@ -16,21 +16,30 @@ struct fields {
   int threshold;
 };
 
-// Row i of the later field as the picture gets it; a row that is made goes to out. There is no row of the kept
-// field below the last one, so the last row is never tested.
-const uint8_t* later_row(const fields& f, const row_sink& sink, int i, uint8_t* out) {
+// There is no row of the kept field below the last one, so the last row is never tested.
+bool is_tested(const fields& f, int i) {
+  return f.motion && i + 1 < f.rows;
+}
+
+// Row i of the later field as the picture gets it; a row that is made goes to out, the kept row on to kept_out if
+// that is not null.
+const uint8_t* later_row(const fields& f, const row_sink& sink, int i, uint8_t* out, uint8_t* kept_out) {
   const int64_t at = i * f.pitch;
-  if (!f.motion || i + 1 >= f.rows) return f.later + at;
+  if (!is_tested(f, i)) return f.later + at;
   const uint8_t* const kept = f.kept + at;
-  sink.kernels->blend[static_cast<int>(sink.from)](out, {kept, kept + f.pitch, f.earlier + at, f.later + at},
-                                                   f.pixels, f.threshold);
+  sink.kernels->blend[static_cast<int>(sink.from)](
+      out, kept_out, {kept, kept + f.pitch, f.earlier + at, f.later + at}, f.pixels, f.threshold);
   return out;
 }
 
+// A tested row and the one above it reach the picture in one go where rows are made in place: at full size no row
+// is longer than the way to the next.
 void weave(const fields& f, row_sink& sink) {
   for (int i = 0; i < f.rows; i++) {
-    put_row(sink, f.kept + i * f.pitch);
-    put_row(sink, later_row(f, sink, i, f.motion ? make_row(sink) : nullptr));
+    uint8_t* const kept_out = is_tested(f, i) && makes_rows_in_place(sink) ? make_row(sink) : nullptr;
+    const uint8_t* const later = later_row(f, sink, i, make_row(sink, 1), kept_out);
+    put_row(sink, kept_out != nullptr ? kept_out : f.kept + i * f.pitch);
+    put_row(sink, later);
   }
 }
 
@@ -51,7 +60,7 @@ void double_rows(const fields& f, row_sink& sink) {
   k.widen(sink.rows.widened_before, f.kept, f.rows > 0 ? f.pixels : 0);
   for (int i = 0; i < f.rows; i++) {
     uint8_t* const out[4] = {make_row(sink), make_row(sink, 1), make_row(sink, 2), make_row(sink, 3)};
-    const uint8_t* const later = later_row(f, sink, i, sink.rows.blended);
+    const uint8_t* const later = later_row(f, sink, i, sink.rows.blended, nullptr);
     k.double_pair(out, f.kept + i * f.pitch, later, sink.rows.widened_before, f.pixels);
     for (const uint8_t* row : out) put_row(sink, row);
   }

@@ -45,8 +45,9 @@ PPL_INLINE vec<16> one_word_back(vec<16> a, vec<16> b) {
 // The words of b, with chroma from a where the mask of the word holds.
 template <layout L, int N>
 PPL_INLINE vec<N> select_chroma(mask16<N> m, vec<N> a, vec<N> b) {
-  const vec<N> chroma = set16<vec<N>>(L == layout::yuyv ? 0xff00 : 0x00ff);
-  return select(to_mask8(keep(m, chroma)), a, b);
+  const vec<N> chroma = keep(m, set16<vec<N>>(L == layout::yuyv ? 0xff00 : 0x00ff));
+  // One operation up to SSE4.1, but three in AVX2 on many processors.
+  return N == 16 ? select(to_mask8(chroma), a, b) : b ^ (chroma & (a ^ b));
 }
 #if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
 PPL_INLINE vec<32> one_word_on(vec<32> a, vec<32> b) {
@@ -69,57 +70,110 @@ PPL_INLINE vec<64> select_chroma(mask16<64> m, vec<64> a, vec<64> b) {
 }
 #endif
 
-// Luma (chroma) bytes of a, then of b.
-template <layout L, class V>
-PPL_INLINE V luma_bytes(V a, V b) {
-  return L == layout::yuyv ? even_bytes(a, b) : odd_bytes(a, b);
-}
-// U and V of 2 * V::size pixels: four vectors of packed words.
-template <layout L>
-PPL_INLINE void split_chroma(const vec<16> (&a)[4], vec<16>& u, vec<16>& v) {
-  const vec<16> x = pack_u8(chroma16<L>(a[0]), chroma16<L>(a[1]));
-  const vec<16> y = pack_u8(chroma16<L>(a[2]), chroma16<L>(a[3]));
-  u = even_bytes(x, y);
-  v = odd_bytes(x, y);
-}
+// ---- a pair of packed rows to planes
+
 PPL_INLINE void store_half(uint8_t* out, vec<16> a) {
   _mm_storel_epi64(reinterpret_cast<__m128i*>(out), a.v);
 }
+
+#ifdef __SSE4_1__
+// Vectors are taken apart by one byte shuffle each: luma, U, V of the first of two, U, V, luma of the second. Halves
+// of both then make a vector of luma and one of chroma. Here "halves" are those of each 16 bytes (of all 64 in the
+// widest vectors, whose bytes go anywhere).
+template <int N>
+struct byte_table {
+  alignas(N) uint8_t at[N];
+};
+template <int N>
+constexpr byte_table<N> apart(layout from, bool luma_first) {
+  byte_table<N> t = {};
+  const int luma = from == layout::yuyv ? 0 : 1, chroma = 1 - luma;
+  const int luma_at = luma_first ? 0 : N / 2, u_at = luma_first ? N / 2 : 0, v_at = u_at + N / 4;
+  for (int i = 0; i < N / 2; i++) t.at[luma_at + i] = static_cast<uint8_t>(2 * i + luma);
+  for (int i = 0; i < N / 4; i++) t.at[u_at + i] = static_cast<uint8_t>(4 * i + chroma);
+  for (int i = 0; i < N / 4; i++) t.at[v_at + i] = static_cast<uint8_t>(4 * i + 2 + chroma);
+  return t;
+}
+// The lower halves of a, the upper ones of b.
+PPL_INLINE vec<16> lower_upper(vec<16> a, vec<16> b) {
+  return {_mm_blend_epi16(a.v, b.v, 0xf0)};
+}
+template <layout L, bool LumaFirst>
+PPL_INLINE vec<16> take_apart(vec<16> a) {
+  static constexpr byte_table<16> order = apart<16>(L, LumaFirst);
+  return {_mm_shuffle_epi8(a.v, load<vec<16>>(order.at).v)};
+}
+PPL_INLINE vec<16> luma_in_order(vec<16> a) {
+  return a;
+}
+// Two results of mean_chroma(), each of them U1 V1 U0 V0.
+PPL_INLINE void split_chroma(vec<16> a, vec<16> b, vec<16>& u, vec<16>& v) {
+  const __m128 x = _mm_castsi128_ps(a.v), y = _mm_castsi128_ps(b.v);
+  u.v = _mm_castps_si128(_mm_shuffle_ps(x, y, _MM_SHUFFLE(0, 2, 0, 2)));
+  v.v = _mm_castps_si128(_mm_shuffle_ps(x, y, _MM_SHUFFLE(1, 3, 1, 3)));
+}
 #if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
-// Packing twice within 128 bits leaves 32-bit lanes in the order 0 2 4 6, 1 3 5 7.
-template <layout L>
-PPL_INLINE void split_chroma(const vec<32> (&a)[4], vec<32>& u, vec<32>& v) {
-  const vec<32> x = {_mm256_packus_epi16(chroma16<L>(a[0]).v, chroma16<L>(a[1]).v)};
-  const vec<32> y = {_mm256_packus_epi16(chroma16<L>(a[2]).v, chroma16<L>(a[3]).v)};
+PPL_INLINE vec<32> lower_upper(vec<32> a, vec<32> b) {
+  return {_mm256_blend_epi32(a.v, b.v, 0xcc)};
+}
+template <layout L, bool LumaFirst>
+PPL_INLINE vec<32> take_apart(vec<32> a) {
+  static constexpr byte_table<16> order = apart<16>(L, LumaFirst);
+  return {_mm256_shuffle_epi8(a.v, repeat16<vec<32>>(order.at).v)};
+}
+PPL_INLINE vec<32> luma_in_order(vec<32> a) {
+  return {_mm256_permute4x64_epi64(a.v, 0xd8)};
+}
+PPL_INLINE void split_chroma(vec<32> a, vec<32> b, vec<32>& u, vec<32>& v) {
+  const __m256 x = _mm256_castsi256_ps(a.v), y = _mm256_castsi256_ps(b.v);
   const __m256i order = _mm256_set_epi32(7, 3, 6, 2, 5, 1, 4, 0);
-  u.v = _mm256_permutevar8x32_epi32(_mm256_packus_epi16(even(x).v, even(y).v), order);
-  v.v = _mm256_permutevar8x32_epi32(_mm256_packus_epi16(odd(x).v, odd(y).v), order);
+  u.v = _mm256_permutevar8x32_epi32(_mm256_castps_si256(_mm256_shuffle_ps(x, y, _MM_SHUFFLE(0, 2, 0, 2))),
+                                    order);
+  v.v = _mm256_permutevar8x32_epi32(_mm256_castps_si256(_mm256_shuffle_ps(x, y, _MM_SHUFFLE(1, 3, 1, 3))),
+                                    order);
 }
 #endif
 #if defined(PPL_LEVEL_avx512)
-struct byte_order {
-  alignas(64) uint8_t at[64];
-};
-constexpr byte_order every_second_byte(int from) {
-  byte_order t = {};
-  for (int i = 0; i < 64; i++) t.at[i] = static_cast<uint8_t>(2 * i + from);
-  return t;
+PPL_INLINE vec<64> lower_upper(vec<64> a, vec<64> b) {
+  return {_mm512_mask_blend_epi64(0xf0, a.v, b.v)};
 }
-template <int From>
-PPL_INLINE vec<64> pick_bytes(vec<64> a, vec<64> b) {
-  static constexpr byte_order order = every_second_byte(From);
-  return {_mm512_permutex2var_epi8(a.v, load<vec<64>>(order.at).v, b.v)};
+template <layout L, bool LumaFirst>
+PPL_INLINE vec<64> take_apart(vec<64> a) {
+  static constexpr byte_table<64> order = apart<64>(L, LumaFirst);
+  return {_mm512_permutexvar_epi8(load<vec<64>>(order.at).v, a.v)};
+}
+PPL_INLINE vec<64> luma_in_order(vec<64> a) {
+  return a;
+}
+PPL_INLINE void split_chroma(vec<64> a, vec<64> b, vec<64>& u, vec<64>& v) {
+  u.v = _mm512_shuffle_i64x2(a.v, b.v, _MM_SHUFFLE(0, 2, 0, 2));
+  v.v = _mm512_shuffle_i64x2(a.v, b.v, _MM_SHUFFLE(1, 3, 1, 3));
+}
+#endif
+// V::size pixels of a row are two vectors: their luma.
+template <layout L, class V>
+PPL_INLINE V luma_bytes(V first, V second) {
+  return luma_in_order(lower_upper(take_apart<L, true>(first), take_apart<L, false>(second)));
+}
+// The mean of their chroma with that of b0, b1 of another row, in an order that split_chroma() undoes.
+template <layout L, class V>
+PPL_INLINE V mean_chroma(V a0, V a1, V b0, V b1) {
+  return avg8(lower_upper(take_apart<L, false>(a1), take_apart<L, true>(a0)),
+              lower_upper(take_apart<L, false>(b1), take_apart<L, true>(b0)));
+}
+#else
+// The same without a byte shuffle: U and V in turn.
+template <layout L>
+PPL_INLINE vec<16> luma_bytes(vec<16> first, vec<16> second) {
+  return pack_u8(luma16<L>(first), luma16<L>(second));
 }
 template <layout L>
-PPL_INLINE vec<64> luma_bytes(vec<64> a, vec<64> b) {
-  return pick_bytes < L == layout::yuyv ? 0 : 1 > (a, b);
+PPL_INLINE vec<16> mean_chroma(vec<16> a0, vec<16> a1, vec<16> b0, vec<16> b1) {
+  return pack_u8(chroma16<L>(avg8(a0, b0)), chroma16<L>(avg8(a1, b1)));
 }
-template <layout L>
-PPL_INLINE void split_chroma(const vec<64> (&a)[4], vec<64>& u, vec<64>& v) {
-  constexpr int chroma = L == layout::yuyv ? 1 : 0;
-  const vec<64> x = pick_bytes<chroma>(a[0], a[1]), y = pick_bytes<chroma>(a[2], a[3]);
-  u = pick_bytes<0>(x, y);
-  v = pick_bytes<1>(x, y);
+PPL_INLINE void split_chroma(vec<16> a, vec<16> b, vec<16>& u, vec<16>& v) {
+  u = even_bytes(a, b);
+  v = odd_bytes(a, b);
 }
 #endif
 

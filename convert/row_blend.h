@@ -9,6 +9,8 @@
 // The three terms without their bars sum to 0, so their absolute sum is twice the largest of them. With
 // p = d(x) - d(x - 1) and q = d(x + 1) - d(x) they are 2p + q, q - p and -(p + 2q): twice the span of
 // {0, 2p + q, p + 2q}. All of it stays within 16 bits: |d| <= 255, the span at most 1020.
+//
+// The row above is read here anyway: where both rows go to the picture as they are, it is passed on at once.
 #pragma once
 
 #include "convert/convert_kernels.h"
@@ -16,8 +18,9 @@
 
 namespace ppl::PPL_LEVEL {
 
-template <layout L, class V>
-PPL_INLINE void blend_with(uint8_t* out, const blend_rows& rows, int bytes, int threshold) {
+template <layout L, bool PassKept, class V>
+PPL_INLINE void blend_with(uint8_t* out, uint8_t* kept_out, const blend_rows& rows, int bytes,
+                           int threshold) {
   const uint8_t *const kept = rows.kept, *const below = rows.below;
   const uint8_t *const earlier = rows.earlier, *const later = rows.later;
   const auto difference = [=](ptrdiff_t x) {
@@ -28,7 +31,9 @@ PPL_INLINE void blend_with(uint8_t* out, const blend_rows& rows, int bytes, int 
     const V q = sub16(one_word_on(d, d_after), d), p = one_word_back(q_before, q);
     const V s = add16(p, q), f = add16(s, p), g = add16(s, q);
     const V span = sub16(max_s16(max_s16(f, g), none), min_s16(min_s16(f, g), none));
-    const V still = avg8(loadu<V>(kept + x), loadu<V>(below + x));
+    const V above = loadu<V>(kept + x);
+    if constexpr (PassKept) storeu(kept_out + x, above);
+    const V still = avg8(above, loadu<V>(below + x));
     storeu(out + x, select_chroma<L>(gt_s16(span, limit), still, loadu<V>(later + x)));
     return q;
   };
@@ -42,17 +47,26 @@ PPL_INLINE void blend_with(uint8_t* out, const blend_rows& rows, int bytes, int 
   step(x, d, none, q);
 }
 
-template <layout L>
-static void blend_row(uint8_t* out, const blend_rows& rows, int pixels, int threshold) {
-  const int bytes = 2 * pixels;
-  if (bytes == 0) return;
+template <layout L, bool PassKept>
+PPL_INLINE void blend_widest(uint8_t* out, uint8_t* kept_out, const blend_rows& rows, int bytes,
+                             int threshold) {
   if constexpr (kWidth > 32) {  // rows are multiples of 32 bytes
     if (bytes % kWidth != 0) {
-      blend_with<L, vec<kWidth / 2>>(out, rows, bytes, threshold);
+      blend_with<L, PassKept, vec<kWidth / 2>>(out, kept_out, rows, bytes, threshold);
       return;
     }
   }
-  blend_with<L, wide>(out, rows, bytes, threshold);
+  blend_with<L, PassKept, wide>(out, kept_out, rows, bytes, threshold);
+}
+
+template <layout L>
+static void blend_row(uint8_t* out, uint8_t* kept_out, const blend_rows& rows, int pixels, int threshold) {
+  if (pixels == 0) return;
+  if (kept_out != nullptr) {
+    blend_widest<L, true>(out, kept_out, rows, 2 * pixels, threshold);
+  } else {
+    blend_widest<L, false>(out, kept_out, rows, 2 * pixels, threshold);
+  }
 }
 
 }  // namespace ppl::PPL_LEVEL

@@ -131,10 +131,12 @@ void find_out_whether_direct(row_sink& sink, const ppl_context* c, const picture
   }
 }
 
+bool makes_rows_in_place(const row_sink& sink) {
+  return sink.direct && is_packed(sink.to) && layout_of(sink.to) == sink.from;
+}
+
 uint8_t* make_row(const row_sink& sink, int ahead) {
-  if (sink.direct && is_packed(sink.to) && layout_of(sink.to) == sink.from) {
-    return sink.base + sink.at + ahead * sink.step;
-  }
+  if (makes_rows_in_place(sink)) return sink.base + sink.at + ahead * sink.step;
   return sink.rows.made[(sink.put + ahead) & 3];
 }
 

@@ -60,6 +60,8 @@ void find_out_whether_direct(row_sink& sink, const ppl_context* c, const picture
 
 // Where the next row may be made, or one of the three behind it. Good until four rows later.
 uint8_t* make_row(const row_sink& sink, int ahead = 0);
+// Whether that is the picture itself.
+bool makes_rows_in_place(const row_sink& sink);
 void put_row(row_sink& sink, const uint8_t* row);
 // Flat rows; in I420 two at a time, an odd last one is not drawn. RGB24 has 0 for any colour.
 void put_flat_rows(row_sink& sink, int64_t count, uint8_t luma, uint8_t chroma);
