@@ -77,7 +77,7 @@ static void noise_filter(const noise_args& a) {
   const byte_limit vertical = below(a.context->edge_threshold_vector.lane[0]);
   const byte_limit horizontal = below(a.context->medium_diff_plus.lane[0]);
   for (int i = 0; i < 2; ++i) {
-    if (a.luma_out[i] == nullptr) continue;
+    if (!in_bits(a.made, i)) continue;
     const noise_rows rows = {three_rows(a.luma + i), three_rows(a.chroma + i), a.luma_out[i],
                              a.chroma_out[i]};
     if (vertical.any && horizontal.any)
