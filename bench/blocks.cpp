@@ -21,15 +21,19 @@ constexpr int kTimes = 64;  // calls between two looks at the clock
 class row_store {
  public:
   row_store() : memory_(size_t{kRows} * kPitch + 128) {
+    for (int r = 0; r < kRows; ++r) places_[r] = (*this)[r];
     const buffer frame = mosaic(4 * kWidth, 2 * kRows, content::photograph);
     for (int r = 0; r < kRows; ++r)
       for (int x = -16; x < kPitch - 64; ++x)
         (*this)[r][x] = frame.data()[2 * r * 4 * kWidth + (x & ~1) + 16];
   }
   uint8_t* operator[](int r) const { return memory_.data() + 64 + r * kPitch; }
+  // The pointers of rows r, r + 1 ...
+  uint8_t* const* from(int r) const { return places_ + r; }
 
  private:
   buffer memory_;
+  uint8_t* places_[kRows];
 };
 
 // Everything that a call may need.
@@ -90,26 +94,22 @@ void statistics(bench_rows& b, bool plain_only) {
                           .tile_lead = 1});
 }
 
-template <class Args>
-void fill_rows(Args& a, const row_store& store, int rows) {
-  for (int i = 0; i < rows; ++i) a.rows[i] = store[i];
-}
-
 demosaic_args demosaic(bench_rows& b) {
-  demosaic_args a = {.rows = {},
-                     .green = {b.in[5], b.in[6], b.in[7], b.in[8]},
-                     .flat_mask = {},
-                     .flat_r = nullptr,
-                     .flat_g = nullptr,
-                     .flat_b = nullptr,
-                     .matrix = &b.matrix,
-                     .luma = {b.out[0], b.out[1]},
-                     .chroma = {b.out[2], b.out[3]},
-                     .plane3 = {},
-                     .odd_row = 0,
-                     .width = kWidth};
-  fill_rows(a, b.in, 4);
-  return a;
+  return {.rows = b.in.from(0),
+          .green = b.in.from(5),
+          .flat_mask = nullptr,
+          .flat_r = nullptr,
+          .flat_g = nullptr,
+          .flat_b = nullptr,
+          .matrix = &b.matrix,
+          .luma = b.out.from(0),
+          .chroma = b.out.from(2),
+          .plane3 = nullptr,
+          .made = 3,
+          .with_chroma = 3,
+          .with_flat = 0,
+          .odd_row = 0,
+          .width = kWidth};
 }
 
 using rgb_kind = decltype(rgb_source::kind);
@@ -156,31 +156,33 @@ constexpr block kBlocks[] = {
     {"tile/statistics plain", 4 * kWidth, [](bench_rows& b) { statistics(b, true); }},
     {"tile/median", 2 * kWidth,
      [](bench_rows& b) {
-       median_args a = {
-           .context = &b.context(), .rows = {}, .out = {b.out[0], b.out[1]}, .odd_row = 0, .width = kWidth};
-       fill_rows(a, b.in, 6);
-       b.k().tile->median(a);
+       b.k().tile->median({.context = &b.context(),
+                           .rows = b.in.from(0),
+                           .out = b.out.from(0),
+                           .made = 3,
+                           .odd_row = 0,
+                           .width = kWidth});
      }},
     {"tile/green_fill", 2 * kWidth,
      [](bench_rows& b) {
-       green_args a = {
-           .context = &b.context(), .rows = {}, .out = {b.out[0], b.out[1]}, .odd_row = 0, .width = kWidth};
-       fill_rows(a, b.in, 6);
-       b.k().tile->green_fill(a);
+       b.k().tile->green_fill({.context = &b.context(),
+                               .rows = b.in.from(0),
+                               .out = b.out.from(0),
+                               .made = 3,
+                               .odd_row = 0,
+                               .width = kWidth});
      }},
     {"tile/flat_test", 2 * kWidth,
      [](bench_rows& b) {
-       flat_args a = {.context = &b.context(),
-                      .rows = {},
-                      .colour_rows = {b.in[1], b.in[2], b.in[3], b.in[4]},
-                      .mask = b.out[0],
-                      .r = b.out[1],
-                      .g = b.out[2],
-                      .b = b.out[3],
-                      .odd_row = 0,
-                      .width = kWidth};
-       fill_rows(a, b.in, 6);
-       b.k().tile->flat_test(a);
+       b.k().tile->flat_test({.context = &b.context(),
+                              .rows = b.in.from(0),
+                              .colour_rows = b.in.from(1),
+                              .mask = b.out[0],
+                              .r = b.out[1],
+                              .g = b.out[2],
+                              .b = b.out[3],
+                              .odd_row = 0,
+                              .width = kWidth});
      }},
     {"tile/demosaic_gradient", 2 * kWidth, [](bench_rows& b) { b.k().tile->demosaic_gradient(demosaic(b)); }},
     {"tile/demosaic_bilinear", 2 * kWidth, [](bench_rows& b) { b.k().tile->demosaic_bilinear(demosaic(b)); }},
@@ -199,26 +201,26 @@ constexpr block kBlocks[] = {
     {"tile/noise_filter", 2 * kWidth,
      [](bench_rows& b) {
        b.k().tile->noise_filter({.context = &b.context(),
-                                 .luma = {b.in[0], b.in[1], b.in[2], b.in[3]},
-                                 .chroma = {b.chroma[0], b.chroma[1], b.chroma[2], b.chroma[3]},
-                                 .luma_out = {b.out[0], b.out[1]},
-                                 .chroma_out = {b.out[2], b.out[3]},
+                                 .luma = b.in.from(0),
+                                 .chroma = b.chroma.from(0),
+                                 .luma_out = b.out.from(0),
+                                 .chroma_out = b.out.from(2),
+                                 .made = 3,
                                  .width = kWidth});
      }},
     {"tile/edge", 2 * kWidth,
      [](bench_rows& b) {
-       b.k().tile->edge({.context = &b.context(),
-                         .luma = {b.in[0], b.in[1], b.in[2], b.in[3]},
-                         .out = {b.out[0], b.out[1]},
-                         .width = kWidth});
+       b.k().tile->edge(
+           {.context = &b.context(), .luma = b.in.from(0), .out = b.out.from(0), .made = 3, .width = kWidth});
      }},
     // Chroma of every second row is put out.
     {"tile/smooth", 2 * kWidth,
      [](bench_rows& b) {
-       b.k().tile->smooth({.chroma = {b.chroma[0], b.chroma[1], b.chroma[2]},
+       b.k().tile->smooth({.chroma = b.chroma.from(0),
                            .u_sums = b.out[0],
                            .v_sums = b.out[1],
-                           .out = {b.out[2]},
+                           .out = b.out.from(2),
+                           .made = 1,
                            .width = kWidth});
      }},
 

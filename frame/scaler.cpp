@@ -58,13 +58,16 @@ struct planar_pass {
   uint32_t reach;  // bytes from the start of a row that the pass may read
 
   void operator()(uint32_t row, uint8_t* line) const {
+    const scaler_kernels& k = *context->kernels->scaler;
     source_row r = row_of(*plane, row);
     if (r.left < reach) {
       uint8_t* const padded = context->scratch + kLumaRow;
-      for (int64_t i = 0; i < reach; ++i) padded[i] = i < r.left ? r.at[i] : 0;
+      const uint32_t inside = r.left < 0 ? 0 : static_cast<uint32_t>(r.left);
+      k.blend(r.at, r.at, 0, padded, inside);  // a copy
+      for (uint32_t i = inside; i < reach; ++i) padded[i] = 0;
       r.at = padded;
     }
-    context->kernels->scaler->line(columns, r.at, line, 0, columns.count);
+    k.line(columns, r.at, line, 0, columns.count);
   }
 };
 
@@ -107,9 +110,10 @@ struct packed_pass {
   }
 };
 
-// Down the destination rows, with at most two passed lines at a time: that of row r in the first line buffer if r is
-// even, in the second if it is odd. Where lines do not run into one another only those are passed that a row is blended
-// of, and a line that makes a row alone, and no other row, is passed to its place at once.
+// Down the destination rows, with at most two passed lines at a time: that of source row r in the first line buffer if
+// r is even, in the second if it is odd; of a plane of one row in both. Where lines do not run into one another
+// (`whole_groups`), a row that counts nothing is not passed, and a line that makes one destination row alone, and is
+// not needed again, is passed to its place at once.
 template <class Pass>
 void walk_rows(ppl_context* c, const scaler_plane& p, bool whole_groups, const Pass& read) {
   const scaler_kernels& k = *c->kernels->scaler;

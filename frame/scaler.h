@@ -2,9 +2,9 @@
 //
 // Positions are unsigned 12.20 fixed point, i * step with step = (source extent << 20) / destination extent. The
 // weight of a position is the top 8 bits of its fraction: blend(a, b, f) = (a * (256 - f) + b * f + 128) >> 8.
-// The horizontal pass makes one destination-width line of a source row; the vertical pass blends two lines. Each
-// source row is passed once, and the walk moves on by one source row per destination row at most: below half
-// height the picture therefore comes from the rows near the top, with the weights of the true positions.
+// The horizontal pass makes one destination-width line of a source row, once at most; the vertical pass blends two
+// lines. The walk moves on by one source row per destination row at most: below half height the picture therefore
+// comes from the rows near the top, with the weights of the true positions.
 //
 // Whole groups are written: planar lines and all destination rows in groups of 16 bytes, packed lines in groups
 // of 64. The two line buffers stand in the ring pool one directly behind the other, so at a row length that is no

@@ -21,17 +21,18 @@ PPL_INLINE uint8_t blend_one(uint32_t a, uint32_t b, uint32_t f) {
 // ---- lines of one plane
 
 // Two bytes for each output in both tables. Gathered: the index of its sample, and the weight. Shuffled: where its
-// pair stands in the 16 bytes from the octet's base, and the weights of the two. Both begin at multiples of 64.
+// pair stands in its window, and the weights of the two. Both begin at multiples of 64. A window is 16 bytes of the row
+// that hold the samples of 8, 4 or 2 outputs.
 struct column_tables {
   uint16_t* sample;
   uint16_t* weight;
-  uint16_t* base;  // shuffled: for every eight outputs
+  uint16_t* base;  // shuffled: where the windows begin
 };
 PPL_INLINE uint32_t padded(uint32_t count) {
   return (count + 31) & ~31u;
 }
 PPL_INLINE uint32_t table_bytes(uint32_t count) {
-  return 4 * padded(count) + count / 4;
+  return 4 * padded(count) + count;
 }
 PPL_INLINE column_tables tables_of(const scaler_columns& c) {
   uint16_t* const memory = reinterpret_cast<uint16_t*>(c.memory);
@@ -43,23 +44,25 @@ PPL_INLINE uint32_t weight_at(uint32_t p, uint32_t limit) {
 }
 
 #ifdef __SSSE3__
-// False where the samples of eight outputs stand too far apart, or wrap.
-bool prepare_shuffles(const scaler_columns& c) {
-  const column_tables t = tables_of(c);
+// False where samples stand too far apart for any window: the last of one begins 14 bytes behind the first at most.
+bool prepare_shuffles(scaler_columns& c) {
   const uint32_t step = c.step, limit = c.limit, count = c.count;
-  uint32_t too_far = 0, p = 0;
+  if (step > 14 * kOne) return false;
+  c.windows = step <= 2 * kOne ? 1 : step <= 14 * kOne / 3 ? 2 : 4;
+  const column_tables t = tables_of(c);
+  const uint32_t group = 8 / c.windows;  // outputs of a window
+  uint32_t p = 0;
   for (uint32_t i = 0; i < count; ++i, p += step) {
-    const uint32_t a = (p >> 20) - ((i & ~7u) * step >> 20), f = weight_at(p, limit);
+    const uint32_t a = (p >> 20) - ((i & ~(group - 1)) * step >> 20), f = weight_at(p, limit);
     const uint32_t b = f == 0 ? a : a + 1, w = f == 0 ? 1 : f;
     t.sample[i] = static_cast<uint16_t>(a | b << 8);
     t.weight[i] = static_cast<uint16_t>((256 - w) | w << 8);
-    too_far |= (a + 1) & ~15u;
   }
-  for (uint32_t i = 0; i < count; i += 8) t.base[i / 8] = static_cast<uint16_t>(i * step >> 20);
-  return too_far == 0;
+  for (uint32_t i = 0; i < count; i += group) t.base[i / group] = static_cast<uint16_t>(i * step >> 20);
+  return true;
 }
 #else
-PPL_INLINE bool prepare_shuffles(const scaler_columns&) {
+PPL_INLINE bool prepare_shuffles(scaler_columns&) {
   return false;
 }
 #endif
@@ -74,7 +77,8 @@ void prepare_gathering(const scaler_columns& c) {
   }
 }
 
-// Rows are shorter than 4096 samples, so no position of these three steps wraps.
+// A row has 2048 samples at most, and a line less than 64 outputs behind its last: only positions of steps above 14
+// can wrap, and those are gathered or taken one by one.
 void prepare(scaler_columns& c) {
   if (c.step == kOne) {
     c.way = scaler_way::copied;
@@ -130,37 +134,50 @@ PPL_INLINE V blend_pairs(V pairs, V weights) {
   return srl16<8>(add16(madd8(weights, pairs), set16<V>(0x8080)));
 }
 
-// The 16 bytes from every octet's base.
+// A window for each 16 bytes: every kStep-th from `base` on.
+template <int kStep>
 PPL_INLINE void windows_to(vec<16>& d, const uint8_t* row, const uint16_t* base) {
-  d = loadu<vec<16>>(row + base[0]);
+  d = loadu<vec16>(row + base[0]);
 }
 #if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
+template <int kStep>
 PPL_INLINE void windows_to(vec<32>& d, const uint8_t* row, const uint16_t* base) {
   const __m256i first = _mm256_castsi128_si256(loadu<vec16>(row + base[0]).v);
-  d.v = _mm256_inserti128_si256(first, loadu<vec16>(row + base[1]).v, 1);
+  d.v = _mm256_inserti128_si256(first, loadu<vec16>(row + base[kStep]).v, 1);
 }
 #endif
 #if defined(PPL_LEVEL_avx512)
+template <int kStep>
 PPL_INLINE void windows_to(vec<64>& d, const uint8_t* row, const uint16_t* base) {
   vec<32> first, second;
-  windows_to(first, row, base);
-  windows_to(second, row, base + 2);
+  windows_to<kStep>(first, row, base);
+  windows_to<kStep>(second, row, base + 2 * kStep);
   d.v = _mm512_inserti64x4(_mm512_castsi256_si512(first.v), second.v, 1);
 }
 #endif
 
+template <int kWindows>
 void shuffled_line(const scaler_columns& c, const uint8_t* row, uint8_t* out, uint32_t first, int count) {
+  alignas(16) constexpr uint8_t places[16] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
   const column_tables t = tables_of(c);
   const uint16_t* const sample = t.sample + first;
   const uint16_t* const weight = t.weight + first;
-  const uint16_t* base = t.base + first / 8;
+  const uint16_t* base = t.base + first / 8 * kWindows;
   walk_exact(count, [&]<class V>(int x) {
     V half[2];
-    for (int k = 0; k < 2; ++k, base += V::size / 16) {
+    for (int k = 0; k < 2; ++k, base += V::size / 16 * kWindows) {
       const int at = x + k * V::size / 2;
-      windows_to(half[k], row, base);
-      const V pairs = shuffle8(half[k] ^ set8<V>(0x80), load<V>(sample + at));
-      half[k] = blend_pairs(pairs, load<V>(weight + at));
+      const V order = load<V>(sample + at);
+      V pairs;
+      windows_to<kWindows>(pairs, row, base);
+      pairs = shuffle8(pairs, order);
+      for (int n = 1; n < kWindows; ++n) {
+        V window;
+        windows_to<kWindows>(window, row, base + n);
+        const auto from_here_on = le_u8(set8<V>(16 / kWindows * n), repeat16<V>(places));
+        pairs = select(from_here_on, shuffle8(window, order), pairs);
+      }
+      half[k] = blend_pairs(pairs ^ set8<V>(0x80), load<V>(weight + at));
     }
     storeu(out + x, pack_u8(half[0], half[1]));
   });
@@ -220,7 +237,9 @@ void line(const scaler_columns& c, const uint8_t* row, uint8_t* out, uint32_t fi
                           static_cast<int>(c.limit > first / 2 ? c.limit - first / 2 : 0));
 #ifdef __SSSE3__
     case scaler_way::shuffled:
-      return shuffled_line(c, row, out, first, n);
+      return c.windows == 1   ? shuffled_line<1>(c, row, out, first, n)
+             : c.windows == 2 ? shuffled_line<2>(c, row, out, first, n)
+                              : shuffled_line<4>(c, row, out, first, n);
 #endif
     case scaler_way::gathered:
       return gathered_line(c, row, out, first, n);

@@ -10,7 +10,7 @@ enum class scaler_way : uint8_t {
   copied,    // step 1: the row as it is
   halved,    // step 2: every second sample
   doubled,   // step 1/2: samples and the means between them
-  shuffled,  // any other step up to 2, where the level can shuffle bytes: from tables
+  shuffled,  // any other step up to 14, where the level can shuffle bytes: from tables
   gathered,  // any other step: from tables
   single     // a line too long for the tables: one output at a time
 };
@@ -22,7 +22,8 @@ struct scaler_columns {
   uint32_t limit;   // the right neighbour of sample x is x + 1 below this, else x itself
   uint8_t* memory;  // for tables, at a multiple of 64
   uint32_t memory_bytes;
-  scaler_way way;  // set by prepare
+  scaler_way way;    // set by prepare
+  uint32_t windows;  // likewise, shuffled: from how many places eight outputs are put together
 };
 
 struct scaler_kernels {

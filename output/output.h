@@ -25,10 +25,10 @@ constexpr int kOutputScratch = 64 + 9 * kPlanePitch + 2 * kMargin;
 
 // The two rows of a row pair as the path's last block left them. Chroma words hold U, V with 128 added.
 struct finished_rows {
-  const uint8_t* luma[2];               // Y, or the first plane
-  const uint8_t* chroma[2];             // words, or the second plane
-  const uint8_t* plane3[2];             // the third plane
-  const uint8_t* unfiltered_chroma[2];  // words before noise filter and smoothing, where wanted
+  const uint8_t* const* luma;               // Y, or the first plane
+  const uint8_t* const* chroma;             // words, or the second plane
+  const uint8_t* const* plane3;             // the third plane
+  const uint8_t* const* unfiltered_chroma;  // words before noise filter and smoothing, where wanted
 };
 
 struct output_writer {

@@ -23,8 +23,11 @@ class row_store {
   explicit row_store(int rows) : memory_(static_cast<size_t>(rows) * kPitch + 128 + 64) {
     const auto at = reinterpret_cast<uintptr_t>(memory_.data());
     base_ = memory_.data() + (64 - at % 64) % 64 + 64;
+    for (int r = 0; r < rows; ++r) places_.push_back(base_ + r * kPitch);
   }
   uint8_t* operator[](int r) { return base_ + r * kPitch; }
+  // The pointers of rows r, r + 1 ...
+  uint8_t* const* from(int r) const { return places_.data() + r; }
   void fill(int r, int value) {
     std::fill_n(base_ + r * kPitch - 2, kWidth + 4, static_cast<uint8_t>(value));
   }
@@ -33,6 +36,7 @@ class row_store {
   static constexpr int kPitch = 256;
   std::vector<uint8_t> memory_;
   uint8_t* base_;
+  std::vector<uint8_t*> places_;
 };
 
 class Blocks : public testing::Test {
@@ -55,10 +59,11 @@ class Blocks : public testing::Test {
     row_store chroma(3), out(2);
     for (int r = 0; r < 3; ++r) chroma.fill(r, 128);
     k.noise_filter({.context = &c,
-                    .luma = {luma[0], luma[1], luma[2]},
-                    .chroma = {chroma[0], chroma[1], chroma[2]},
-                    .luma_out = {out[0]},
-                    .chroma_out = {out[1]},
+                    .luma = luma.from(0),
+                    .chroma = chroma.from(0),
+                    .luma_out = out.from(0),
+                    .chroma_out = out.from(1),
+                    .made = 1,
                     .width = kWidth});
     for (int x = 0; x < kWidth; ++x) EXPECT_EQ(out[1][x], 128) << x;
     return {out[0], out[0] + kWidth};
@@ -66,7 +71,7 @@ class Blocks : public testing::Test {
 
   static std::vector<int> sharpened(ppl_context& c, const ppl::tile_kernels& k, row_store& luma) {
     row_store out(1);
-    k.edge({.context = &c, .luma = {luma[0], luma[1], luma[2]}, .out = {out[0]}, .width = kWidth});
+    k.edge({.context = &c, .luma = luma.from(0), .out = out.from(0), .made = 1, .width = kWidth});
     return {out[0], out[0] + kWidth};
   }
 };
@@ -253,10 +258,11 @@ TEST_F(Blocks, NoiseFilterChromaFollowsTheEvenColumn) {
     chroma[1][20] = 140;  // U of the pair of columns 20, 21: flat, replaced
     chroma[1][40] = 150;  // U of columns 40, 41: the even column is not flat, kept
     k.noise_filter({.context = &c,
-                    .luma = {luma[0], luma[1], luma[2]},
-                    .chroma = {chroma[0], chroma[1], chroma[2]},
-                    .luma_out = {out[0]},
-                    .chroma_out = {out[1]},
+                    .luma = luma.from(0),
+                    .chroma = chroma.from(0),
+                    .luma_out = out.from(0),
+                    .chroma_out = out.from(1),
+                    .made = 1,
                     .width = kWidth});
     EXPECT_EQ(out[0][41], 50);
     EXPECT_EQ(out[1][20], 128);
@@ -332,10 +338,11 @@ TEST_F(Blocks, SmoothingLosesALittle) {
     const auto smoothed = [&](int value) {
       row_store chroma(3), sums(2), out(1);
       for (int r = 0; r < 3; ++r) chroma.fill(r, value + 128);
-      k.smooth({.chroma = {chroma[0], chroma[1], chroma[2]},
+      k.smooth({.chroma = chroma.from(0),
                 .u_sums = sums[0],
                 .v_sums = sums[1],
-                .out = {out[0]},
+                .out = out.from(0),
+                .made = 1,
                 .width = kWidth});
       for (int x = 1; x < kWidth; ++x) EXPECT_EQ(out[0][x], out[0][0]) << x;
       return out[0][0] - 128;
@@ -352,8 +359,9 @@ TEST_F(Blocks, SmoothingLosesALittle) {
 std::vector<int> green_row(ppl_context& c, const ppl::tile_kernels& k, row_store& mosaic, int odd_row) {
   row_store out(1);
   k.green_fill({.context = &c,
-                .rows = {mosaic[0], mosaic[1], mosaic[2], mosaic[3], mosaic[4]},
-                .out = {out[0]},
+                .rows = mosaic.from(0),
+                .out = out.from(0),
+                .made = 1,
                 .odd_row = odd_row,
                 .width = kWidth});
   return {out[0], out[0] + kWidth};
@@ -404,8 +412,8 @@ TEST_F(Blocks, FlatTestPassesAtItsThreshold) {
     row_store m(6), out(4);
     const auto flat_at = [&](int column, int odd_row) {
       k.flat_test({.context = &c,
-                   .rows = {m[0], m[1], m[2], m[3], m[4], m[5]},
-                   .colour_rows = {m[1], m[2], m[3], m[4]},
+                   .rows = m.from(0),
+                   .colour_rows = m.from(1),
                    .mask = out[0],
                    .r = out[1],
                    .g = out[2],
@@ -442,8 +450,9 @@ TEST_F(Blocks, MediumFilterTakesTheSecondSmallestOfFour) {
     row_store m(5), out(1);
     const auto at = [&](int column, int odd_row) {
       k.median({.context = &c,
-                .rows = {m[0], m[1], m[2], m[3], m[4]},
-                .out = {out[0]},
+                .rows = m.from(0),
+                .out = out.from(0),
+                .made = 1,
                 .odd_row = odd_row,
                 .width = kWidth});
       return static_cast<int>(out[0][column]);

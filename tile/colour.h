@@ -44,8 +44,7 @@ struct matrix_vectors {
 };
 
 struct colour_out {
-  const colour_matrix* matrix;
-  uint8_t *luma, *chroma, *plane3;
+  uint8_t *luma, *chroma, *plane3;  // no chroma, no third plane: null
 };
 
 enum class colour_form { luma, luma_chroma, three_planes };
@@ -64,11 +63,6 @@ PPL_INLINE void put_colours(const colour_out& o, const matrix_vectors<V>& m, int
     }
   }
 }
-template <colour_form kForm, class V>
-PPL_INLINE void put_colours(const colour_out& o, int x, const colours<V>& c) {
-  put_colours<kForm>(o, matrix_vectors<V>(*o.matrix), x, c);
-}
-
 // Runs body<form>() for the form that the outputs ask for.
 template <class Body>
 PPL_INLINE void with_colour_form(const colour_out& o, Body&& body) {

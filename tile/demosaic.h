@@ -115,8 +115,9 @@ struct directed_interpolator {
 };
 
 template <class Interpolator, bool kOddRow>
-PPL_INLINE void demosaic_row(const demosaic_source& source, const colour_out& out, int width) {
-  const matrix_vectors<wide> matrix(*out.matrix);
+PPL_INLINE void demosaic_row(const demosaic_source& source, const colour_matrix& m, const colour_out& out,
+                             int width) {
+  const matrix_vectors<wide> matrix(m);
   with_colour_form(out, [&]<colour_form kForm>() {
     walk_padded(width, [&]<class V>(int x) {
       put_colours<kForm>(out, matrix, x, Interpolator::template at<kOddRow, V>(source, x));
@@ -127,26 +128,31 @@ PPL_INLINE void demosaic_row(const demosaic_source& source, const colour_out& ou
 // Row r + i.
 template <class Interpolator>
 static void demosaic(const demosaic_args& a, int i) {
-  const demosaic_source source = {
-      three_rows(a.rows + i), three_rows(a.green + i), a.flat_mask[i], a.flat_r, a.flat_g, a.flat_b};
-  const colour_out out = {a.matrix, a.luma[i], a.chroma[i], a.plane3[i]};
-  (a.odd_row ^ i) != 0 ? demosaic_row<Interpolator, true>(source, out, a.width)
-                       : demosaic_row<Interpolator, false>(source, out, a.width);
+  const demosaic_source source = {three_rows(a.rows + i),
+                                  a.green != nullptr ? three_rows(a.green + i) : rows_around<3>{},
+                                  a.flat_mask,
+                                  a.flat_r,
+                                  a.flat_g,
+                                  a.flat_b};
+  const colour_out out = {a.luma[i], in_bits(a.with_chroma, i) ? a.chroma[i] : nullptr,
+                          a.plane3 != nullptr ? a.plane3[i] : nullptr};
+  (a.odd_row ^ i) != 0 ? demosaic_row<Interpolator, true>(source, *a.matrix, out, a.width)
+                       : demosaic_row<Interpolator, false>(source, *a.matrix, out, a.width);
 }
 
 static void demosaic_gradient(const demosaic_args& a) {
   for (int i = 0; i < 2; ++i)
-    if (a.luma[i] != nullptr) demosaic<gradient_interpolator>(a, i);
+    if (in_bits(a.made, i)) demosaic<gradient_interpolator>(a, i);
 }
 static void demosaic_bilinear(const demosaic_args& a) {
   for (int i = 0; i < 2; ++i)
-    if (a.luma[i] != nullptr) demosaic<bilinear_interpolator>(a, i);
+    if (in_bits(a.made, i)) demosaic<bilinear_interpolator>(a, i);
 }
 static void demosaic_directed(const demosaic_args& a) {
   for (int i = 0; i < 2; ++i) {
-    if (a.luma[i] == nullptr) continue;
-    a.flat_mask[i] != nullptr ? demosaic<directed_interpolator<true>>(a, i)
-                              : demosaic<directed_interpolator<false>>(a, i);
+    if (!in_bits(a.made, i)) continue;
+    in_bits(a.with_flat, i) ? demosaic<directed_interpolator<true>>(a, i)
+                            : demosaic<directed_interpolator<false>>(a, i);
   }
 }
 

@@ -1,5 +1,5 @@
-// The entry points of the tile pipeline's vector code. Each works on the two rows of a row pair, or on rows r and
-// r + 1: of a row whose (first) output is null nothing is made.
+// The entry points of the tile pipeline's vector code. Each works on the two rows of a row pair, or makes rows r and
+// r + 1. Rows of a ring are handed over as a list of row pointers, which begins at the row that the comment tells.
 //
 // Row storage: a row starts at a multiple of 64 bytes; `width` bytes (a multiple of 16) are real, and 64 bytes
 // on either side belong to the row's surroundings: kernels may read them, and may write behind the row's end up
@@ -20,6 +20,12 @@
 namespace ppl {
 
 constexpr int kTile = 16;
+
+// Some of two rows: bit 0 for r, bit 1 for r + 1.
+using row_bits = uint32_t;
+constexpr bool in_bits(row_bits rows, int i) {
+  return (rows >> i & 1) != 0;
+}
 
 // tile/front_end.h
 struct front_end_args {
@@ -46,8 +52,9 @@ struct statistics_args {
 // tile/median.h: rows r - 2 .. r + 3
 struct median_args {
   const ppl_context* context;
-  const uint8_t* rows[6];
-  uint8_t* out[2];
+  const uint8_t* const* rows;
+  uint8_t* const* out;
+  row_bits made;
   int32_t odd_row;  // row r is
   int32_t width;
 };
@@ -55,8 +62,9 @@ struct median_args {
 // tile/green_fill.h: rows r - 2 .. r + 3
 struct green_args {
   const ppl_context* context;
-  const uint8_t* rows[6];
-  uint8_t* out[2];
+  const uint8_t* const* rows;
+  uint8_t* const* out;
+  row_bits made;
   int32_t odd_row;
   int32_t width;
 };
@@ -64,8 +72,8 @@ struct green_args {
 // tile/flat_test.h: rows r - 2 .. r + 3 for the test, r - 1 .. r + 2 for the colours
 struct flat_args {
   const ppl_context* context;
-  const uint8_t* rows[6];
-  const uint8_t* colour_rows[4];
+  const uint8_t* const* rows;
+  const uint8_t* const* colour_rows;
   uint8_t *mask, *r, *g, *b;  // row storage, one 16-bit lane for two columns
   int32_t odd_row;
   int32_t width;
@@ -80,14 +88,14 @@ struct colour_matrix {
 
 // tile/demosaic.h: rows r - 1 .. r + 2 of the mosaic (and of the green rows where they exist)
 struct demosaic_args {
-  const uint8_t* rows[4];
-  const uint8_t* green[4];
-  const uint8_t* flat_mask[2];  // null: no flat colours in that row
-  const uint8_t *flat_r, *flat_g, *flat_b;
+  const uint8_t* const* rows;
+  const uint8_t* const* green;
+  const uint8_t *flat_mask, *flat_r, *flat_g, *flat_b;
   const colour_matrix* matrix;
-  uint8_t* luma[2];    // Y, or the matrix' first row
-  uint8_t* chroma[2];  // words; may be null. Three planes: the second row
-  uint8_t* plane3[2];  // three planes: the third row
+  uint8_t* const* luma;    // Y, or the matrix' first row
+  uint8_t* const* chroma;  // words. Three planes: the second row
+  uint8_t* const* plane3;  // three planes: the third row; else null
+  row_bits made, with_chroma, with_flat;
   int32_t odd_row;
   int32_t width;
 };
@@ -95,17 +103,18 @@ struct demosaic_args {
 // tile/noise_filter.h: rows r - 1 .. r + 2
 struct noise_args {
   const ppl_context* context;
-  const uint8_t* luma[4];
-  const uint8_t* chroma[4];
-  uint8_t *luma_out[2], *chroma_out[2];
+  const uint8_t *const *luma, *const *chroma;
+  uint8_t *const *luma_out, *const *chroma_out;
+  row_bits made;
   int32_t width;
 };
 
 // tile/edge.h: rows r - 1 .. r + 2
 struct edge_args {
   const ppl_context* context;
-  const uint8_t* luma[4];
-  uint8_t* out[2];
+  const uint8_t* const* luma;
+  uint8_t* const* out;
+  row_bits made;
   int32_t width;
 };
 
@@ -123,9 +132,10 @@ struct mosaic_edge_args {
 
 // tile/chroma_smoothing.h: rows r - 1 .. r + 2
 struct smooth_args {
-  const uint8_t* chroma[4];
+  const uint8_t* const* chroma;
   uint8_t *u_sums, *v_sums;  // row storage of width + 4 bytes, for the sums of three rows
-  uint8_t* out[2];
+  uint8_t* const* out;
+  row_bits made;
   int32_t width;
 };
 

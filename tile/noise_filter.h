@@ -21,11 +21,18 @@ PPL_INLINE V mean_down(V a, V b) {
   return sub8(avg8(a, b), (a ^ b) & set8<V>(1));
 }
 
+// Two neighbours on opposite sides, in order.
 template <class V>
-PPL_INLINE V middle_mean(V up, V down, V left, V right) {
-  const V a = max_u8(min_u8(up, down), min_u8(left, right));
-  const V b = min_u8(max_u8(up, down), max_u8(left, right));
-  return mean_down(a, b);
+struct opposite {
+  V low, high;
+  PPL_INLINE_MEMBER opposite(V a, V b) : low(min_u8(a, b)), high(max_u8(a, b)) {}
+  // 0 where they differ by `limit` at most.
+  PPL_INLINE_MEMBER V beyond(V limit) const { return subs_u8(sub8(high, low), limit); }
+};
+
+template <class V>
+PPL_INLINE V middle_mean(const opposite<V>& a, const opposite<V>& b) {
+  return mean_down(max_u8(a.low, b.low), min_u8(a.high, b.high));
 }
 
 // "d < t" for a byte d and a signed 16-bit t as d <= limit: t - 1 within 0..255; nothing passes at t <= 0.
@@ -52,14 +59,14 @@ PPL_INLINE void copy_rows(noise_rows r, int width) {
 
 PPL_INLINE void filter_rows(noise_rows r, byte_limit vertical, byte_limit horizontal, int width) {
   walk_padded(width, [&]<class V>(int x) {
-    const V up = load<V>(r.luma[-1] + x), down = load<V>(r.luma[1] + x);
-    const V left = loadu<V>(r.luma[0] + x - 1), right = loadu<V>(r.luma[0] + x + 1);
-    const auto flat = le_u8(absdiff_u8(up, down), set8<V>(vertical.limit)) &
-                      le_u8(absdiff_u8(left, right), set8<V>(horizontal.limit));
-    store(r.luma_out + x, select(flat, middle_mean(up, down, left, right), load<V>(r.luma[0] + x)));
-    const V mean = middle_mean(load<V>(r.chroma[-1] + x), load<V>(r.chroma[1] + x),
-                               loadu<V>(r.chroma[0] + x - 2), loadu<V>(r.chroma[0] + x + 2));
-    store(r.chroma_out + x, select(even_decides(flat), mean, load<V>(r.chroma[0] + x)));
+    const opposite<V> column(load<V>(r.luma[-1] + x), load<V>(r.luma[1] + x));
+    const opposite<V> row(loadu<V>(r.luma[0] + x - 1), loadu<V>(r.luma[0] + x + 1));
+    const V beyond = column.beyond(set8<V>(vertical.limit)) | row.beyond(set8<V>(horizontal.limit));
+    store(r.luma_out + x, select(eq8(beyond, zero<V>()), middle_mean(column, row), load<V>(r.luma[0] + x)));
+    const opposite<V> words_column(load<V>(r.chroma[-1] + x), load<V>(r.chroma[1] + x));
+    const opposite<V> words_row(loadu<V>(r.chroma[0] + x - 2), loadu<V>(r.chroma[0] + x + 2));
+    store(r.chroma_out + x, select(eq16(even(beyond), zero<V>()), middle_mean(words_column, words_row),
+                                   load<V>(r.chroma[0] + x)));
   });
 }
 
@@ -70,7 +77,7 @@ static void noise_filter(const noise_args& a) {
   const byte_limit vertical = below(a.context->edge_threshold_vector.lane[0]);
   const byte_limit horizontal = below(a.context->medium_diff_plus.lane[0]);
   for (int i = 0; i < 2; ++i) {
-    if (a.luma_out[i] == nullptr) continue;
+    if (!in_bits(a.made, i)) continue;
     const noise_rows rows = {three_rows(a.luma + i), three_rows(a.chroma + i), a.luma_out[i],
                              a.chroma_out[i]};
     if (vertical.any && horizontal.any)

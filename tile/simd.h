@@ -68,7 +68,7 @@ PPL_INLINE void storeu(void* p, vec<16> a) {
 // The first half of a vector to one place, the second to another.
 PPL_INLINE void store_halves(void* first, void* second, vec<16> a) {
   _mm_storel_epi64(static_cast<__m128i*>(first), a.v);
-  _mm_storeh_pd(static_cast<double*>(second), _mm_castsi128_pd(a.v));
+  _mm_storeh_pi(static_cast<__m64*>(second), _mm_castsi128_ps(a.v));
 }
 PPL_INLINE void zero_to(vec<16>& d) {
   d.v = _mm_setzero_si128();
@@ -396,17 +396,18 @@ template <int I0, int I1, int I2, int I3>
 PPL_INLINE vec<16> shuffle32(vec<16> a) {
   return {_mm_shuffle_epi32(a.v, I0 | I1 << 2 | I2 << 4 | I3 << 6)};
 }
-// Sums of the bytes of a and b, widened likewise.
+// kTimes (1, 2, 4) the sums of the bytes of a and b, widened likewise.
+template <int kTimes>
 PPL_INLINE void widen_sum(vec<16> a, vec<16> b, vec<16>& lo, vec<16>& hi) {
 #ifdef __SSSE3__
-  lo.v = _mm_maddubs_epi16(_mm_unpacklo_epi8(a.v, b.v), _mm_set1_epi8(1));
-  hi.v = _mm_maddubs_epi16(_mm_unpackhi_epi8(a.v, b.v), _mm_set1_epi8(1));
+  lo.v = _mm_maddubs_epi16(_mm_unpacklo_epi8(a.v, b.v), _mm_set1_epi8(kTimes));
+  hi.v = _mm_maddubs_epi16(_mm_unpackhi_epi8(a.v, b.v), _mm_set1_epi8(kTimes));
 #else
   vec<16> a_lo, a_hi, b_lo, b_hi;
   widen(a, a_lo, a_hi);
   widen(b, b_lo, b_hi);
-  lo = add16(a_lo, b_lo);
-  hi = add16(a_hi, b_hi);
+  lo = sll16<kTimes / 2>(add16(a_lo, b_lo));
+  hi = sll16<kTimes / 2>(add16(a_hi, b_hi));
 #endif
 }
 // The even (odd) bytes of a, then those of b, in memory order.
@@ -758,10 +759,11 @@ template <int I0, int I1, int I2, int I3>
 PPL_INLINE vec<32> shuffle32(vec<32> a) {
   return {_mm256_shuffle_epi32(a.v, I0 | I1 << 2 | I2 << 4 | I3 << 6)};
 }
-// Sums of the bytes of a and b, widened likewise.
+// kTimes (1, 2, 4) the sums of the bytes of a and b, widened likewise.
+template <int kTimes>
 PPL_INLINE void widen_sum(vec<32> a, vec<32> b, vec<32>& lo, vec<32>& hi) {
-  lo.v = _mm256_maddubs_epi16(_mm256_unpacklo_epi8(a.v, b.v), _mm256_set1_epi8(1));
-  hi.v = _mm256_maddubs_epi16(_mm256_unpackhi_epi8(a.v, b.v), _mm256_set1_epi8(1));
+  lo.v = _mm256_maddubs_epi16(_mm256_unpacklo_epi8(a.v, b.v), _mm256_set1_epi8(kTimes));
+  hi.v = _mm256_maddubs_epi16(_mm256_unpackhi_epi8(a.v, b.v), _mm256_set1_epi8(kTimes));
 }
 // The even (odd) bytes of a, then those of b, in memory order.
 PPL_INLINE vec<32> even_bytes(vec<32> a, vec<32> b) {
@@ -1094,10 +1096,11 @@ template <int I0, int I1, int I2, int I3>
 PPL_INLINE vec<64> shuffle32(vec<64> a) {
   return {_mm512_shuffle_epi32(a.v, static_cast<_MM_PERM_ENUM>(I0 | I1 << 2 | I2 << 4 | I3 << 6))};
 }
-// Sums of the bytes of a and b, widened likewise.
+// kTimes (1, 2, 4) the sums of the bytes of a and b, widened likewise.
+template <int kTimes>
 PPL_INLINE void widen_sum(vec<64> a, vec<64> b, vec<64>& lo, vec<64>& hi) {
-  lo.v = _mm512_maddubs_epi16(_mm512_unpacklo_epi8(a.v, b.v), _mm512_set1_epi8(1));
-  hi.v = _mm512_maddubs_epi16(_mm512_unpackhi_epi8(a.v, b.v), _mm512_set1_epi8(1));
+  lo.v = _mm512_maddubs_epi16(_mm512_unpacklo_epi8(a.v, b.v), _mm512_set1_epi8(kTimes));
+  hi.v = _mm512_maddubs_epi16(_mm512_unpackhi_epi8(a.v, b.v), _mm512_set1_epi8(kTimes));
 }
 // The even (odd) bytes of a, then those of b, in memory order.
 PPL_INLINE vec<64> even_bytes(vec<64> a, vec<64> b) {

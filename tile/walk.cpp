@@ -17,10 +17,9 @@ void copy(uint8_t* to, const uint8_t* from, int bytes) {
 
 // Columns -2, -1 and width, width + 1: the row mirrored about its border samples.
 void pad_samples(uint8_t* row, int width) {
-  row[-2] = row[2];
-  row[-1] = row[1];
-  row[width] = row[width - 2];
-  row[width + 1] = row[width - 3];
+  const uint8_t left[2] = {row[2], row[1]}, right[2] = {row[width - 2], row[width - 3]};
+  copy(row - 2, left, 2);
+  copy(row + width, right, 2);
 }
 
 // The words beside a row of chroma words: word 6 of the first tile, word 1 of the last.
@@ -29,22 +28,39 @@ void pad_words(uint8_t* row, int width) {
   copy(row + width, row + width - 14, 2);
 }
 
-// The same for those of two rows that were made.
-void pad_samples(uint8_t* const (&rows)[2], int width) {
-  for (uint8_t* const row : rows)
-    if (row != nullptr) pad_samples(row, width);
+void pad_samples(uint8_t* const* rows, row_bits made, int width) {
+  for (int i = 0; i < 2; ++i)
+    if (in_bits(made, i)) pad_samples(rows[i], width);
 }
-void pad_words(uint8_t* const (&rows)[2], int width) {
-  for (uint8_t* const row : rows)
-    if (row != nullptr) pad_words(row, width);
+void pad_words(uint8_t* const* rows, row_bits made, int width) {
+  for (int i = 0; i < 2; ++i)
+    if (in_bits(made, i)) pad_words(rows[i], width);
 }
 
 // The record's scratch rows during a frame.
-enum scratch_row { kBlackEven, kBlackOdd, kSumsU, kSumsV, kFlatMask, kFlatR, kFlatG, kFlatB, kColour0 };
+enum scratch_row {
+  kBlackEven,
+  kBlackOdd,
+  kSumsU,
+  kSumsV,
+  kFlatMask,
+  kFlatR,
+  kFlatG,
+  kFlatB,
+  kColour0,
+  kPlane3Row0 = kColour0 + 4,
+  kScratchRows = kPlane3Row0 + kPlane3Rows
+};
 constexpr int kScratchPitch = 2048 + 64;
-constexpr int kLensScratch = (kColour0 + 4) * kScratchPitch;  // two rows of factors
-static_assert(64 + kLensScratch + 2 * 2 * 2048 <= kScratchBytes - kOutputScratch);
+constexpr int kLensScratch = 64 + kScratchRows * kScratchPitch;  // two rows of factors
+constexpr int kPlacesScratch = kLensScratch + 2 * 2 * 2048;      // the rings' lists of row pointers
+static_assert(kPlacesScratch + 2 * (kPoolRows + kPlane3Rows) * sizeof(uint8_t*) <=
+              kScratchBytes - kOutputScratch);
 
+template <class T>
+T* scratch_at(const walk& w, int offset) {
+  return static_cast<T*>(static_cast<void*>(w.context->scratch + offset));
+}
 uint8_t* scratch_row_at(const walk& w, int row) {
   return w.context->scratch + 64 + row * kScratchPitch;
 }
@@ -52,7 +68,7 @@ uint8_t* scratch_row_at(const walk& w, int row) {
 // ---- stages
 
 // `rows`: the two that passed the front end last.
-void gather_statistics(walk& w, int output_row_pair, uint8_t* const (&rows)[2]) {
+void gather_statistics(walk& w, int output_row_pair, const uint8_t* const* rows) {
   const path_traits& path = *w.path;
   w.kernels->statistics({.context = w.context,
                          .black_even = scratch_row_at(w, kBlackEven),
@@ -72,9 +88,8 @@ void front_end_stage(walk& w, int r) {
   const bool collect = c.mean_collection != 0 && (output_row_pair & 1) != 0 && output_row_pair >= 1 &&
                        output_row_pair <= w.row_pairs - 1 - path.bottom && w.tiles - 1 - path.right >= 1;
   uint8_t* const source = w.job->source + static_cast<ptrdiff_t>(r) * c.frame_stride;
-  uint16_t* const spare = static_cast<uint16_t*>(static_cast<void*>(c.scratch + 64 + kLensScratch));
-  uint8_t* rows[2];
-  w.to_make(path.medium_filter ? kRaw : kMosaic, r, rows);
+  uint16_t* const spare = scratch_at<uint16_t>(w, kLensScratch);
+  uint8_t* const* const rows = w.rows(path.medium_filter ? kRaw : kMosaic, r);
   w.kernels->front_end({.context = &c,
                         .source_even = source,
                         .source_odd = source + c.frame_stride,
@@ -88,46 +103,53 @@ void front_end_stage(walk& w, int r) {
                         .black_odd = collect ? scratch_row_at(w, kBlackOdd) : nullptr,
                         .width = w.width});
   if (collect) gather_statistics(w, output_row_pair, rows);
-  pad_samples(rows, w.width);
+  for (int i = 0; i < 2; ++i) pad_samples(rows[i], w.width);
 }
 
 // The first and last tile of a row, the row pairs above the path's first one and the last row pair pass unfiltered.
 void median_stage(walk& w, int first) {
-  median_args a = {.context = w.context, .rows = {}, .out = {}, .odd_row = first & 1, .width = w.width};
-  w.to_read(kRaw, first - 2, a.rows);
-  w.to_make(kMosaic, first, a.out);
-  uint8_t* const made[2] = {a.out[0], a.out[1]};
+  uint8_t* mirrored[6];
+  uint8_t* const* const raw = w.rows(kRaw, first - 2, mirrored);
+  uint8_t* const* const out = w.rows(kMosaic, first);
+  const row_bits made = w.made(first);
+  row_bits filtered = 0;
   for (int i = 0; i < 2; ++i) {
     const int pair = (first + i) / 2;
-    if (made[i] == nullptr) continue;
-    if (pair >= w.path->median_first_row_pair && pair <= w.row_pairs - 2 && w.tiles > 2) continue;
-    copy(made[i], a.rows[2 + i], w.width);
-    a.out[i] = nullptr;
+    if (pair >= w.path->median_first_row_pair && pair <= w.row_pairs - 2 && w.tiles > 2) filtered |= 1u << i;
   }
-  w.kernels->median(a);
+  w.kernels->median({.context = w.context,
+                     .rows = raw,
+                     .out = out,
+                     .made = made & filtered,
+                     .odd_row = first & 1,
+                     .width = w.width});
   for (int i = 0; i < 2; ++i) {
-    if (made[i] == nullptr) continue;
-    const int last = w.width - kTile;
-    copy(made[i], a.rows[2 + i], kTile);
-    copy(made[i] + last, a.rows[2 + i] + last, kTile);
-    copy(w.job->source + static_cast<ptrdiff_t>(first + i) * w.context->frame_stride, made[i], w.width);
+    if (!in_bits(made, i)) continue;
+    const int ends = in_bits(filtered, i) ? kTile : w.width;
+    copy(out[i], raw[2 + i], ends);
+    copy(out[i] + w.width - ends, raw[2 + i] + w.width - ends, ends);
+    copy(w.job->source + static_cast<ptrdiff_t>(first + i) * w.context->frame_stride, out[i], w.width);
   }
-  pad_samples(made, w.width);
+  pad_samples(out, made, w.width);
 }
 
 void green_stage(walk& w, int first) {
-  green_args a = {.context = w.context, .rows = {}, .out = {}, .odd_row = first & 1, .width = w.width};
-  w.to_read(kMosaic, first - 2, a.rows);
-  w.to_make(kGreen, first, a.out);
-  w.kernels->green_fill(a);
-  pad_samples(a.out, w.width);
+  uint8_t* mirrored[6];
+  uint8_t* const* const out = w.rows(kGreen, first);
+  const row_bits made = w.made(first);
+  w.kernels->green_fill({.context = w.context,
+                         .rows = w.rows(kMosaic, first - 2, mirrored),
+                         .out = out,
+                         .made = made,
+                         .odd_row = first & 1,
+                         .width = w.width});
+  pad_samples(out, made, w.width);
 }
 
 // The flat colours find their rows at r * stride plus multiples of the frame's width: with a wider stride that is
 // another place of the frame, copied here with the columns beside it.
 const uint8_t* colour_row(const walk& w, int r, int neighbour, int slot) {
   const ppl_context& c = *w.context;
-  if (c.frame_stride == c.frame_width) return w.row(kMosaic, neighbour);
   uint8_t* const out = scratch_row_at(w, kColour0 + slot);
   const uint8_t* const from = w.job->source + static_cast<ptrdiff_t>(r) * c.frame_stride +
                               static_cast<ptrdiff_t>(w.mirrored(neighbour) - r) * c.frame_width;
@@ -137,18 +159,20 @@ const uint8_t* colour_row(const walk& w, int r, int neighbour, int slot) {
 }
 
 void find_flat_blocks(walk& w, int r) {
-  flat_args a = {.context = w.context,
-                 .rows = {},
-                 .colour_rows = {},
-                 .mask = w.flat_mask,
-                 .r = w.flat_r,
-                 .g = w.flat_g,
-                 .b = w.flat_b,
-                 .odd_row = r & 1,
-                 .width = w.width};
-  w.to_read(kMosaic, r - 2, a.rows);
-  for (int i = 0; i < 4; ++i) a.colour_rows[i] = colour_row(w, r, r - 1 + i, i);
-  w.kernels->flat_test(a);
+  uint8_t* mirrored[6];
+  const uint8_t* elsewhere[4];
+  uint8_t* const* const rows = w.rows(kMosaic, r - 2, mirrored);
+  const bool in_rows = w.context->frame_stride == w.context->frame_width;
+  for (int i = 0; i < 4 && !in_rows; ++i) elsewhere[i] = colour_row(w, r, r - 1 + i, i);
+  w.kernels->flat_test({.context = w.context,
+                        .rows = rows,
+                        .colour_rows = in_rows ? rows + 1 : elsewhere,
+                        .mask = w.flat_mask,
+                        .r = w.flat_r,
+                        .g = w.flat_g,
+                        .b = w.flat_b,
+                        .odd_row = r & 1,
+                        .width = w.width});
   const int last = w.width - kTile;
   tile_leftovers& left = w.context->leftovers;
   __builtin_memcpy(&left.flat_mask, w.flat_mask + last, kTile);
@@ -174,30 +198,33 @@ bool flat_in_row(const walk& w, int r) {
   return !w.path->edge || r == 1 || (r >= 3 && r <= w.height - 2);
 }
 
+row_bits flat_rows(const walk& w, int first) {
+  return row_bits{flat_in_row(w, first)} | row_bits{flat_in_row(w, first + 1)} << 1;
+}
+
 void demosaic_stage(walk& w, int first) {
   const path_traits& path = *w.path;
   const bool tested = path.flat == flat_colours::even_blocks || path.flat == flat_colours::odd_blocks;
   if (tested && w.inside(first) && flat_in_row(w, first)) find_flat_blocks(w, first);
-  demosaic_args a = {.rows = {},
-                     .green = {},
-                     .flat_mask = {},
-                     .flat_r = w.flat_r,
-                     .flat_g = w.flat_g,
-                     .flat_b = w.flat_b,
-                     .matrix = &w.matrix,
-                     .luma = {},
-                     .chroma = {},
-                     .plane3 = {},
-                     .odd_row = first & 1,
-                     .width = w.width};
-  w.to_read(kMosaic, first - 1, a.rows);
-  w.to_make(kLuma, first, a.luma);
-  w.to_make(kChroma, first, a.chroma);
-  if (w.three_planes) w.to_make(kPlane3, first, a.plane3);
-  for (int i = 0; i < 2; ++i) {
-    if (flat_in_row(w, first + i)) a.flat_mask[i] = w.flat_mask;
-    if (!path.noise_filter && !w.three_planes && !w.chroma_is_put_out(first + i)) a.chroma[i] = nullptr;
-  }
+  uint8_t *mirrored[4], *mirrored_green[4];
+  const row_bits made = w.made(first);
+  const bool all_chroma = path.noise_filter || w.three_planes;
+  const demosaic_args a = {
+      .rows = w.rows(kMosaic, first - 1, mirrored),
+      .green = path.demosaic == interpolator::directed ? w.rows(kGreen, first - 1, mirrored_green) : nullptr,
+      .flat_mask = w.flat_mask,
+      .flat_r = w.flat_r,
+      .flat_g = w.flat_g,
+      .flat_b = w.flat_b,
+      .matrix = &w.matrix,
+      .luma = w.rows(kLuma, first),
+      .chroma = w.rows(kChroma, first),
+      .plane3 = w.three_planes ? w.rows(kPlane3, first) : nullptr,
+      .made = made,
+      .with_chroma = all_chroma ? made : w.made(first, w.chroma_put_out),
+      .with_flat = path.flat != flat_colours::none ? flat_rows(w, first) : 0,
+      .odd_row = first & 1,
+      .width = w.width};
   switch (path.demosaic) {
     case interpolator::gradient:
       w.kernels->demosaic_gradient(a);
@@ -206,31 +233,31 @@ void demosaic_stage(walk& w, int first) {
       w.kernels->demosaic_bilinear(a);
       break;
     case interpolator::directed:
-      w.to_read(kGreen, first - 1, a.green);
       w.kernels->demosaic_directed(a);
       break;
     case interpolator::mosaic_edge:
       break;
   }
-  if (path.edge) pad_samples(a.luma, w.width);
-  if (path.noise_filter) pad_words(a.chroma, w.width);
+  if (path.edge) pad_samples(a.luma, made, w.width);
+  if (path.noise_filter) pad_words(a.chroma, made, w.width);
 }
 
 void mosaic_edge_stage(walk& w, int first) {
-  if (!w.inside(first)) return;
+  uint8_t* mirrored[4];
+  uint8_t* const* const rows = w.rows(kMosaic, first - 1, mirrored);
+  uint8_t *const *const luma = w.rows(kLuma, first), *const *const chroma = w.rows(kChroma, first);
+  const row_bits with_chroma = w.made(first, w.three_planes ? kEveryRow : w.chroma_put_out);
   mosaic_edge_args a = {.context = w.context,
-                        .rows = {},
+                        .rows = {rows[0], rows[1], rows[2], rows[3]},
                         .matrix = &w.matrix,
-                        .luma = {},
+                        .luma = {luma[0], luma[1]},
                         .chroma = {},
                         .plane3 = {},
                         .three_planes = w.three_planes,
                         .width = w.width};
-  for (int i = 0; i < 4; ++i) a.rows[i] = w.row(kMosaic, first - 1 + i);
   for (int i = 0; i < 2; ++i) {
-    a.luma[i] = w.row(kLuma, first + i);
-    a.chroma[i] = w.three_planes || w.chroma_is_put_out(first + i) ? w.row(kChroma, first + i) : nullptr;
-    a.plane3[i] = w.three_planes ? w.row(kPlane3, first + i) : nullptr;
+    if (in_bits(with_chroma, i)) a.chroma[i] = chroma[i];
+    if (w.three_planes) a.plane3[i] = w.row(kPlane3, first + i);
   }
   w.kernels->mosaic_edge(a);
   // The next row pair sees luma above it, and luma mirrored beside it.
@@ -238,60 +265,55 @@ void mosaic_edge_stage(walk& w, int first) {
 }
 
 void noise_stage(walk& w, int first) {
-  noise_args a = {
-      .context = w.context, .luma = {}, .chroma = {}, .luma_out = {}, .chroma_out = {}, .width = w.width};
-  w.to_read(kLuma, first - 1, a.luma);
-  w.to_read(kChroma, first - 1, a.chroma);
-  w.to_make(kLumaNf, first, a.luma_out);
-  w.to_make(kChromaNf, first, a.chroma_out);
-  w.kernels->noise_filter(a);
-  pad_samples(a.luma_out, w.width);
-  pad_words(a.chroma_out, w.width);
+  uint8_t *mirrored_luma[4], *mirrored_chroma[4];
+  uint8_t *const *const luma = w.rows(kLumaNf, first), *const *const chroma = w.rows(kChromaNf, first);
+  const row_bits made = w.made(first);
+  w.kernels->noise_filter({.context = w.context,
+                           .luma = w.rows(kLuma, first - 1, mirrored_luma),
+                           .chroma = w.rows(kChroma, first - 1, mirrored_chroma),
+                           .luma_out = luma,
+                           .chroma_out = chroma,
+                           .made = made,
+                           .width = w.width});
+  pad_samples(luma, made, w.width);
+  pad_words(chroma, made, w.width);
 }
 
 void edge_stage(walk& w, int first) {
-  edge_args a = {.context = w.context, .luma = {}, .out = {}, .width = w.width};
-  w.to_read(w.path->noise_filter ? kLumaNf : kLuma, first - 1, a.luma);
-  w.to_make(kLumaOut, first, a.out);
-  for (int i = 0; i < 2; ++i)
-    if (!w.row_is_put_out(first + i)) a.out[i] = nullptr;
-  w.kernels->edge(a);
+  uint8_t* mirrored[4];
+  w.kernels->edge({.context = w.context,
+                   .luma = w.rows(w.path->noise_filter ? kLumaNf : kLuma, first - 1, mirrored),
+                   .out = w.rows(kLumaOut, first),
+                   .made = w.made(first, w.luma_put_out),
+                   .width = w.width});
 }
 
 void smooth_stage(walk& w, int first) {
-  smooth_args a = {.chroma = {},
-                   .u_sums = scratch_row_at(w, kSumsU),
-                   .v_sums = scratch_row_at(w, kSumsV),
-                   .out = {},
-                   .width = w.width};
-  w.to_read(kChromaNf, first - 1, a.chroma);
-  w.to_make(kChromaOut, first, a.out);
-  for (int i = 0; i < 2; ++i)
-    if (!w.chroma_is_put_out(first + i)) a.out[i] = nullptr;
-  w.kernels->smooth(a);
+  uint8_t* mirrored[4];
+  w.kernels->smooth({.chroma = w.rows(kChromaNf, first - 1, mirrored),
+                     .u_sums = scratch_row_at(w, kSumsU),
+                     .v_sums = scratch_row_at(w, kSumsV),
+                     .out = w.rows(kChromaOut, first),
+                     .made = w.made(first, w.chroma_put_out),
+                     .width = w.width});
 }
 
 void output_stage(walk& w, int first) {
-  finished_rows rows = {};
-  w.to_read(w.path->edge ? kLumaOut : kLuma, first, rows.luma);
-  w.to_read(w.path->noise_filter ? kChromaOut : kChroma, first, rows.chroma);
-  if (w.three_planes) w.to_read(kPlane3, first, rows.plane3);
-  if (w.writer.wants_unfiltered_chroma) w.to_read(kChroma, first, rows.unfiltered_chroma);
-  w.writer.put(w.writer, first / 2, rows);
+  w.writer.put(w.writer, first / 2,
+               {.luma = w.rows(w.path->edge ? kLumaOut : kLuma, first),
+                .chroma = w.rows(w.path->noise_filter ? kChromaOut : kChroma, first),
+                .plane3 = w.three_planes ? w.rows(kPlane3, first) : nullptr,
+                .unfiltered_chroma = w.writer.wants_unfiltered_chroma ? w.rows(kChroma, first) : nullptr});
 }
 
 // ---- the plan of a frame
 
-// Where each stage stands. `lead` is the lag of each ring's producer.
-struct planner {
-  walk& w;
-  int producer_lag[kRings] = {};
-  int ring_rows[kRings] = {};
-
+// Adds stages one by one.
+struct planner : stage_list {
   enum alignment { any, even_rows, odd_rows };
 
-  void add(void (*run)(walk&, int), const ring_read* reads, int n_reads, const ring_id* writes, int n_writes,
-           alignment align) {
+  constexpr void add(void (*run)(walk&, int), const ring_read* reads, int n_reads, const ring_id* writes,
+                     int n_writes, alignment align) {
     int lag = 0;
     for (int i = 0; i < n_reads; ++i) {
       const int behind = producer_lag[reads[i].ring] + reads[i].below;
@@ -303,20 +325,18 @@ struct planner {
       if (rows > ring_rows[reads[i].ring]) ring_rows[reads[i].ring] = rows;
     }
     for (int i = 0; i < n_writes; ++i) producer_lag[writes[i]] = lag;
-    w.stages[w.n_stages++] = {run, lag};
+    stages[n_stages++] = {run, lag};
   }
   template <int R, int W>
-  void add(void (*run)(walk&, int), const ring_read (&reads)[R], const ring_id (&writes)[W],
-           alignment align = any) {
+  constexpr void add(void (*run)(walk&, int), const ring_read (&reads)[R], const ring_id (&writes)[W],
+                     alignment align = any) {
     add(run, reads, R, writes, W, align);
   }
 };
 
-void plan_stages(walk& w) {
-  const path_traits& path = *w.path;
-  planner plan{w};
+constexpr stage_list plan_stages(const path_traits& path, bool three_planes, bool unfiltered_chroma) {
   using enum planner::alignment;
-  w.n_stages = 0;
+  planner plan;
 
   const ring_id front[] = {path.medium_filter ? kRaw : kMosaic};
   plan.add(front_end_stage, nullptr, 0, front, 1, even_rows);
@@ -343,25 +363,42 @@ void plan_stages(walk& w) {
   if (path.edge) plan.add(edge_stage, {{path.noise_filter ? kLumaNf : kLuma, 1, 1}}, {kLumaOut});
   if (path.noise_filter) plan.add(smooth_stage, {{kChromaNf, 1, 1}}, {kChromaOut});
 
-  const ring_id none[] = {kRaw};
-  ring_read finished[4];
-  int n = 0;
-  finished[n++] = {path.edge ? kLumaOut : kLuma, 0, 0};
-  finished[n++] = {path.noise_filter ? kChromaOut : kChroma, 0, 0};
-  if (w.three_planes) finished[n++] = {kPlane3, 0, 0};
-  if (w.writer.wants_unfiltered_chroma) finished[n++] = {kChroma, 0, 0};
-  plan.add(output_stage, finished, n, none, 0, even_rows);
-
-  const int pitch = (w.width + 63) / 64 * 64 + 64;
-  uint8_t* base = w.context->ring_pool + 64;
-  for (int i = 0; i < kRings; ++i) {
-    w.rings[i] = row_ring(base, pitch, plan.ring_rows[i]);
-    base += static_cast<ptrdiff_t>(pitch) * plan.ring_rows[i];
-  }
+  ring_read finished[4] = {{path.edge ? kLumaOut : kLuma, 0, 0},
+                           {path.noise_filter ? kChromaOut : kChroma, 0, 0}};
+  int n = 2;
+  if (three_planes) finished[n++] = {kPlane3, 0, 0};
+  if (unfiltered_chroma) finished[n++] = {kChroma, 0, 0};
+  plan.add(output_stage, finished, n, nullptr, 0, even_rows);
+  return plan;
 }
 
-// The widest list of rings, that of quality 15 with its unfiltered chroma kept, fits the pool at the widest frame.
-static_assert(64 + 27 * (2048 + 64) <= kRingPoolBytes);
+// Every path's rings fit, whatever the format. (A path with a noise filter has words, not planes.)
+constexpr bool rings_fit() {
+  for (const path_traits& path : kPaths)
+    for (int form = 0; form < 4; ++form) {
+      const bool three_planes = (form & 1) != 0 && !path.noise_filter;
+      const stage_list plan = plan_stages(path, three_planes, (form & 2) != 0);
+      int rows = 0;
+      for (int ring = 0; ring < kRings; ++ring) rows += ring != kPlane3 ? plan.ring_rows[ring] : 0;
+      if (rows > kPoolRows || plan.ring_rows[kPlane3] > kPlane3Rows) return false;
+    }
+  return true;
+}
+static_assert(rings_fit());
+static_assert(64 + kPoolRows * kScratchPitch <= kRingPoolBytes);
+
+void place_rings(walk& w, const stage_list& plan) {
+  const int pitch = (w.width + 63) / 64 * 64 + 64;
+  uint8_t* base = w.context->ring_pool + 64;
+  uint8_t** places = scratch_at<uint8_t*>(w, kPlacesScratch);
+  for (int i = 0; i < kRings; ++i) {
+    const int rows = plan.ring_rows[i];
+    w.rings[i] = row_ring(places, i == kPlane3 ? scratch_row_at(w, kPlane3Row0) : base, pitch,
+                          static_cast<uint32_t>(rows));
+    places += 2 * rows;
+    if (i != kPlane3) base += static_cast<ptrdiff_t>(pitch) * rows;
+  }
+}
 
 void load_matrix(walk& w) {
   const ppl_context& c = *w.context;
@@ -407,6 +444,11 @@ void prepare_flat_colours(walk& w) {
 
 }  // namespace
 
+uint8_t* const* walk::mirrored_rows(ring_id ring, int first, uint8_t** list, int n) const {
+  for (int i = 0; i < n; ++i) list[i] = row(ring, first + i);
+  return list;
+}
+
 void run_tile_path(const frame_job& job) {
   ppl_context* const c = job.context;
   const path_traits* const path = find_path(c->quality, c->medium_filter_enabled != 0);
@@ -423,16 +465,23 @@ void run_tile_path(const frame_job& job) {
   const bool rgb = job.format == out_format::rgb24 || job.format == out_format::rgb32;
   w.three_planes = rgb && !path->noise_filter;
   w.writer = make_writer(job, path->bottom);
+  // Halved pictures take even rows alone; I420 takes chroma of even rows, halved of every second of those.
+  const bool halved = c->decimation > 0;
+  w.luma_put_out = halved && w.writer.ordinary ? kEvenRows : kEveryRow;
+  w.chroma_put_out = job.format != out_format::i420 ? w.luma_put_out : halved ? row_choice{3, 2} : kEvenRows;
   load_matrix(w);
   w.kernels->prepare_tone(*c, c->rgb_gamma_table);
   prepare_flat_colours(w);
-  plan_stages(w);
+  const stage_list plan = plan_stages(*path, w.three_planes, w.writer.wants_unfiltered_chroma);
+  place_rings(w, plan);
 
-  const int last_lag = w.stages[w.n_stages - 1].lag;
+  const int last_lag = plan.stages[plan.n_stages - 1].lag;
+  const uint32_t last_first =
+      static_cast<uint32_t>(w.height);  // -1 counts as the first: one row of the two is inside
   for (int top = 0; top - last_lag < w.height; top += 2)
-    for (int i = 0; i < w.n_stages; ++i) {
-      const int first = top - w.stages[i].lag;
-      if (first >= -1 && first < w.height) w.stages[i].run(w, first);
+    for (int i = 0; i < plan.n_stages; ++i) {
+      const int first = top - plan.stages[i].lag;
+      if (static_cast<uint32_t>(first + 1) <= last_first) plan.stages[i].run(w, first);
     }
 }
 

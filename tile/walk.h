@@ -1,6 +1,6 @@
 // The one walk of all tile qualities: a frame from top to bottom, two rows a step, every block at its own lag.
 //
-// A quality is a line in a table (tile/paths.cpp) from which the walk lists its stages. A stage reads rows of some
+// A quality is a line in a table (tile/paths.h) from which the walk lists its stages. A stage reads rows of some
 // rings, `above` rows up and `below` rows down from the two rows it makes, and writes rows of others. Lags and
 // ring lengths follow from that: a stage lags behind the producer of what it reads by `below` rows, and a ring holds
 // every row from the oldest still to be read to the newest. No stage knows where it stands: outside the frame it is
@@ -13,6 +13,7 @@
 #include "frame/paths.h"
 #include "output/output.h"
 #include "tile/kernels.h"
+#include "tile/paths.h"
 
 namespace ppl {
 
@@ -30,46 +31,25 @@ enum ring_id : uint8_t {
   kRings
 };
 
-enum class interpolator : uint8_t { gradient, bilinear, directed, mosaic_edge };
-// Flat colours: none; those an earlier frame left; tested over blocks that start at even or at odd rows.
-enum class flat_colours : uint8_t { none, left_over, even_blocks, odd_blocks };
-
-// A quality path. Statistics run in row pairs 1 .. N - 1 - bottom and tiles 1 .. T - 1 - right of the output position,
-// on samples lead_row_pairs further down and lead_tiles further right.
-struct path_traits {
-  uint8_t quality;
-  bool medium_filter;
-  uint8_t median_first_row_pair;
-  interpolator demosaic;
-  flat_colours flat;
-  bool noise_filter, edge, full_statistics;
-  uint8_t lead_row_pairs, lead_tiles, bottom, right;
-};
-
-const path_traits* find_path(uint32_t quality, bool medium_filter);
-
-// Row storage for `rows` consecutive rows of the frame, at most 8 of them; row r stands at place r mod rows.
+// Row storage for `rows` consecutive rows of the frame, at most 8 of them; row r stands at place r mod rows. The places
+// are listed twice over, so that the pointers of consecutive rows are consecutive too, wherever they begin.
 struct row_ring {
-  uint8_t *base, *end;
-  int32_t pitch, rows;
-  uint32_t reciprocal;  // 65536 / rows, rounded up: exact quotients for rows below 8192
+  uint8_t** places;
+  uint32_t rows;
+  uint32_t reciprocal;  // 65536 / rows, rounded up: exact quotients below 8192
   row_ring() = default;
-  row_ring(uint8_t* at, int32_t row_pitch, int32_t n)
-      : base(at),
-        end(at + static_cast<ptrdiff_t>(row_pitch) * n),
-        pitch(row_pitch),
-        rows(n),
-        reciprocal(n > 0 ? (65536u + static_cast<uint32_t>(n) - 1) / static_cast<uint32_t>(n) : 0) {}
-  uint8_t* row(int r) const {
-    const int turns = static_cast<int>(static_cast<uint32_t>(r) * reciprocal >> 16);
-    return base + static_cast<ptrdiff_t>(r - turns * rows) * pitch;
+  row_ring(uint8_t** list, uint8_t* base, int32_t pitch, uint32_t n)
+      : places(list), rows(n), reciprocal(n > 0 ? (65536u + n - 1) / n : 0) {
+    for (uint32_t i = 0; i < n; ++i) list[i] = list[i + n] = base + static_cast<ptrdiff_t>(i) * pitch;
   }
-  // The row below one.
-  template <class Byte>
-  Byte* after(Byte* row) const {
-    return row + pitch == end ? base : row + pitch;
+  // The pointers of rows r, r + 1 ..., up to `rows` of them; r >= -1.
+  uint8_t* const* from(int r) const {
+    const uint32_t place = static_cast<uint32_t>(r) + rows;
+    return places + (place - (place * reciprocal >> 16) * rows);
   }
 };
+constexpr int kPoolRows = 27;   // of all rings of a path that stand in the record's ring_pool
+constexpr int kPlane3Rows = 3;  // the ring of the third plane stands in its scratch area
 
 struct walk;
 struct ring_read {
@@ -82,6 +62,20 @@ struct stage {
   int lag;
 };
 
+// Rows that a format takes: those r with (r & mask) == rest.
+struct row_choice {
+  int mask, rest;
+};
+constexpr row_choice kEveryRow = {0, 0}, kEvenRows = {1, 0};
+
+// The stages of a path, in the order of their work, and what rings they need.
+struct stage_list {
+  stage stages[6] = {};
+  int n_stages = 0;
+  int producer_lag[kRings] = {};
+  int ring_rows[kRings] = {};
+};
+
 struct walk {
   const frame_job* job;
   ppl_context* context;
@@ -91,40 +85,32 @@ struct walk {
   bool three_planes;  // the conversion forms planes instead of luma and chroma words
   uint8_t *flat_mask, *flat_r, *flat_g, *flat_b;  // one row each; null while no flat colours apply
   row_ring rings[kRings];
-  stage stages[6];
-  int n_stages;
   colour_matrix matrix;
   output_writer writer;
+  row_choice luma_put_out, chroma_put_out;
 
   // Rows outside the frame are its rows mirrored about the border row, as often as a small frame needs.
   int mirrored(int r) const {
     while (r < 0 || r >= height) r = r < 0 ? -r : 2 * (height - 1) - r;
     return r;
   }
-  // Halved pictures take even rows alone, I420 chroma of even rows, halved of every second of those.
-  bool row_is_put_out(int r) const { return context->decimation <= 0 || (r & 1) == 0 || !writer.ordinary; }
-  bool chroma_is_put_out(int r) const {
-    if (job->format == out_format::i420) return (r & 1) == 0 && (context->decimation <= 0 || (r & 2) != 0);
-    return row_is_put_out(r);
-  }
   bool inside(int r) const { return r >= 0 && r < height; }
-  uint8_t* row(ring_id ring, int r) const { return rings[ring].row(mirrored(r)); }
+  uint8_t* row(ring_id ring, int r) const { return *rings[ring].from(mirrored(r)); }
 
-  // Rows first, first + 1 ... of a ring to read, mirrored where they lie outside.
+  // Rows first .. first + N - 1 of a ring to be read. Where some lie outside the frame `list` gets the pointers of
+  // their mirror images.
   template <int N>
-  void to_read(ring_id id, int first, const uint8_t* (&to)[N]) const {
-    const row_ring& ring = rings[id];
-    if (first < 0 || first + N > height) {
-      for (int i = 0; i < N; ++i) to[i] = row(id, first + i);
-      return;
-    }
-    const uint8_t* at = ring.row(first);
-    for (int i = 0; i < N; ++i, at = ring.after(at)) to[i] = at;
+  uint8_t* const* rows(ring_id ring, int first, uint8_t* (&list)[N]) const {
+    if (first >= 0 && first + N <= height) return rings[ring].from(first);
+    return mirrored_rows(ring, first, list, N);
   }
-  // Rows first and first + 1 of a ring to be made: null outside.
-  void to_make(ring_id id, int first, uint8_t* (&to)[2]) const {
-    to[0] = first >= 0 ? rings[id].row(first) : nullptr;
-    to[1] = first + 1 < height ? (first >= 0 ? rings[id].after(to[0]) : rings[id].base) : nullptr;
+  [[gnu::noinline]] uint8_t* const* mirrored_rows(ring_id ring, int first, uint8_t** list, int n) const;
+  // Rows first and first + 1 of a ring to be made; which of the two lie inside and belong to a choice.
+  uint8_t* const* rows(ring_id ring, int first) const { return rings[ring].from(first); }
+  row_bits made(int first, row_choice choice = kEveryRow) const {
+    const bool r0 = first >= 0 && (first & choice.mask) == choice.rest;
+    const bool r1 = first + 1 < height && ((first + 1) & choice.mask) == choice.rest;
+    return row_bits{r0} | row_bits{r1} << 1;
   }
 };
 

@@ -161,13 +161,26 @@ void answer_cpuid(int, siginfo_t*, void* context) {
   r[REG_RDX] = d;
 }
 
+// The instruction's two bytes may stand in a constant too: the real ones follow the loading of leaf 1 to eax.
+bool follows_leaf_1(const loaded_image& image, const uint8_t* at) {
+  static constexpr uint8_t kLeaf1[] = {0xb8, 1, 0, 0, 0};
+  const uint8_t* const from = at - std::min<ptrdiff_t>(8, at - image.code);
+  return std::search(from, at, std::begin(kLeaf1), std::end(kLeaf1)) != at;
+}
+
 void trap_cpuid(const loaded_image& image) {
   static constexpr uint8_t kCpuid[] = {0x0f, 0xa2}, kTrap[] = {0xcc, 0x90};
   uint8_t* const end = image.code + image.code_size;
-  uint8_t* found = std::search(image.code, end, std::begin(kCpuid), std::end(kCpuid));
-  if (found == end || std::search(found + 1, end, std::begin(kCpuid), std::end(kCpuid)) != end) {
-    give_up("not exactly one cpuid instruction in the image");
+  uint8_t* found = nullptr;
+  int instructions = 0;
+  for (uint8_t* at = image.code;; ++at) {
+    at = std::search(at, end, std::begin(kCpuid), std::end(kCpuid));
+    if (at == end) break;
+    if (!follows_leaf_1(image, at)) continue;
+    found = at;
+    ++instructions;
   }
+  if (instructions != 1) give_up("not exactly one cpuid instruction in the image");
   mprotect(image.code, image.code_size, PROT_READ | PROT_WRITE);
   memcpy(found, kTrap, sizeof kTrap);
   mprotect(image.code, image.code_size, PROT_READ | PROT_EXEC);
