@@ -4,8 +4,8 @@
 // comes back when the element has handed on one whole frame, which is dropped. YUYV in and out, so nothing is
 // converted. One frame comes out for each that goes in (fields=top), as with ours; frames come out of the element's
 // own pool, four in turn. Timed are the push and the shallow copy of a frame's descriptor that carries its time
-// stamp, together about a microsecond besides the work. The element's loops are compiled at run time by a library that
-// is not held to a vector width: its figures at 16, 32 and 64 bytes are of the same code.
+// stamp, together less than two microseconds besides the work. The element's loops are compiled at run time by a
+// library that is not held to a vector width: its figures at 16, 32 and 64 bytes are of the same code.
 #include <gst/gst.h>
 
 #include <cstdlib>
