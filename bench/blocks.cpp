@@ -89,7 +89,6 @@ void statistics(bench_rows& b, bool plain_only) {
                           .tone_even = b.in[2],
                           .tone_odd = b.in[3],
                           .plain_only = plain_only,
-                          .row_pair = 101,
                           .last_tile = kWidth / kTile - 2,
                           .tile_lead = 1});
 }

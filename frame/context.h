@@ -84,6 +84,16 @@ struct tile_leftovers {
   vec_i16 flat_mask, flat_r, flat_g, flat_b;
 };
 
+// What statistics have added up so far in a frame (tile/statistics.h, tile/statistics_sums.h).
+struct alignas(64) statistics_sums {
+  uint32_t tiles[64][4];  // of each odd tile: B, G, G, R of the row pairs that share a row of the grid
+  uint32_t bins[64][4];   // of each group of the row pair at hand, in the same order
+  // Four lanes for each group of a vector. Counts stand in the even ones: of cells that passed, their sum; of
+  // rejected ones, both the same.
+  uint32_t qualified[16], exposed[16], passed[16], rejected[16];
+  int32_t grid_row;  // kGridRows: below the grid
+};
+
 }  // namespace ppl
 
 struct alignas(64) ppl_context {
@@ -183,6 +193,7 @@ struct alignas(64) ppl_context {
   // Row storage of the frame in progress; nothing here outlives a call.
   alignas(64) uint8_t ring_pool[ppl::kRingPoolBytes];
   alignas(64) uint8_t scratch[ppl::kScratchBytes];
+  ppl::statistics_sums sums;
   // Black level, gain, offset and tone curve of the frame in progress as one look-up, in the form that suits the
   // level: for each of four neighbouring samples of an even and of an odd row, or for each site (tile/tone.h).
   alignas(64) uint32_t site_tables[2][4][256];

@@ -28,11 +28,11 @@ PPL_INLINE V green(V y, V red_part, V blue_part) {
 }
 template <class V>
 PPL_INLINE V red_part(V v) {
-  return mullo16(sub16(v, set16<V>(128)), set16<V>(-65));
+  return mullo16(sub16(v, set16<V>(128)), factor16<V>(-65));
 }
 template <class V>
 PPL_INLINE V blue_part(V u) {
-  return mullo16(sub16(u, set16<V>(128)), set16<V>(-25));
+  return mullo16(sub16(u, set16<V>(128)), factor16<V>(-25));
 }
 
 // R, G, B bytes of the V::size pixels at x.

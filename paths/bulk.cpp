@@ -2,6 +2,7 @@
 
 #include "platform/levels.h"
 #include "tile/lens_rows.h"
+#include "tile/statistics_sums.h"
 
 namespace ppl {
 namespace bulk {
@@ -107,20 +108,20 @@ void front_end(const bulk_frame& f, int row_pair) {
     __builtin_memcpy(&c->leftovers.stat_even_row, plane(c, kBlackEven), kTile);
     __builtin_memcpy(&c->leftovers.stat_odd_row, plane(c, kBlackOdd), kTile);
   }
-  // These paths have no sub-windows: a row pair outside the grid makes all plain sums meet in one cell.
   k.statistics({.context = c,
                 .black_even = plane(c, kBlackEven),
                 .black_odd = plane(c, kBlackOdd),
                 .tone_even = plane(c, kEven),
                 .tone_odd = plane(c, kOdd),
                 .plain_only = !full,
-                .row_pair = INT32_MAX,
                 .last_tile = f.tiles - 1,
                 .tile_lead = 0});
 }
 
-// The plain sums belong to the whole frame, four times: every fourth cell was taken.
+// These paths have no sub-windows: as of row pairs below the grid, all plain sums meet in the outside cell. They belong
+// to the whole frame, four times: every fourth cell was taken.
 void finish_statistics(ppl_context* c) {
+  settle_sums(*c);
   rgb32& sums = *outside_cell(c);
   c->whole_frame_means.r += 4 * sums.r;
   c->whole_frame_means.g += 4 * sums.g;
@@ -159,6 +160,8 @@ void run_bulk_path(const frame_job& job) {
   if (f.tiles <= 0 || f.row_pairs <= 0) return;
   group_walk groups = start_groups(f);
   job.context->kernels->tile->prepare_tone(*job.context, tone_of(f));
+  clear_sums(job.context->sums);
+  enter_row_pair(*job.context, INT32_MAX);
   for (int p = 0; p < f.row_pairs; ++p) {
     front_end(f, p);
     if (f.doubled)

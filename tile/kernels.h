@@ -44,7 +44,6 @@ struct statistics_args {
   uint8_t *black_even, *black_odd;  // black-corrected samples; the tile before that of tile 1 is overwritten
   const uint8_t *tone_even, *tone_odd;  // finished samples
   int32_t plain_only;                   // neither qual nor qAE
-  int32_t row_pair;                     // of the output position; odd
   int32_t last_tile;                    // inner tiles are 1 .. last_tile
   int32_t tile_lead;                    // tiles by which the front end runs ahead
 };

@@ -375,13 +375,10 @@ PPL_INLINE vec<16> madd8(vec<16> u, vec<16> s) {
   return {_mm_maddubs_epi16(u.v, s.v)};
 }
 #endif
-// Within each 16 bytes: signed 32-bit lanes of a, then of b, clamped to 16 bits; the lower (upper) halves of a and b,
-// one behind the other or with their 32-bit lanes taken in turn; 32-bit lanes by number.
+// Within each 16 bytes: signed 32-bit lanes of a, then of b, clamped to 16 bits; the upper halves of a and b; 32-bit
+// lanes of a and b in turn, from their lower (upper) halves; the even 32-bit lanes of a, then of b; lanes by number.
 PPL_INLINE vec<16> narrow_s32(vec<16> a, vec<16> b) {
   return {_mm_packs_epi32(a.v, b.v)};
-}
-PPL_INLINE vec<16> lower64(vec<16> a, vec<16> b) {
-  return {_mm_unpacklo_epi64(a.v, b.v)};
 }
 PPL_INLINE vec<16> upper64(vec<16> a, vec<16> b) {
   return {_mm_unpackhi_epi64(a.v, b.v)};
@@ -392,9 +389,28 @@ PPL_INLINE vec<16> lower32(vec<16> a, vec<16> b) {
 PPL_INLINE vec<16> upper32(vec<16> a, vec<16> b) {
   return {_mm_unpackhi_epi32(a.v, b.v)};
 }
+PPL_INLINE vec<16> even_lanes32(vec<16> a, vec<16> b) {
+  return {_mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a.v), _mm_castsi128_ps(b.v), 0x88))};
+}
 template <int I0, int I1, int I2, int I3>
 PPL_INLINE vec<16> shuffle32(vec<16> a) {
   return {_mm_shuffle_epi32(a.v, I0 | I1 << 2 | I2 << 4 | I3 << 6)};
+}
+// The even byte of each 16-bit lane less the odd one.
+PPL_INLINE vec<16> even_minus_odd(vec<16> a) {
+#ifdef __SSSE3__
+  return {_mm_maddubs_epi16(a.v, _mm_set1_epi16(static_cast<short>(0xff01)))};
+#else
+  return sub16(even(a), odd(a));
+#endif
+}
+// Within each 16 bytes: the even bytes, then the odd ones.
+PPL_INLINE vec<16> even_then_odd(vec<16> a) {
+#ifdef __SSSE3__
+  return {_mm_shuffle_epi8(a.v, _mm_set_epi8(15, 13, 11, 9, 7, 5, 3, 1, 14, 12, 10, 8, 6, 4, 2, 0))};
+#else
+  return narrow(even(a), odd(a));
+#endif
 }
 // kTimes (1, 2, 4) the sums of the bytes of a and b, widened likewise.
 template <int kTimes>
@@ -738,13 +754,10 @@ PPL_INLINE vec<32> shuffle8(vec<32> a, vec<32> at) {
 PPL_INLINE vec<32> madd8(vec<32> u, vec<32> s) {
   return {_mm256_maddubs_epi16(u.v, s.v)};
 }
-// Within each 16 bytes: signed 32-bit lanes of a, then of b, clamped to 16 bits; the lower (upper) halves of a and b,
-// one behind the other or with their 32-bit lanes taken in turn; 32-bit lanes by number.
+// Within each 16 bytes: signed 32-bit lanes of a, then of b, clamped to 16 bits; the upper halves of a and b; 32-bit
+// lanes of a and b in turn, from their lower (upper) halves; the even 32-bit lanes of a, then of b; lanes by number.
 PPL_INLINE vec<32> narrow_s32(vec<32> a, vec<32> b) {
   return {_mm256_packs_epi32(a.v, b.v)};
-}
-PPL_INLINE vec<32> lower64(vec<32> a, vec<32> b) {
-  return {_mm256_unpacklo_epi64(a.v, b.v)};
 }
 PPL_INLINE vec<32> upper64(vec<32> a, vec<32> b) {
   return {_mm256_unpackhi_epi64(a.v, b.v)};
@@ -755,9 +768,21 @@ PPL_INLINE vec<32> lower32(vec<32> a, vec<32> b) {
 PPL_INLINE vec<32> upper32(vec<32> a, vec<32> b) {
   return {_mm256_unpackhi_epi32(a.v, b.v)};
 }
+PPL_INLINE vec<32> even_lanes32(vec<32> a, vec<32> b) {
+  return {_mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a.v), _mm256_castsi256_ps(b.v), 0x88))};
+}
 template <int I0, int I1, int I2, int I3>
 PPL_INLINE vec<32> shuffle32(vec<32> a) {
   return {_mm256_shuffle_epi32(a.v, I0 | I1 << 2 | I2 << 4 | I3 << 6)};
+}
+// The even byte of each 16-bit lane less the odd one.
+PPL_INLINE vec<32> even_minus_odd(vec<32> a) {
+  return {_mm256_maddubs_epi16(a.v, _mm256_set1_epi16(static_cast<short>(0xff01)))};
+}
+// Within each 16 bytes: the even bytes, then the odd ones.
+PPL_INLINE vec<32> even_then_odd(vec<32> a) {
+  return {_mm256_shuffle_epi8(
+      a.v, _mm256_broadcastsi128_si256(_mm_set_epi8(15, 13, 11, 9, 7, 5, 3, 1, 14, 12, 10, 8, 6, 4, 2, 0)))};
 }
 // kTimes (1, 2, 4) the sums of the bytes of a and b, widened likewise.
 template <int kTimes>
@@ -1075,13 +1100,10 @@ PPL_INLINE vec<64> shuffle8(vec<64> a, vec<64> at) {
 PPL_INLINE vec<64> madd8(vec<64> u, vec<64> s) {
   return {_mm512_maddubs_epi16(u.v, s.v)};
 }
-// Within each 16 bytes: signed 32-bit lanes of a, then of b, clamped to 16 bits; the lower (upper) halves of a and b,
-// one behind the other or with their 32-bit lanes taken in turn; 32-bit lanes by number.
+// Within each 16 bytes: signed 32-bit lanes of a, then of b, clamped to 16 bits; the upper halves of a and b; 32-bit
+// lanes of a and b in turn, from their lower (upper) halves; the even 32-bit lanes of a, then of b; lanes by number.
 PPL_INLINE vec<64> narrow_s32(vec<64> a, vec<64> b) {
   return {_mm512_packs_epi32(a.v, b.v)};
-}
-PPL_INLINE vec<64> lower64(vec<64> a, vec<64> b) {
-  return {_mm512_unpacklo_epi64(a.v, b.v)};
 }
 PPL_INLINE vec<64> upper64(vec<64> a, vec<64> b) {
   return {_mm512_unpackhi_epi64(a.v, b.v)};
@@ -1092,9 +1114,21 @@ PPL_INLINE vec<64> lower32(vec<64> a, vec<64> b) {
 PPL_INLINE vec<64> upper32(vec<64> a, vec<64> b) {
   return {_mm512_unpackhi_epi32(a.v, b.v)};
 }
+PPL_INLINE vec<64> even_lanes32(vec<64> a, vec<64> b) {
+  return {_mm512_castps_si512(_mm512_shuffle_ps(_mm512_castsi512_ps(a.v), _mm512_castsi512_ps(b.v), 0x88))};
+}
 template <int I0, int I1, int I2, int I3>
 PPL_INLINE vec<64> shuffle32(vec<64> a) {
   return {_mm512_shuffle_epi32(a.v, static_cast<_MM_PERM_ENUM>(I0 | I1 << 2 | I2 << 4 | I3 << 6))};
+}
+// The even byte of each 16-bit lane less the odd one.
+PPL_INLINE vec<64> even_minus_odd(vec<64> a) {
+  return {_mm512_maddubs_epi16(a.v, _mm512_set1_epi16(static_cast<short>(0xff01)))};
+}
+// Within each 16 bytes: the even bytes, then the odd ones.
+PPL_INLINE vec<64> even_then_odd(vec<64> a) {
+  return {_mm512_shuffle_epi8(
+      a.v, _mm512_broadcast_i32x4(_mm_set_epi8(15, 13, 11, 9, 7, 5, 3, 1, 14, 12, 10, 8, 6, 4, 2, 0)))};
 }
 // kTimes (1, 2, 4) the sums of the bytes of a and b, widened likewise.
 template <int kTimes>
@@ -1147,6 +1181,15 @@ template <class V>
 PPL_INLINE V set16(int x) {
   V d;
   set16_to(d, x);
+  return d;
+}
+// The same for a factor of mullo16(), out of the compiler's sight: gcc takes a multiplication by lanes that it knows
+// apart into shifts and additions, up to five for the one.
+template <class V>
+PPL_INLINE V factor16(int x) {
+  V d;
+  set16_to(d, x);
+  asm("" : "+x"(d.v));
   return d;
 }
 template <class V>

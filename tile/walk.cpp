@@ -4,6 +4,7 @@
 
 #include "platform/levels.h"
 #include "tile/lens_rows.h"
+#include "tile/statistics_sums.h"
 
 namespace ppl {
 
@@ -70,13 +71,13 @@ uint8_t* scratch_row_at(const walk& w, int row) {
 // `rows`: the two that passed the front end last.
 void gather_statistics(walk& w, int output_row_pair, const uint8_t* const* rows) {
   const path_traits& path = *w.path;
+  enter_row_pair(*w.context, output_row_pair);
   w.kernels->statistics({.context = w.context,
                          .black_even = scratch_row_at(w, kBlackEven),
                          .black_odd = scratch_row_at(w, kBlackOdd),
                          .tone_even = rows[0],
                          .tone_odd = rows[1],
                          .plain_only = !path.full_statistics,
-                         .row_pair = output_row_pair,
                          .last_tile = w.tiles - 1 - path.right,
                          .tile_lead = path.lead_tiles});
 }
@@ -474,6 +475,7 @@ void run_tile_path(const frame_job& job) {
   prepare_flat_colours(w);
   const stage_list plan = plan_stages(*path, w.three_planes, w.writer.wants_unfiltered_chroma);
   place_rings(w, plan);
+  clear_sums(c->sums);
 
   const int last_lag = plan.stages[plan.n_stages - 1].lag;
   const uint32_t last_first =
@@ -483,6 +485,7 @@ void run_tile_path(const frame_job& job) {
       const int first = top - plan.stages[i].lag;
       if (static_cast<uint32_t>(first + 1) <= last_first) plan.stages[i].run(w, first);
     }
+  settle_sums(*c);
 }
 
 }  // namespace ppl
