@@ -228,18 +228,9 @@ PPL_INLINE void interleave32(vec<64> a, vec<64> b, vec<64>& first, vec<64>& seco
 }
 #endif
 
-// ---- RGB24
+// ---- RGB24, with byte shuffles; without them see row_rgb24.h
 
-#ifndef __SSSE3__
-// Each 32-bit lane with its low (high) 16-bit lane in both places.
-PPL_INLINE vec<16> repeat_low16(vec<16> a) {
-  return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(a.v, 0xa0), 0xa0)};
-}
-PPL_INLINE vec<16> repeat_high16(vec<16> a) {
-  return {_mm_shufflehi_epi16(_mm_shufflelo_epi16(a.v, 0xf5), 0xf5)};
-}
-#endif
-
+#ifdef __SSSE3__
 // V::size / 2 pixels, their colours in signed 16-bit lanes, not yet clamped.
 template <class V>
 struct bgr16 {
@@ -265,15 +256,14 @@ PPL_INLINE void load_for_bgr(const uint8_t* p, V& first, V& second) {
   second = loadu<V>(p + V::size);
 }
 
-#ifdef __SSSE3__
 // 16 pixels, blue and green of eight packed together, red of sixteen: where the bytes of the three output vectors
 // come from. The first takes nothing from the second eight pixels, the last nothing from the first.
-struct bgr_table {
+struct bgr_picks {
   alignas(16) uint8_t blue_green_0[3][16], blue_green_1[3][16], red[3][16];
 };
-constexpr bgr_table make_bgr_table() {
+constexpr bgr_picks make_bgr_picks() {
   constexpr uint8_t none = 0x80;
-  bgr_table t = {};
+  bgr_picks t = {};
   for (int k = 0; k < 48; k++) {
     const int pixel = k / 3, plane = k % 3, at = plane * 8 + pixel % 8;
     t.blue_green_0[k / 16][k % 16] = plane < 2 && pixel < 8 ? static_cast<uint8_t>(at) : none;
@@ -284,40 +274,18 @@ constexpr bgr_table make_bgr_table() {
 }
 template <class V>
 PPL_INLINE void bgr_parts(V bg0, V bg1, V r, V (&part)[3]) {
-  static constexpr bgr_table t = make_bgr_table();
+  static constexpr bgr_picks t = make_bgr_picks();
   part[0] = shuffle8(bg0, repeat16<V>(t.blue_green_0[0])) | shuffle8(r, repeat16<V>(t.red[0]));
   part[1] = shuffle8(bg0, repeat16<V>(t.blue_green_0[1])) | shuffle8(bg1, repeat16<V>(t.blue_green_1[1])) |
             shuffle8(r, repeat16<V>(t.red[1]));
   part[2] = shuffle8(bg1, repeat16<V>(t.blue_green_1[2])) | shuffle8(r, repeat16<V>(t.red[2]));
 }
-#endif
 
 // V::size pixels, clamped to bytes B, G, R: three vectors.
 PPL_INLINE void store_bgr(uint8_t* out, const bgr16<vec<16>>& first, const bgr16<vec<16>>& second) {
-#ifdef __SSSE3__
   vec<16> part[3];
   bgr_parts(pack_u8(first.b, first.g), pack_u8(second.b, second.g), pack_u8(first.r, second.r), part);
   for (int i = 0; i < 3; i++) storeu(out + 16 * i, part[i]);
-#else
-  // Four bytes a pixel first, then the unused byte of each is closed up: within 64 bits, within 128.
-  const vec<16> b = pack_u8(first.b, second.b), g = pack_u8(first.g, second.g),
-                r = pack_u8(first.r, second.r);
-  vec<16> bg[2], r0[2], four[4];
-  interleave8(b, g, bg[0], bg[1]);
-  interleave8(r, zero<vec<16>>(), r0[0], r0[1]);
-  interleave16(bg[0], r0[0], four[0], four[1]);
-  interleave16(bg[1], r0[1], four[2], four[3]);
-  const __m128i even_pixel = _mm_set1_epi64x(0x0000000000ffffff), low = _mm_set_epi64x(0, -1);
-  __m128i twelve[4];
-  for (int i = 0; i < 4; i++) {
-    const __m128i one = _mm_and_si128(four[i].v, even_pixel);
-    const __m128i six = _mm_or_si128(one, _mm_srli_epi64(_mm_andnot_si128(even_pixel, four[i].v), 8));
-    twelve[i] = _mm_or_si128(_mm_and_si128(six, low), _mm_srli_si128(_mm_andnot_si128(low, six), 2));
-  }
-  storeu(out, vec<16>{_mm_or_si128(twelve[0], _mm_slli_si128(twelve[1], 12))});
-  storeu(out + 16, vec<16>{_mm_or_si128(_mm_srli_si128(twelve[1], 4), _mm_slli_si128(twelve[2], 8))});
-  storeu(out + 32, vec<16>{_mm_or_si128(_mm_srli_si128(twelve[2], 8), _mm_slli_si128(twelve[3], 4))});
-#endif
 }
 #if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
 PPL_INLINE void store_bgr(uint8_t* out, const bgr16<vec<32>>& first, const bgr16<vec<32>>& second) {
@@ -367,6 +335,8 @@ PPL_INLINE void store_bgr(uint8_t* out, const bgr16<vec<64>>& first, const bgr16
   storeu(out + 128, vec<64>{_mm512_permutex2var_epi8(bg1, load<vec<64>>(t.third).v, r)});
 }
 #endif
+
+#endif  // __SSSE3__
 
 // ---- one unit of the 12-bit layout, see row_planes.h
 template <int Order>

@@ -7,6 +7,7 @@
 
 #include "convert/convert_kernels.h"
 #include "convert/packed_ops.h"
+#include "tile/store_rgb.h"
 
 namespace ppl::PPL_LEVEL {
 
@@ -25,17 +26,6 @@ PPL_INLINE bgr16<V> colours(V packed) {
           r = madd8(set16<V>(102 << 8), uv);
   return {sra16<6>(add16(y, b)), sra16<6>(sub16(y, g)), sra16<6>(add16(y, r))};
 }
-#else
-template <layout L, class V>
-PPL_INLINE bgr16<V> colours(V packed) {
-  const V y = mullo16(subs_u16(luma16<L>(packed), set16<V>(16)), set16<V>(74));
-  const V uv = sub16(chroma16<L>(packed), set16<V>(128));
-  const V blue_red = mullo16(uv, set32<V>(129 | 102 << 16)), green = madd16(uv, set32<V>(25 | 52 << 16));
-  return {sra16<6>(add16(y, repeat_low16(blue_red))), sra16<6>(sub16(y, repeat_low16(green))),
-          sra16<6>(add16(y, repeat_high16(blue_red)))};
-}
-#endif
-
 template <layout L>
 static void rgb24_row(uint8_t* out, const uint8_t* in, int pixels) {
   walk_exact(pixels, [&]<class V>(int x) {
@@ -44,5 +34,30 @@ static void rgb24_row(uint8_t* out, const uint8_t* in, int pixels) {
     store_bgr(out + 3 * x, colours<L>(first), colours<L>(second));
   });
 }
+#else
+// Two pixels that share their chroma in the same lane of two vectors.
+template <layout L>
+static void rgb24_row(uint8_t* out, const uint8_t* in, int pixels) {
+  using V = vec16;
+  const V times_74 = factor16<V>(74), times_129 = factor16<V>(129), times_25 = factor16<V>(25),
+          times_52 = factor16<V>(52), times_102 = factor16<V>(102);
+  const auto words = [](V even_bytes, V odd_bytes) {
+    V first, second;
+    interleave16(sra16<6>(even_bytes), sra16<6>(odd_bytes), first, second);
+    return pack_u8(first, second);
+  };
+  for (int x = 0; x < pixels; x += 16) {
+    const V a = loadu<V>(in + 2 * x), b = loadu<V>(in + 2 * x + 16);
+    const V luma = subs_u8(luma_bytes<L>(a, b), set8<V>(16));
+    const V chroma = pack_u8(chroma16<L>(a), chroma16<L>(b));
+    const V y0 = mullo16(even(luma), times_74), y1 = mullo16(odd(luma), times_74);
+    const V u = sub16(even(chroma), set16<V>(128)), v = sub16(odd(chroma), set16<V>(128));
+    const V blue = mullo16(u, times_129), green = add16(mullo16(u, times_25), mullo16(v, times_52)),
+            red = mullo16(v, times_102);
+    store_bgr_words(out + 3 * x, words(add16(y0, blue), sub16(y0, green)),
+                    words(add16(y0, red), add16(y1, blue)), words(sub16(y1, green), add16(y1, red)));
+  }
+}
+#endif
 
 }  // namespace ppl::PPL_LEVEL

@@ -13,10 +13,9 @@
 #include "frame/context.h"
 #include "frame/output_plan.h"
 #include "frame/paths.h"
+#include "output/output_kernels.h"
 
 namespace ppl {
-
-struct output_kernels;
 
 constexpr int kTileColumns = 16;
 constexpr int kPlanePitch = 2048 + 64;
@@ -91,5 +90,11 @@ void repeat_row(const output_writer& w, int64_t to, int64_t from, int n);
 constexpr int64_t run_start(int64_t at, int count, int64_t step) {
   return step < 0 ? at + (count - 1) * step : at;
 }
+
+// RGB24 and RGB32: what the pixels of row i are made from, from column x on.
+rgb_source rgb_source_of(const output_writer& w, const finished_rows& rows, int i, int x);
+// Both rows as they are, of pixels of 3 or 4 bytes.
+void put_rgb_rows(const output_writer& w, const finished_rows& rows, int pixel_bytes, int64_t pitch,
+                  int64_t tile_step);
 
 }  // namespace ppl

@@ -14,12 +14,6 @@ namespace ppl {
 
 namespace {
 
-rgb_source source_of(const output_writer& w, const finished_rows& rows, int i, int x) {
-  if (w.quality == 15) return {rgb_source::yuv_words, {rows.luma[i] + x, rows.chroma[i] + x, nullptr}};
-  return {w.yuv_planes ? rgb_source::yuv_planes : rgb_source::planes,
-          {rows.luma[i] + x, rows.chroma[i] + x, rows.plane3[i] + x}};
-}
-
 // ---- planes of a row in the record's scratch
 
 struct plane_rows {
@@ -36,7 +30,7 @@ plane_rows wide_planes(const output_writer& w) {
 
 // R, G, B of row i, in scratch or where the path left them.
 rgb_source finished_planes(const output_writer& w, const finished_rows& rows, int i, bool unconverted) {
-  const rgb_source from = source_of(w, rows, i, 0);
+  const rgb_source from = rgb_source_of(w, rows, i, 0);
   if (from.kind == rgb_source::planes) return from;
   const plane_rows to = scratch_planes(w);
   if (unconverted) {
@@ -60,7 +54,7 @@ void widen_planes(const output_writer& w, const rgb_source& from, const plane_ro
 
 // ---- doubled rows, by runs or by clipped tiles
 
-void put_doubled(output_writer& w, const finished_rows& rows) {
+void put_doubled(const output_writer& w, const finished_rows& rows) {
   const output_plan& plan = w.context->plan;
   const int64_t pitch = plan.rgb24_pitch.row_pitch;
   for (int i = 0; i < 2; ++i) {
@@ -79,12 +73,11 @@ void put_doubled(output_writer& w, const finished_rows& rows) {
       put_inside(w, at + 3 * x, block, 48);
     }
   }
-  w.luma += int64_t{w.tiles - 1} * plan.rgb24.tile_step;
 }
 
 // ---- halved rows
 
-void put_halved_row(output_writer& w, const finished_rows& rows) {
+void put_halved_row(const output_writer& w, const finished_rows& rows) {
   const output_plan& plan = w.context->plan;
   const rgb_source full = finished_planes(w, rows, 0, false);
   const plane_rows half = wide_planes(w);
@@ -92,7 +85,6 @@ void put_halved_row(output_writer& w, const finished_rows& rows) {
   const rgb_source from = {rgb_source::planes, {half.plane[0], half.plane[1], half.plane[2]}};
   const int64_t at = run_start(w.luma, w.tiles, plan.rgb24.tile_step);
   w.kernels->rgb24(w.base + at, from, w.width / 2, false);
-  w.luma += int64_t{w.tiles - 1} * plan.rgb24.tile_step;
 }
 
 // Pairs of tiles are found by the alignment of the pair's place. Where that slips, a pair's earlier tile is the last
@@ -103,8 +95,7 @@ void put_halved_tiles(output_writer& w, const finished_rows& rows) {
   uint8_t pair[3][32], half[3][16], block[48];
   for (int t = 0; t < w.tiles; ++t) {
     const int x = t * kTileColumns;
-    const int64_t at = w.h_mirror ? w.luma : w.luma - step;
-    if (t < w.tiles - 1) w.luma += step;
+    const int64_t at = w.luma + int64_t{w.h_mirror ? t : t - 1} * step;
     if ((at & 15) != 0) {
       if (w.quality == 15)
         for (int i = 0; i < 3; ++i) __builtin_memcpy(w.held[i], full.plane[i] + x, 16);
@@ -124,26 +115,6 @@ void put_halved_tiles(output_writer& w, const finished_rows& rows) {
   for (int i = 0; i < 3; ++i) __builtin_memcpy(w.held[i], odd_row.plane[i] + w.width - 16, 16);
 }
 
-// ---- rows as they are
-
-void put_full(output_writer& w, const finished_rows& rows) {
-  const output_plan& plan = w.context->plan;
-  const int64_t pitch = plan.rgb24_pitch.row_pitch;
-  const int64_t at = run_start(w.luma, w.tiles, plan.rgb24.tile_step);
-  for (int i = 0; i < 2; ++i) {
-    if (w.ordinary) {
-      w.kernels->rgb24(w.base + at + i * pitch, source_of(w, rows, i, 0), w.width, w.h_mirror);
-      continue;
-    }
-    uint8_t block[48];
-    for (int t = 0; t < w.tiles; ++t) {
-      w.kernels->rgb24(block, source_of(w, rows, i, t * kTileColumns), 16, w.h_mirror);
-      put_inside(w, w.luma + i * pitch + int64_t{t} * plan.rgb24.tile_step, block, 48);
-    }
-  }
-  w.luma += int64_t{w.tiles - 1} * plan.rgb24.tile_step;
-}
-
 // The first byte of the row in which the tiles' pointers give `at`.
 int64_t row_start(const output_writer& w, int64_t at) {
   return w.h_mirror ? at + 96 - 3 * int64_t{w.context->out_width} : at;
@@ -154,10 +125,10 @@ void put(output_writer& w, int p, const finished_rows& rows) {
   if (w.decimation < 0)
     put_doubled(w, rows);
   else if (w.decimation == 0)
-    put_full(w, rows);
+    put_rgb_rows(w, rows, 3, w.context->plan.rgb24_pitch.row_pitch, plan.tile_step);
   else
     w.ordinary ? put_halved_row(w, rows) : put_halved_tiles(w, rows);
-  w.luma += plan.row_step;
+  w.luma += int64_t{w.tiles - 1} * plan.tile_step + plan.row_step;
   if (w.decimation >= 0) return;
   const int n = 3 * w.context->out_width;
   fill_row(w, row_start(w, w.luma + plan.fill_1), n, n);

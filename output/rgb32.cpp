@@ -12,35 +12,13 @@ namespace ppl {
 
 namespace {
 
-rgb_source source_of(const output_writer& w, const finished_rows& rows, int i, int x) {
-  return {w.yuv_planes ? rgb_source::yuv_planes : rgb_source::planes,
-          {rows.luma[i] + x, rows.chroma[i] + x, rows.plane3[i] + x}};
-}
-
-void put_full(output_writer& w, const finished_rows& rows) {
-  const output_plan& plan = w.context->plan;
-  const int64_t pitch = plan.rgb32_pitch.row_pitch;
-  const int64_t at = run_start(w.luma, w.tiles, plan.rgb32.tile_step);
-  for (int i = 0; i < 2; ++i) {
-    if (w.ordinary) {
-      w.kernels->rgb32(w.base + at + i * pitch, source_of(w, rows, i, 0), w.width, w.h_mirror);
-      continue;
-    }
-    uint8_t block[64];
-    for (int t = 0; t < w.tiles; ++t) {
-      w.kernels->rgb32(block, source_of(w, rows, i, t * kTileColumns), 16, w.h_mirror);
-      put_inside(w, w.luma + i * pitch + int64_t{t} * plan.rgb32.tile_step, block, 64);
-    }
-  }
-}
-
 // One pixel of each pair: the even column, under the mirror the odd one.
 void put_halved(output_writer& w, const finished_rows& rows) {
   const output_plan& plan = w.context->plan;
   uint8_t* const full[3] = {w.planes, w.planes + kPlanePitch, w.planes + 2 * kPlanePitch};
   uint8_t* const half[3] = {w.planes + 3 * kPlanePitch, w.planes + 4 * kPlanePitch,
                             w.planes + 5 * kPlanePitch};
-  w.kernels->rgb_planes(full, source_of(w, rows, 0, 0), w.width);
+  w.kernels->rgb_planes(full, rgb_source_of(w, rows, 0, 0), w.width);
   const int n = (w.width / 2 + 15) / 16 * 16;
   for (int i = 0; i < 3; ++i) w.kernels->halve(half[i], full[i] + (w.h_mirror ? 1 : 0), n, false);
   const int64_t at = run_start(w.luma, w.tiles, plan.rgb32.tile_step);
@@ -69,7 +47,7 @@ void put_doubled(output_writer& w, const finished_rows& rows) {
     const int64_t tile = w.luma + int64_t{t} * plan.rgb32.tile_step;
     for (int i = 0; i < 2; ++i) {
       uint8_t* const to[3] = {plane[i][0], plane[i][1], plane[i][2]};
-      w.kernels->rgb_planes(to, source_of(w, rows, i, t * kTileColumns), 16);
+      w.kernels->rgb_planes(to, rgb_source_of(w, rows, i, t * kTileColumns), 16);
       const int64_t at = tile + 2 * i * pitch;
       for (int c = 0; c < 3; ++c) {  // byte c of a pixel: blue, green, red
         const uint8_t* const p = plane[i][2 - c];
@@ -94,7 +72,7 @@ void put(output_writer& w, int, const finished_rows& rows) {
   if (w.decimation < 0)
     put_doubled(w, rows);
   else if (w.decimation == 0)
-    put_full(w, rows);
+    put_rgb_rows(w, rows, 4, w.context->plan.rgb32_pitch.row_pitch, plan.tile_step);
   else
     put_halved(w, rows);
   w.luma += int64_t{w.tiles - 1} * plan.tile_step + plan.row_step;

@@ -42,6 +42,29 @@ void repeat_row(const output_writer& w, int64_t to, int64_t from, int n) {
   for (int64_t i = 0; i < n; ++i) put_byte(w, to + i, byte_at(w, from + i));
 }
 
+rgb_source rgb_source_of(const output_writer& w, const finished_rows& rows, int i, int x) {
+  if (w.quality == 15) return {rgb_source::yuv_words, {rows.luma[i] + x, rows.chroma[i] + x, nullptr}};
+  return {w.yuv_planes ? rgb_source::yuv_planes : rgb_source::planes,
+          {rows.luma[i] + x, rows.chroma[i] + x, rows.plane3[i] + x}};
+}
+
+void put_rgb_rows(const output_writer& w, const finished_rows& rows, int pixel_bytes, int64_t pitch,
+                  int64_t tile_step) {
+  const auto pack = pixel_bytes == 3 ? w.kernels->rgb24 : w.kernels->rgb32;
+  const int64_t at = run_start(w.luma, w.tiles, tile_step);
+  for (int i = 0; i < 2; ++i) {
+    if (w.ordinary) {
+      pack(w.base + at + i * pitch, rgb_source_of(w, rows, i, 0), w.width, w.h_mirror);
+      continue;
+    }
+    uint8_t block[64];
+    for (int t = 0; t < w.tiles; ++t) {
+      pack(block, rgb_source_of(w, rows, i, t * kTileColumns), 16, w.h_mirror);
+      put_inside(w, w.luma + i * pitch + t * tile_step, block, 16 * pixel_bytes);
+    }
+  }
+}
+
 output_writer make_writer(const frame_job& job, int bottom_stages) {
   ppl_context& c = *job.context;
   const uint32_t quality = c.quality;

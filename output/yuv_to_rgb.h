@@ -22,24 +22,25 @@ PPL_INLINE V add_signed(V y, V chroma) {
   return subs_u8(adds_u8(y, subs_u8(chroma, zero_chroma)), subs_u8(zero_chroma, chroma));
 }
 
-// u U + v V of words, bytes U and V with 128 added.
-template <class V>
-PPL_INLINE V weighted(V words, int u, int v) {
+// kU U + kV V of words, bytes U and V with 128 added.
+template <int kU, int kV, class V>
+PPL_INLINE V weighted(V words) {
 #ifdef __SSSE3__
-  return madd8(words, set16<V>((u & 255) | v * 256));
+  return madd8(words, set16<V>((kU & 255) | kV * 256));
 #else
-  return add16(mullo16(even(words), set16<V>(u)), mullo16(odd(words), set16<V>(v)));
+  const V from_u = mullo16(even(words), factor16<V>(kU));
+  return kV == 0 ? from_u : add16(from_u, mullo16(odd(words), factor16<V>(kV)));
 #endif
 }
 
 // What green adds to Y, with 128 added, and its limit, not yet clamped. The constants undo the 128 of U and of V.
 template <class V>
 PPL_INLINE V green_change(V words) {
-  return srl16<7>(add16(weighted(words, -25, -65), set16<V>(128 * 128 + 64 + 128 * (25 + 65))));
+  return srl16<7>(add16(weighted<-25, -65>(words), set16<V>(128 * 128 + 64 + 128 * (25 + 65))));
 }
 template <class V>
 PPL_INLINE V green_limit(V words) {
-  return srl16<7>(add16(weighted(words, -25, 0), set16<V>(32767 + 64 + 128 * 25)));
+  return srl16<7>(add16(weighted<-25, 0>(words), set16<V>(32767 + 64 + 128 * 25)));
 }
 
 // The low or the high byte of each lane, twice.

@@ -27,7 +27,7 @@ PPL_INLINE void smooth_row(rows_around<3> r, uint8_t* u_sums, uint8_t* v_sums, u
     // 28 * (sum - 1152) >> 8, then 128 added: within 2..251, no clamp. 28 * 1152 = 126 * 256, so the bias moves
     // through the shift; the product itself is below 65536. U takes its high half times 256, V its high byte as it
     // stands.
-    const V u = mulhi_u16(nine(u_sums), set16<V>(28 << 8)), v = mullo16(nine(v_sums), set16<V>(28));
+    const V u = mulhi_u16(nine(u_sums), set16<V>(28 << 8)), v = mullo16(nine(v_sums), factor16<V>(28));
     store(out + x, add8(even_odd(u, v), set8<V>(2)));
   });
 }

@@ -22,6 +22,27 @@ constexpr bgr_table<N> make_bgr_table(uint8_t none) {
   return t;
 }
 
+#ifndef __SSSE3__
+// Eight pairs of pixels, each pair as three words: B G, R B, G R. The words of a pair come together with one that is
+// stored for nothing and overwritten by the next pair; the last pair is stored to its end and no further.
+PPL_INLINE void store_bgr_words(uint8_t* out, vec<16> bg, vec<16> rb, vec<16> gr) {
+  vec<16> bgrb[2], gr_[2], pairs[4];
+  interleave16(bg, rb, bgrb[0], bgrb[1]);
+  interleave16(gr, gr, gr_[0], gr_[1]);
+  for (int i = 0; i < 2; i++) {
+    pairs[2 * i].v = _mm_unpacklo_epi32(bgrb[i].v, gr_[i].v);
+    pairs[2 * i + 1].v = _mm_unpackhi_epi32(bgrb[i].v, gr_[i].v);
+  }
+  for (int i = 0; i < 4; i++) {
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(out + 12 * i), pairs[i].v);
+    if (i < 3) _mm_storeh_pd(reinterpret_cast<double*>(out + 12 * i + 6), _mm_castsi128_pd(pairs[i].v));
+  }
+  const __m128i last = _mm_srli_si128(pairs[3].v, 8);
+  _mm_storeu_si32(out + 42, last);
+  _mm_storeu_si16(out + 46, _mm_srli_epi64(last, 32));
+}
+#endif
+
 // V::size pixels from their three planes: three vectors.
 PPL_INLINE void store_bgr(uint8_t* out, vec<16> b, vec<16> g, vec<16> r) {
 #ifdef __SSSE3__
@@ -33,23 +54,7 @@ PPL_INLINE void store_bgr(uint8_t* out, vec<16> b, vec<16> g, vec<16> r) {
     storeu(out + 16 * i, x | y | z);
   }
 #else
-  // Four bytes a pixel first, then the unused byte of each is closed up: within 64 bits, within 128.
-  vec<16> bg[2], r0[2], four[4];
-  interleave8(b, g, bg[0], bg[1]);
-  interleave8(r, zero<vec<16>>(), r0[0], r0[1]);
-  interleave16(bg[0], r0[0], four[0], four[1]);
-  interleave16(bg[1], r0[1], four[2], four[3]);
-  const __m128i first = _mm_set1_epi64x(0x0000000000ffffff), second = _mm_set1_epi64x(0x0000ffffff000000);
-  const __m128i low = _mm_set_epi64x(0, -1);
-  __m128i twelve[4];
-  for (int i = 0; i < 4; i++) {
-    const __m128i six =
-        _mm_or_si128(_mm_and_si128(four[i].v, first), _mm_and_si128(_mm_srli_epi64(four[i].v, 8), second));
-    twelve[i] = _mm_or_si128(_mm_and_si128(six, low), _mm_srli_si128(_mm_andnot_si128(low, six), 2));
-  }
-  storeu(out, vec<16>{_mm_or_si128(twelve[0], _mm_slli_si128(twelve[1], 12))});
-  storeu(out + 16, vec<16>{_mm_or_si128(_mm_srli_si128(twelve[1], 4), _mm_slli_si128(twelve[2], 8))});
-  storeu(out + 32, vec<16>{_mm_or_si128(_mm_srli_si128(twelve[2], 8), _mm_slli_si128(twelve[3], 4))});
+  store_bgr_words(out, even(b) | sll16<8>(g), even_odd(r, b), even_odd(srl16<8>(g), r));
 #endif
 }
 #if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)

@@ -33,6 +33,12 @@ struct width {
 };
 constexpr width kWidths[] = {{16, 1, kSse4, kOver16}, {32, 2, kAvx2, kOver32}, {64, 3, -1, nullptr}};
 
+constexpr decltype(&peers::camera_jobs) kJobs[] = {peers::camera_jobs, peers::decoder_jobs,
+#ifdef PPL_PEER_GSTREAMER
+                                                   peers::field_jobs,
+#endif
+                                                   peers::scaler_jobs};
+
 constexpr int kBurst = 4;
 
 double time_of(const std::function<void()>& work) {
@@ -94,7 +100,7 @@ int main(int argc, char** argv) {
   const double seconds = argc > 2 ? atof(argv[2]) : 0.2;
   printf("| job: ours : theirs | size | ours | theirs | by | ours / theirs |\n|---|---|---|---|---|---|\n");
   for (const bench::size s : {bench::size{640, 480}, bench::size{1920, 1080}})
-    for (const auto make : {peers::camera_jobs, peers::decoder_jobs, peers::scaler_jobs}) {
+    for (const auto make : kJobs) {
       std::vector<peers::job> jobs = make(s, held->level_number);
       for (peers::job& job : jobs) {
         const peers::job one = std::move(job);  // its context is free again when it is done

@@ -27,5 +27,6 @@ struct job {
 std::vector<job> camera_jobs(bench::size s, int level_number);
 std::vector<job> decoder_jobs(bench::size s, int level_number);
 std::vector<job> scaler_jobs(bench::size s, int level_number);
+std::vector<job> field_jobs(bench::size s, int level_number);  // none where the peer is not installed
 
 }  // namespace peers
