@@ -33,8 +33,8 @@ PPL_INLINE void smooth_row(rows_around<3> r, uint8_t* u_sums, uint8_t* v_sums, u
 }
 
 static void smooth(const smooth_args& a) {
-  for (int i = 0; i < 2; ++i)
-    if (in_bits(a.made, i)) smooth_row(three_rows(a.chroma + i), a.u_sums, a.v_sums, a.out[i], a.width);
+  each_row(a.made,
+           [&](int i) { smooth_row(three_rows(a.chroma + i), a.u_sums, a.v_sums, a.out[i], a.width); });
 }
 
 }  // namespace ppl::PPL_LEVEL
