@@ -756,7 +756,7 @@ struct frame_size {
 frame_size random_size(random_source& random) {
   constexpr int tiles[] = {1, 2, 2, 2, 3, 4, 4, 4, 5, 6, 6, 7, 8, 8, 8, 9, 10, 12, 14, 16, 18, 20};
   int T = random.pick(tiles), N = random.between(1, 20);
-  if (random.chance(3)) {
+  if (random.chance(8)) {
     T = random.between(21, 126);
     N = random.between(1, 8);
   }

@@ -20,20 +20,21 @@ PPL_INLINE void smooth_row(rows_around<3> r, uint8_t* u_sums, uint8_t* v_sums, u
     store(v_sums + at, add16(add16(odd(r0), odd(r1)), odd(r2)));
   });
   walk_padded(width, [&]<class V>(int x) {
-    const auto scaled = [&](const uint8_t* sums) {
+    const auto nine = [&](const uint8_t* sums) {
       const V left = load<V>(sums + x), centre = loadu<V>(sums + x + kWordBytes);
-      const V sum = add16(add16(left, centre), loadu<V>(sums + x + 2 * kWordBytes));
-      // 28 * (sum - 1152) >> 8, then 128 added: within 2..251, no clamp. 28 * 1152 = 126 * 256, so the bias moves
-      // through the shift; the product itself wraps and is taken as unsigned.
-      return add16(srl16<8>(mullo16(sum, set16<V>(28))), set16<V>(2));
+      return add16(add16(left, centre), loadu<V>(sums + x + 2 * kWordBytes));
     };
-    store(out + x, join8(scaled(u_sums), scaled(v_sums)));
+    // 28 * (sum - 1152) >> 8, then 128 added: within 2..251, no clamp. 28 * 1152 = 126 * 256, so the bias moves
+    // through the shift; the product itself is below 65536. U takes its high half times 256, V its high byte as it
+    // stands.
+    const V u = mulhi_u16(nine(u_sums), set16<V>(28 << 8)), v = mullo16(nine(v_sums), factor16<V>(28));
+    store(out + x, add8(even_odd(u, v), set8<V>(2)));
   });
 }
 
 static void smooth(const smooth_args& a) {
-  for (int i = 0; i < 2; ++i)
-    if (in_bits(a.made, i)) smooth_row(three_rows(a.chroma + i), a.u_sums, a.v_sums, a.out[i], a.width);
+  each_row(a.made,
+           [&](int i) { smooth_row(three_rows(a.chroma + i), a.u_sums, a.v_sums, a.out[i], a.width); });
 }
 
 }  // namespace ppl::PPL_LEVEL

@@ -136,24 +136,19 @@ static void demosaic(const demosaic_args& a, int i) {
                                   a.flat_b};
   const colour_out out = {a.luma[i], in_bits(a.with_chroma, i) ? a.chroma[i] : nullptr,
                           a.plane3 != nullptr ? a.plane3[i] : nullptr};
-  (a.odd_row ^ i) != 0 ? demosaic_row<Interpolator, true>(source, *a.matrix, out, a.width)
-                       : demosaic_row<Interpolator, false>(source, *a.matrix, out, a.width);
+  ((a.odd_row + i) & 1) != 0 ? demosaic_row<Interpolator, true>(source, *a.matrix, out, a.width)
+                             : demosaic_row<Interpolator, false>(source, *a.matrix, out, a.width);
 }
 
 static void demosaic_gradient(const demosaic_args& a) {
-  for (int i = 0; i < 2; ++i)
-    if (in_bits(a.made, i)) demosaic<gradient_interpolator>(a, i);
+  each_row(a.made, [&](int i) { demosaic<gradient_interpolator>(a, i); });
 }
 static void demosaic_bilinear(const demosaic_args& a) {
-  for (int i = 0; i < 2; ++i)
-    if (in_bits(a.made, i)) demosaic<bilinear_interpolator>(a, i);
+  each_row(a.made, [&](int i) { demosaic<bilinear_interpolator>(a, i); });
 }
 static void demosaic_directed(const demosaic_args& a) {
-  for (int i = 0; i < 2; ++i) {
-    if (!in_bits(a.made, i)) continue;
-    in_bits(a.with_flat, i) ? demosaic<directed_interpolator<true>>(a, i)
-                            : demosaic<directed_interpolator<false>>(a, i);
-  }
+  each_row(a.made & a.with_flat, [&](int i) { demosaic<directed_interpolator<true>>(a, i); });
+  each_row(a.made & ~a.with_flat, [&](int i) { demosaic<directed_interpolator<false>>(a, i); });
 }
 
 }  // namespace ppl::PPL_LEVEL

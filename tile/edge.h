@@ -48,13 +48,12 @@ PPL_INLINE void edge_row(const edge_band& band, rows_around<3> r, uint8_t* to, i
 
 static void edge(const edge_args& a) {
   const edge_band band(*a.context);
-  for (int i = 0; i < 2; ++i) {
-    if (!in_bits(a.made, i)) continue;
+  each_row(a.made, [&](int i) {
     if (band.high.lane[0] > 1020)
       edge_row<false>(band, three_rows(a.luma + i), a.out[i], a.width);
     else
       edge_row<true>(band, three_rows(a.luma + i), a.out[i], a.width);
-  }
+  });
 }
 
 }  // namespace ppl::PPL_LEVEL

@@ -37,11 +37,10 @@ PPL_INLINE void green_fill_row(rows_around<5> r, uint8_t* out, vec_i16 threshold
 
 static void green_fill(const green_args& a) {
   const vec_i16 threshold = a.context->CFA_T1_vector;
-  for (int i = 0; i < 2; ++i) {
-    if (!in_bits(a.made, i)) continue;
-    (a.odd_row ^ i) != 0 ? green_fill_row<true>(five_rows(a.rows + i), a.out[i], threshold, a.width)
-                         : green_fill_row<false>(five_rows(a.rows + i), a.out[i], threshold, a.width);
-  }
+  each_row(a.made, [&](int i) {
+    ((a.odd_row + i) & 1) != 0 ? green_fill_row<true>(five_rows(a.rows + i), a.out[i], threshold, a.width)
+                               : green_fill_row<false>(five_rows(a.rows + i), a.out[i], threshold, a.width);
+  });
 }
 
 }  // namespace ppl::PPL_LEVEL

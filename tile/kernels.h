@@ -1,5 +1,5 @@
-// The entry points of the tile pipeline's vector code. Each works on the two rows of a row pair, or makes rows r and
-// r + 1. Rows of a ring are handed over as a list of row pointers, which begins at the row that the comment tells.
+// The entry points of the tile pipeline's vector code. Each works on the two rows of a row pair, or makes some of the
+// rows r, r + 1 ... from a ring: rows of a ring are handed over as a list of row pointers.
 //
 // Row storage: a row starts at a multiple of 64 bytes; `width` bytes (a multiple of 16) are real, and 64 bytes
 // on either side belong to the row's surroundings: kernels may read them, and may write behind the row's end up
@@ -21,10 +21,16 @@ namespace ppl {
 
 constexpr int kTile = 16;
 
-// Some of two rows: bit 0 for r, bit 1 for r + 1.
+// Some of the rows r, r + 1 ...: bit i stands for row r + i.
 using row_bits = uint32_t;
 constexpr bool in_bits(row_bits rows, int i) {
   return (rows >> i & 1) != 0;
+}
+// Runs body(i) for each of them.
+template <class Body>
+inline __attribute__((always_inline)) void each_row(row_bits rows, Body&& body) {
+  for (int i = 0; rows != 0; ++i, rows >>= 1)
+    if ((rows & 1) != 0) body(i);
 }
 
 // tile/front_end.h
@@ -48,7 +54,7 @@ struct statistics_args {
   int32_t tile_lead;                    // tiles by which the front end runs ahead
 };
 
-// tile/median.h: rows r - 2 .. r + 3
+// tile/median.h: rows r - 2 ...
 struct median_args {
   const ppl_context* context;
   const uint8_t* const* rows;
@@ -58,7 +64,7 @@ struct median_args {
   int32_t width;
 };
 
-// tile/green_fill.h: rows r - 2 .. r + 3
+// tile/green_fill.h: rows r - 2 ...
 struct green_args {
   const ppl_context* context;
   const uint8_t* const* rows;
@@ -85,7 +91,7 @@ struct colour_matrix {
   vec_i16 bias[3];    // after it: 128 for a chroma row, else 0
 };
 
-// tile/demosaic.h: rows r - 1 .. r + 2 of the mosaic (and of the green rows where they exist)
+// tile/demosaic.h: rows r - 1 ... of the mosaic (and of the green rows where they exist)
 struct demosaic_args {
   const uint8_t* const* rows;
   const uint8_t* const* green;
@@ -99,7 +105,7 @@ struct demosaic_args {
   int32_t width;
 };
 
-// tile/noise_filter.h: rows r - 1 .. r + 2
+// tile/noise_filter.h: rows r - 1 ...
 struct noise_args {
   const ppl_context* context;
   const uint8_t *const *luma, *const *chroma;
@@ -108,7 +114,7 @@ struct noise_args {
   int32_t width;
 };
 
-// tile/edge.h: rows r - 1 .. r + 2
+// tile/edge.h: rows r - 1 ...
 struct edge_args {
   const ppl_context* context;
   const uint8_t* const* luma;
@@ -129,7 +135,7 @@ struct mosaic_edge_args {
   int32_t width;
 };
 
-// tile/chroma_smoothing.h: rows r - 1 .. r + 2
+// tile/chroma_smoothing.h: rows r - 1 ...
 struct smooth_args {
   const uint8_t* const* chroma;
   uint8_t *u_sums, *v_sums;  // row storage of width + 4 bytes, for the sums of three rows

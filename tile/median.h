@@ -59,11 +59,10 @@ static void median(const median_args& a) {
   const ppl_context& record = *a.context;
   const median_detail::levels c = {record.medium_hot, record.medium_hot_percent, record.medium_dead,
                                    record.medium_dead_percent};
-  for (int i = 0; i < 2; ++i) {
-    if (!in_bits(a.made, i)) continue;
-    (a.odd_row ^ i) != 0 ? median_row<true>(c, five_rows(a.rows + i), a.out[i], a.width)
-                         : median_row<false>(c, five_rows(a.rows + i), a.out[i], a.width);
-  }
+  each_row(a.made, [&](int i) {
+    ((a.odd_row + i) & 1) != 0 ? median_row<true>(c, five_rows(a.rows + i), a.out[i], a.width)
+                               : median_row<false>(c, five_rows(a.rows + i), a.out[i], a.width);
+  });
 }
 
 }  // namespace ppl::PPL_LEVEL

@@ -76,15 +76,14 @@ static void noise_filter(const noise_args& a) {
   using namespace noise_detail;
   const byte_limit vertical = below(a.context->edge_threshold_vector.lane[0]);
   const byte_limit horizontal = below(a.context->medium_diff_plus.lane[0]);
-  for (int i = 0; i < 2; ++i) {
-    if (!in_bits(a.made, i)) continue;
+  each_row(a.made, [&](int i) {
     const noise_rows rows = {three_rows(a.luma + i), three_rows(a.chroma + i), a.luma_out[i],
                              a.chroma_out[i]};
     if (vertical.any && horizontal.any)
       filter_rows(rows, vertical, horizontal, a.width);
     else
       copy_rows(rows, a.width);
-  }
+  });
 }
 
 }  // namespace ppl::PPL_LEVEL

@@ -8,6 +8,9 @@ namespace ppl {
 enum class interpolator : uint8_t { gradient, bilinear, directed, mosaic_edge };
 // Flat colours: none; those an earlier frame left; tested over blocks that start at even or at odd rows.
 enum class flat_colours : uint8_t { none, left_over, even_blocks, odd_blocks };
+constexpr bool is_tested(flat_colours flat) {
+  return flat == flat_colours::even_blocks || flat == flat_colours::odd_blocks;
+}
 
 // A quality path. Statistics run in row pairs 1 .. N - 1 - bottom and tiles 1 .. T - 1 - right of the output position,
 // on samples lead_row_pairs further down and lead_tiles further right.

@@ -30,12 +30,10 @@ void pad_words(uint8_t* row, int width) {
 }
 
 void pad_samples(uint8_t* const* rows, row_bits made, int width) {
-  for (int i = 0; i < 2; ++i)
-    if (in_bits(made, i)) pad_samples(rows[i], width);
+  each_row(made, [&](int i) { pad_samples(rows[i], width); });
 }
 void pad_words(uint8_t* const* rows, row_bits made, int width) {
-  for (int i = 0; i < 2; ++i)
-    if (in_bits(made, i)) pad_words(rows[i], width);
+  each_row(made, [&](int i) { pad_words(rows[i], width); });
 }
 
 // The record's scratch rows during a frame.
@@ -55,7 +53,7 @@ enum scratch_row {
 constexpr int kScratchPitch = 2048 + 64;
 constexpr int kLensScratch = 64 + kScratchRows * kScratchPitch;  // two rows of factors
 constexpr int kPlacesScratch = kLensScratch + 2 * 2 * 2048;      // the rings' lists of row pointers
-static_assert(kPlacesScratch + 2 * (kPoolRows + kPlane3Rows) * sizeof(uint8_t*) <=
+static_assert(kPlacesScratch + 2 * (kPoolRows + kPlane3Rows + kRings * (kMostRows - 2)) * sizeof(uint8_t*) <=
               kScratchBytes - kOutputScratch);
 
 template <class T>
@@ -82,7 +80,7 @@ void gather_statistics(walk& w, int output_row_pair, const uint8_t* const* rows)
                          .tile_lead = path.lead_tiles});
 }
 
-void front_end_stage(walk& w, int r) {
+void front_end_pair(walk& w, int r, uint8_t* const* rows) {
   ppl_context& c = *w.context;
   const path_traits& path = *w.path;
   const int output_row_pair = r / 2 - path.lead_row_pairs;
@@ -90,7 +88,6 @@ void front_end_stage(walk& w, int r) {
                        output_row_pair <= w.row_pairs - 1 - path.bottom && w.tiles - 1 - path.right >= 1;
   uint8_t* const source = w.job->source + static_cast<ptrdiff_t>(r) * c.frame_stride;
   uint16_t* const spare = scratch_at<uint16_t>(w, kLensScratch);
-  uint8_t* const* const rows = w.rows(path.medium_filter ? kRaw : kMosaic, r);
   w.kernels->front_end({.context = &c,
                         .source_even = source,
                         .source_odd = source + c.frame_stride,
@@ -107,39 +104,43 @@ void front_end_stage(walk& w, int r) {
   for (int i = 0; i < 2; ++i) pad_samples(rows[i], w.width);
 }
 
+void front_end_stage(walk& w, int first) {
+  uint8_t* const* const rows = w.rows(w.path->medium_filter ? kRaw : kMosaic, first);
+  for (int i = 0; i < w.step && first + i < w.height; i += 2) front_end_pair(w, first + i, rows + i);
+}
+
 // The first and last tile of a row, the row pairs above the path's first one and the last row pair pass unfiltered.
 void median_stage(walk& w, int first) {
-  uint8_t* mirrored[6];
-  uint8_t* const* const raw = w.rows(kRaw, first - 2, mirrored);
+  walk::row_list mirrored;
+  uint8_t* const* const raw = w.around(kRaw, first, 2, mirrored);
   uint8_t* const* const out = w.rows(kMosaic, first);
   const row_bits made = w.made(first);
   row_bits filtered = 0;
-  for (int i = 0; i < 2; ++i) {
+  each_row(made, [&](int i) {
     const int pair = (first + i) / 2;
     if (pair >= w.path->median_first_row_pair && pair <= w.row_pairs - 2 && w.tiles > 2) filtered |= 1u << i;
-  }
+  });
   w.kernels->median({.context = w.context,
                      .rows = raw,
                      .out = out,
-                     .made = made & filtered,
+                     .made = filtered,
                      .odd_row = first & 1,
                      .width = w.width});
-  for (int i = 0; i < 2; ++i) {
-    if (!in_bits(made, i)) continue;
+  each_row(made, [&](int i) {
     const int ends = in_bits(filtered, i) ? kTile : w.width;
     copy(out[i], raw[2 + i], ends);
     copy(out[i] + w.width - ends, raw[2 + i] + w.width - ends, ends);
     copy(w.job->source + static_cast<ptrdiff_t>(first + i) * w.context->frame_stride, out[i], w.width);
-  }
+  });
   pad_samples(out, made, w.width);
 }
 
 void green_stage(walk& w, int first) {
-  uint8_t* mirrored[6];
+  walk::row_list mirrored;
   uint8_t* const* const out = w.rows(kGreen, first);
   const row_bits made = w.made(first);
   w.kernels->green_fill({.context = w.context,
-                         .rows = w.rows(kMosaic, first - 2, mirrored),
+                         .rows = w.around(kMosaic, first, 2, mirrored),
                          .out = out,
                          .made = made,
                          .odd_row = first & 1,
@@ -159,10 +160,11 @@ const uint8_t* colour_row(const walk& w, int r, int neighbour, int slot) {
   return out;
 }
 
+// A tested path takes two rows a step.
 void find_flat_blocks(walk& w, int r) {
-  uint8_t* mirrored[6];
+  walk::row_list mirrored;
   const uint8_t* elsewhere[4];
-  uint8_t* const* const rows = w.rows(kMosaic, r - 2, mirrored);
+  uint8_t* const* const rows = w.around(kMosaic, r, 2, mirrored);
   const bool in_rows = w.context->frame_stride == w.context->frame_width;
   for (int i = 0; i < 4 && !in_rows; ++i) elsewhere[i] = colour_row(w, r, r - 1 + i, i);
   w.kernels->flat_test({.context = w.context,
@@ -199,20 +201,22 @@ bool flat_in_row(const walk& w, int r) {
   return !w.path->edge || r == 1 || (r >= 3 && r <= w.height - 2);
 }
 
-row_bits flat_rows(const walk& w, int first) {
-  return row_bits{flat_in_row(w, first)} | row_bits{flat_in_row(w, first + 1)} << 1;
+row_bits flat_rows(const walk& w, int first, row_bits made) {
+  row_bits flat = 0;
+  if (w.path->flat != flat_colours::none)
+    each_row(made, [&](int i) { flat |= row_bits{flat_in_row(w, first + i)} << i; });
+  return flat;
 }
 
 void demosaic_stage(walk& w, int first) {
   const path_traits& path = *w.path;
-  const bool tested = path.flat == flat_colours::even_blocks || path.flat == flat_colours::odd_blocks;
-  if (tested && w.inside(first) && flat_in_row(w, first)) find_flat_blocks(w, first);
-  uint8_t *mirrored[4], *mirrored_green[4];
+  if (is_tested(path.flat) && w.inside(first) && flat_in_row(w, first)) find_flat_blocks(w, first);
+  walk::row_list mirrored, mirrored_green;
   const row_bits made = w.made(first);
   const bool all_chroma = path.noise_filter || w.three_planes;
   const demosaic_args a = {
-      .rows = w.rows(kMosaic, first - 1, mirrored),
-      .green = path.demosaic == interpolator::directed ? w.rows(kGreen, first - 1, mirrored_green) : nullptr,
+      .rows = w.around(kMosaic, first, 1, mirrored),
+      .green = path.demosaic == interpolator::directed ? w.around(kGreen, first, 1, mirrored_green) : nullptr,
       .flat_mask = w.flat_mask,
       .flat_r = w.flat_r,
       .flat_g = w.flat_g,
@@ -223,7 +227,7 @@ void demosaic_stage(walk& w, int first) {
       .plane3 = w.three_planes ? w.rows(kPlane3, first) : nullptr,
       .made = made,
       .with_chroma = all_chroma ? made : w.made(first, w.chroma_put_out),
-      .with_flat = path.flat != flat_colours::none ? flat_rows(w, first) : 0,
+      .with_flat = flat_rows(w, first, made),
       .odd_row = first & 1,
       .width = w.width};
   switch (path.demosaic) {
@@ -243,9 +247,10 @@ void demosaic_stage(walk& w, int first) {
   if (path.noise_filter) pad_words(a.chroma, made, w.width);
 }
 
+// Two rows a step: each row pair sees what the one before it left.
 void mosaic_edge_stage(walk& w, int first) {
-  uint8_t* mirrored[4];
-  uint8_t* const* const rows = w.rows(kMosaic, first - 1, mirrored);
+  walk::row_list mirrored;
+  uint8_t* const* const rows = w.around(kMosaic, first, 1, mirrored);
   uint8_t *const *const luma = w.rows(kLuma, first), *const *const chroma = w.rows(kChroma, first);
   const row_bits with_chroma = w.made(first, w.three_planes ? kEveryRow : w.chroma_put_out);
   mosaic_edge_args a = {.context = w.context,
@@ -266,12 +271,12 @@ void mosaic_edge_stage(walk& w, int first) {
 }
 
 void noise_stage(walk& w, int first) {
-  uint8_t *mirrored_luma[4], *mirrored_chroma[4];
+  walk::row_list mirrored_luma, mirrored_chroma;
   uint8_t *const *const luma = w.rows(kLumaNf, first), *const *const chroma = w.rows(kChromaNf, first);
   const row_bits made = w.made(first);
   w.kernels->noise_filter({.context = w.context,
-                           .luma = w.rows(kLuma, first - 1, mirrored_luma),
-                           .chroma = w.rows(kChroma, first - 1, mirrored_chroma),
+                           .luma = w.around(kLuma, first, 1, mirrored_luma),
+                           .chroma = w.around(kChroma, first, 1, mirrored_chroma),
                            .luma_out = luma,
                            .chroma_out = chroma,
                            .made = made,
@@ -281,17 +286,17 @@ void noise_stage(walk& w, int first) {
 }
 
 void edge_stage(walk& w, int first) {
-  uint8_t* mirrored[4];
+  walk::row_list mirrored;
   w.kernels->edge({.context = w.context,
-                   .luma = w.rows(w.path->noise_filter ? kLumaNf : kLuma, first - 1, mirrored),
+                   .luma = w.around(w.path->noise_filter ? kLumaNf : kLuma, first, 1, mirrored),
                    .out = w.rows(kLumaOut, first),
                    .made = w.made(first, w.luma_put_out),
                    .width = w.width});
 }
 
 void smooth_stage(walk& w, int first) {
-  uint8_t* mirrored[4];
-  w.kernels->smooth({.chroma = w.rows(kChromaNf, first - 1, mirrored),
+  walk::row_list mirrored;
+  w.kernels->smooth({.chroma = w.around(kChromaNf, first, 1, mirrored),
                      .u_sums = scratch_row_at(w, kSumsU),
                      .v_sums = scratch_row_at(w, kSumsV),
                      .out = w.rows(kChromaOut, first),
@@ -300,11 +305,18 @@ void smooth_stage(walk& w, int first) {
 }
 
 void output_stage(walk& w, int first) {
-  w.writer.put(w.writer, first / 2,
-               {.luma = w.rows(w.path->edge ? kLumaOut : kLuma, first),
-                .chroma = w.rows(w.path->noise_filter ? kChromaOut : kChroma, first),
-                .plane3 = w.three_planes ? w.rows(kPlane3, first) : nullptr,
-                .unfiltered_chroma = w.writer.wants_unfiltered_chroma ? w.rows(kChroma, first) : nullptr});
+  uint8_t* const* const luma = w.rows(w.path->edge ? kLumaOut : kLuma, first);
+  uint8_t* const* const chroma = w.rows(w.path->noise_filter ? kChromaOut : kChroma, first);
+  uint8_t* const* const plane3 = w.three_planes ? w.rows(kPlane3, first) : nullptr;
+  uint8_t* const* const unfiltered = w.writer.wants_unfiltered_chroma ? w.rows(kChroma, first) : nullptr;
+  for (int i = 0; i < w.step && first + i < w.height; i += 2) {
+    if (first + i < 0) continue;
+    w.writer.put(w.writer, (first + i) / 2,
+                 {.luma = luma + i,
+                  .chroma = chroma + i,
+                  .plane3 = plane3 != nullptr ? plane3 + i : nullptr,
+                  .unfiltered_chroma = unfiltered != nullptr ? unfiltered + i : nullptr});
+  }
 }
 
 // ---- the plan of a frame
@@ -388,12 +400,33 @@ constexpr bool rings_fit() {
 static_assert(rings_fit());
 static_assert(64 + kPoolRows * kScratchPitch <= kRingPoolBytes);
 
+// A step costs each stage a call, however narrow its rows are. A row more a step is a row more in each ring: as many as
+// leave the rings well inside the first-level cache, and so inside the pool.
+int rows_a_step(const path_traits& path, const stage_list& plan, int pitch) {
+  constexpr int kNear = 24 * 1024;
+  static_assert(kNear <= kRingPoolBytes - 64);
+  if (path.demosaic == interpolator::mosaic_edge || is_tested(path.flat)) return 2;
+  int rows = 0, rings = 0;
+  for (const int n : plan.ring_rows) {
+    rows += n;
+    rings += n != 0 ? 1 : 0;
+  }
+  int step = kMostRows;
+  while (step > 2 && (pitch * (rows + rings * (step - 2)) > kNear ||
+                      pitch * (plan.ring_rows[kPlane3] + step - 2) > kPlane3Rows * kScratchPitch))
+    step /= 2;
+  return step;
+}
+
 void place_rings(walk& w, const stage_list& plan) {
-  const int pitch = (w.width + 63) / 64 * 64 + 64;
+  int pitch = (w.width + 63) / 64 * 64 + 64;
+  // Rows whole pages apart would look like one row to the processor's queues of loads and stores.
+  if (pitch % 1024 == 0) pitch += 64;
+  w.step = rows_a_step(*w.path, plan, pitch);
   uint8_t* base = w.context->ring_pool + 64;
   uint8_t** places = scratch_at<uint8_t*>(w, kPlacesScratch);
   for (int i = 0; i < kRings; ++i) {
-    const int rows = plan.ring_rows[i];
+    const int rows = plan.ring_rows[i] != 0 ? plan.ring_rows[i] + w.step - 2 : 0;
     w.rings[i] = row_ring(places, i == kPlane3 ? scratch_row_at(w, kPlane3Row0) : base, pitch,
                           static_cast<uint32_t>(rows));
     places += 2 * rows;
@@ -469,7 +502,9 @@ void run_tile_path(const frame_job& job) {
   // Halved pictures take even rows alone; I420 takes chroma of even rows, halved of every second of those.
   const bool halved = c->decimation > 0;
   w.luma_put_out = halved && w.writer.ordinary ? kEvenRows : kEveryRow;
-  w.chroma_put_out = job.format != out_format::i420 ? w.luma_put_out : halved ? row_choice{3, 2} : kEvenRows;
+  w.chroma_put_out = job.format != out_format::i420 ? w.luma_put_out
+                     : halved                       ? kEverySecondEvenRow
+                                                    : kEvenRows;
   load_matrix(w);
   w.kernels->prepare_tone(*c, c->rgb_gamma_table);
   prepare_flat_colours(w);
@@ -478,12 +513,10 @@ void run_tile_path(const frame_job& job) {
   clear_sums(c->sums);
 
   const int last_lag = plan.stages[plan.n_stages - 1].lag;
-  const uint32_t last_first =
-      static_cast<uint32_t>(w.height);  // -1 counts as the first: one row of the two is inside
-  for (int top = 0; top - last_lag < w.height; top += 2)
+  for (int top = 0; top - last_lag < w.height; top += w.step)
     for (int i = 0; i < plan.n_stages; ++i) {
       const int first = top - plan.stages[i].lag;
-      if (static_cast<uint32_t>(first + 1) <= last_first) plan.stages[i].run(w, first);
+      if (first > -w.step && first < w.height) plan.stages[i].run(w, first);
     }
   settle_sums(*c);
 }
