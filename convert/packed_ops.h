@@ -42,12 +42,68 @@ PPL_INLINE vec<16> one_word_back(vec<16> a, vec<16> b) {
   return {_mm_or_si128(_mm_srli_si128(a.v, 14), _mm_slli_si128(b.v, 2))};
 #endif
 }
-// The words of b, with chroma from a where the mask of the word holds.
+// The same by bytes.
+PPL_INLINE vec<16> one_byte_back(vec<16> a, vec<16> b) {
+#ifdef __SSSE3__
+  return {_mm_alignr_epi8(b.v, a.v, 15)};
+#else
+  return {_mm_or_si128(_mm_srli_si128(a.v, 15), _mm_slli_si128(b.v, 1))};
+#endif
+}
+
+// Signed bytes. Sums and differences saturate.
+PPL_INLINE vec<16> adds_s8(vec<16> a, vec<16> b) {
+  return {_mm_adds_epi8(a.v, b.v)};
+}
+PPL_INLINE vec<16> subs_s8(vec<16> a, vec<16> b) {
+  return {_mm_subs_epi8(a.v, b.v)};
+}
+PPL_INLINE vec<16> max_s8(vec<16> a, vec<16> b) {
+#ifdef __SSE4_1__
+  return {_mm_max_epi8(a.v, b.v)};
+#else
+  const vec<16> sign = set8<vec<16>>(0x80);
+  return max_u8(a ^ sign, b ^ sign) ^ sign;
+#endif
+}
+PPL_INLINE vec<16> min_s8(vec<16> a, vec<16> b) {
+#ifdef __SSE4_1__
+  return {_mm_min_epi8(a.v, b.v)};
+#else
+  const vec<16> sign = set8<vec<16>>(0x80);
+  return min_u8(a ^ sign, b ^ sign) ^ sign;
+#endif
+}
+PPL_INLINE mask8<16> gt_s8(vec<16> a, vec<16> b) {
+  return {_mm_cmpgt_epi8(a.v, b.v)};
+}
+// Signed 16-bit lanes of lo, then of hi, clamped to -128..127, in memory order.
+PPL_INLINE vec<16> pack_s8(vec<16> lo, vec<16> hi) {
+  return {_mm_packs_epi16(lo.v, hi.v)};
+}
+
+// Which words take other chroma: all ones in their chroma bytes, 0 in luma. From one decision a word, or, for two
+// vectors of words, from one decision a byte.
+template <class M>
+struct two_masks {
+  M first, second;
+};
 template <layout L, int N>
-PPL_INLINE vec<N> select_chroma(mask16<N> m, vec<N> a, vec<N> b) {
-  const vec<N> chroma = keep(m, set16<vec<N>>(L == layout::yuyv ? 0xff00 : 0x00ff));
-  // One operation up to SSE4.1, but three in AVX2 on many processors.
-  return N == 16 ? select(to_mask8(chroma), a, b) : b ^ (chroma & (a ^ b));
+PPL_INLINE vec<N> chroma_mask(mask16<N> m) {
+  return keep(m, set16<vec<N>>(L == layout::yuyv ? 0xff00 : 0x00ff));
+}
+template <layout L>
+PPL_INLINE two_masks<vec<16>> chroma_masks(mask8<16> m) {
+  two_masks<vec<16>> both;
+  const vec<16> none = zero<vec<16>>();
+  interleave8(L == layout::yuyv ? none : to_vec(m), L == layout::yuyv ? to_vec(m) : none, both.first,
+              both.second);
+  return both;
+}
+// The words of b, with chroma from a where the mask tells so.
+template <layout L, int N>
+PPL_INLINE vec<N> select_chroma(vec<N> chroma, vec<N> a, vec<N> b) {
+  return select(to_mask8(chroma), a, b);
 }
 #if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
 PPL_INLINE vec<32> one_word_on(vec<32> a, vec<32> b) {
@@ -56,6 +112,33 @@ PPL_INLINE vec<32> one_word_on(vec<32> a, vec<32> b) {
 PPL_INLINE vec<32> one_word_back(vec<32> a, vec<32> b) {
   return {_mm256_alignr_epi8(b.v, _mm256_permute2x128_si256(a.v, b.v, 0x21), 14)};
 }
+PPL_INLINE vec<32> one_byte_back(vec<32> a, vec<32> b) {
+  return {_mm256_alignr_epi8(b.v, _mm256_permute2x128_si256(a.v, b.v, 0x21), 15)};
+}
+PPL_INLINE vec<32> adds_s8(vec<32> a, vec<32> b) {
+  return {_mm256_adds_epi8(a.v, b.v)};
+}
+PPL_INLINE vec<32> subs_s8(vec<32> a, vec<32> b) {
+  return {_mm256_subs_epi8(a.v, b.v)};
+}
+PPL_INLINE vec<32> max_s8(vec<32> a, vec<32> b) {
+  return {_mm256_max_epi8(a.v, b.v)};
+}
+PPL_INLINE vec<32> min_s8(vec<32> a, vec<32> b) {
+  return {_mm256_min_epi8(a.v, b.v)};
+}
+PPL_INLINE mask8<32> gt_s8(vec<32> a, vec<32> b) {
+  return {_mm256_cmpgt_epi8(a.v, b.v)};
+}
+PPL_INLINE vec<32> pack_s8(vec<32> lo, vec<32> hi) {
+  return {_mm256_permute4x64_epi64(_mm256_packs_epi16(lo.v, hi.v), 0xd8)};
+}
+template <layout L>
+PPL_INLINE two_masks<vec<32>> chroma_masks(mask8<32> m) {
+  const __m256i none = _mm256_setzero_si256(), halves = _mm256_permute4x64_epi64(m.m, 0xd8);
+  const __m256i even = L == layout::yuyv ? none : halves, odd = L == layout::yuyv ? halves : none;
+  return {{_mm256_unpacklo_epi8(even, odd)}, {_mm256_unpackhi_epi8(even, odd)}};
+}
 #endif
 #if defined(PPL_LEVEL_avx512)
 PPL_INLINE vec<64> one_word_on(vec<64> a, vec<64> b) {
@@ -63,6 +146,37 @@ PPL_INLINE vec<64> one_word_on(vec<64> a, vec<64> b) {
 }
 PPL_INLINE vec<64> one_word_back(vec<64> a, vec<64> b) {
   return {_mm512_alignr_epi8(b.v, _mm512_alignr_epi64(b.v, a.v, 6), 14)};
+}
+PPL_INLINE vec<64> one_byte_back(vec<64> a, vec<64> b) {
+  return {_mm512_alignr_epi8(b.v, _mm512_alignr_epi64(b.v, a.v, 6), 15)};
+}
+PPL_INLINE vec<64> adds_s8(vec<64> a, vec<64> b) {
+  return {_mm512_adds_epi8(a.v, b.v)};
+}
+PPL_INLINE vec<64> subs_s8(vec<64> a, vec<64> b) {
+  return {_mm512_subs_epi8(a.v, b.v)};
+}
+PPL_INLINE vec<64> max_s8(vec<64> a, vec<64> b) {
+  return {_mm512_max_epi8(a.v, b.v)};
+}
+PPL_INLINE vec<64> min_s8(vec<64> a, vec<64> b) {
+  return {_mm512_min_epi8(a.v, b.v)};
+}
+PPL_INLINE mask8<64> gt_s8(vec<64> a, vec<64> b) {
+  return {_mm512_cmpgt_epi8_mask(a.v, b.v)};
+}
+PPL_INLINE vec<64> pack_s8(vec<64> lo, vec<64> hi) {
+  const __m512i order = _mm512_set_epi64(7, 5, 3, 1, 6, 4, 2, 0);
+  return {_mm512_permutexvar_epi64(order, _mm512_packs_epi16(lo.v, hi.v))};
+}
+// Here a mask is a bit a word.
+template <layout L>
+PPL_INLINE mask16<64> chroma_mask(mask16<64> m) {
+  return m;
+}
+template <layout L>
+PPL_INLINE two_masks<mask16<64>> chroma_masks(mask8<64> m) {
+  return {{static_cast<__mmask32>(m.m)}, {static_cast<__mmask32>(m.m >> 32)}};
 }
 template <layout L>
 PPL_INLINE vec<64> select_chroma(mask16<64> m, vec<64> a, vec<64> b) {

@@ -10,6 +10,10 @@
 // p = d(x) - d(x - 1) and q = d(x + 1) - d(x) they are 2p + q, q - p and -(p + 2q): twice the span of
 // {0, 2p + q, p + 2q}. All of it stays within 16 bits: |d| <= 255, the span at most 1020.
 //
+// With a small threshold the spans of two vectors at a time are found in signed bytes, p, q and all that follows
+// saturated. Where a value saturates, the span is 127 or more in bytes as it is in words; elsewhere both are the
+// same (a test goes through every p and q). So bytes decide rightly up to a half threshold of 126.
+//
 // The row above is read here anyway: where both rows go to the picture as they are, it is passed on at once.
 #pragma once
 
@@ -17,6 +21,8 @@
 #include "convert/packed_ops.h"
 
 namespace ppl::PPL_LEVEL {
+
+constexpr int kByteLimit = 126;  // the largest half threshold that spans in bytes are compared with
 
 template <layout L, bool PassKept, class V>
 PPL_INLINE void blend_with(uint8_t* out, uint8_t* kept_out, const blend_rows& rows, int bytes,
@@ -26,25 +32,51 @@ PPL_INLINE void blend_with(uint8_t* out, uint8_t* kept_out, const blend_rows& ro
   const auto difference = [=](ptrdiff_t x) {
     return sub16(chroma16<L>(loadu<V>(later + x)), chroma16<L>(loadu<V>(earlier + x)));
   };
-  const V limit = set16<V>(threshold >> 1), none = zero<V>();
-  const auto step = [=](ptrdiff_t x, V d, V d_after, V q_before) {
-    const V q = sub16(one_word_on(d, d_after), d), p = one_word_back(q_before, q);
-    const V s = add16(p, q), f = add16(s, p), g = add16(s, q);
-    const V span = sub16(max_s16(max_s16(f, g), none), min_s16(min_s16(f, g), none));
+  const V none = zero<V>();
+  const auto put = [=](ptrdiff_t x, auto moving) {
     const V above = loadu<V>(kept + x);
     if constexpr (PassKept) storeu(kept_out + x, above);
     const V still = avg8(above, loadu<V>(below + x));
-    storeu(out + x, select_chroma<L>(gt_s16(span, limit), still, loadu<V>(later + x)));
-    return q;
+    storeu(out + x, select_chroma<L>(moving, still, loadu<V>(later + x)));
   };
-  V d = difference(0), q = one_word_on(none, d);
   ptrdiff_t x = 0;
-  for (; x < bytes - V::size; x += V::size) {
-    const V d_after = difference(x + V::size);
-    q = step(x, d, d_after, q);
-    d = d_after;
+  V d = difference(0), q = one_word_on(none, d);
+
+  if (threshold >> 1 <= kByteLimit) {
+    const V limit = set8<V>(threshold >> 1);
+    V bytes_before = pack_s8(q, q);
+    // Differences of words that saturate never do so here; the plain ones a compiler takes apart and does thrice.
+    const auto two_steps = [&](V d_after) {
+      const V d_second = difference(x + V::size), q_first = subs_s16(one_word_on(d, d_second), d);
+      q = subs_s16(one_word_on(d_second, d_after), d_second);
+      d = d_after;
+      const V q8 = pack_s8(q_first, q), p8 = one_byte_back(bytes_before, q8);
+      bytes_before = q8;
+      const V s = adds_s8(p8, q8), f = adds_s8(s, p8), g = adds_s8(s, q8);
+      const V span = subs_s8(max_s8(max_s8(f, g), none), min_s8(min_s8(f, g), none));
+      const auto moving = chroma_masks<L>(gt_s8(span, limit));
+      put(x, moving.first);
+      put(x + V::size, moving.second);
+    };
+    for (; x < bytes - 2 * V::size; x += 2 * V::size) two_steps(difference(x + 2 * V::size));
+    if (x == bytes - 2 * V::size) {
+      two_steps(none);
+      return;
+    }
   }
-  step(x, d, none, q);
+
+  const V limit = set16<V>(threshold >> 1);
+  const auto step = [&](V d_after) {
+    const V q_before = q;
+    q = sub16(one_word_on(d, d_after), d);
+    d = d_after;
+    const V p = one_word_back(q_before, q);
+    const V s = add16(p, q), f = add16(s, p), g = add16(s, q);
+    const V span = sub16(max_s16(max_s16(f, g), none), min_s16(min_s16(f, g), none));
+    put(x, chroma_mask<L>(gt_s16(span, limit)));
+  };
+  for (; x < bytes - V::size; x += V::size) step(difference(x + V::size));
+  step(none);
 }
 
 template <layout L, bool PassKept>

@@ -29,8 +29,8 @@ struct scaler_columns {
 struct scaler_kernels {
   // Chooses the way of a line and fills its tables.
   void (*prepare)(scaler_columns&);
-  // Horizontal pass of one plane: outputs first .. first + count - 1, both multiples of 16. Reads up to 16 bytes
-  // behind the last sample that it uses.
+  // Horizontal pass of one plane: outputs first .. first + count - 1, first a multiple of 32, count of 16. Reads up
+  // to 16 bytes behind the last sample that it uses.
   void (*line)(const scaler_columns&, const uint8_t* row, uint8_t* line, uint32_t first, uint32_t count);
   // YUYV to planes and back; a multiple of 32 pixels.
   void (*split)(const uint8_t* row, uint8_t* y, uint8_t* u, uint8_t* v, uint32_t pixels);

@@ -74,7 +74,7 @@ struct packed_writer {
 
   static void fill_gap(const output_writer& w, int64_t at) {
     const int n = 2 * w.context->out_width;
-    if (inside(w, at - n, n) && inside(w, at + n, n)) {
+    if ((n & 63) == 0 && inside(w, at - n, n) && inside(w, at + n, n)) {
       w.kernels->packed_gap(w.base + at, w.base + at - n, w.base + at + n, n);
       return;
     }

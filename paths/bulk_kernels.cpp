@@ -48,42 +48,47 @@ constexpr vec_i16 kChromaOffset = {{32, 32, 32, 32, 32, 32, 32, 32}};
 template <class Put>
 PPL_INLINE void luma_and_chroma(const cell_rows& a, Put&& put) {
   const ppl_context& c = *a.context;
+  const uint8_t *const even_row = a.even, *const odd_row = a.odd;
+  uint8_t *const luma_0 = a.luma[0], *const luma_1 = a.luma[1];
   walk_exact(a.width, [&]<class V>(int x) {
-    const cells<V> s(a.even + x, a.odd + x);
+    const cells<V> s(even_row + x, odd_row + x);
     const matrix_row<V> y(&c.yuv_coef[0], c.luma_offset, s.r, s.b);
     const V centre = y.at(s.gm);
-    storeu(a.luma[0] + x, join_clamp8(centre, y.at(s.gb)));
-    storeu(a.luma[1] + x, join_clamp8(y.at(s.gr), centre));
+    storeu(luma_0 + x, join_clamp8(centre, y.at(s.gb)));
+    storeu(luma_1 + x, join_clamp8(y.at(s.gr), centre));
     const matrix_row<V> u(&c.yuv_coef[3], kChromaOffset, s.r, s.b);
     const matrix_row<V> v(&c.yuv_coef[6], kChromaOffset, s.r, s.b);
     put(x, add16(u.at(s.gm), set16<V>(128)), add16(v.at(s.gm), set16<V>(128)));
   });
 }
 
-void cells_to_yuv(const cell_rows& args) {
-  const cell_rows a = args;  // its pointers stay in registers: no store can reach a copy
-  luma_and_chroma(a,
-                  [&]<class V>(int x, V u, V v) { store_halves(a.u + x / 2, a.v + x / 2, pack_u8(u, v)); });
+// Pointers are taken one by one: no store can reach those, and a copy of the whole record of arguments would be wider
+// loads than the stores that have just made it, which wait for these to leave the processor's queue.
+void cells_to_yuv(const cell_rows& a) {
+  uint8_t *const u_row = a.u, *const v_row = a.v;
+  luma_and_chroma(
+      a, [&]<class V>(int x, V u, V v) { store_halves(u_row + x / 2, v_row + x / 2, pack_u8(u, v)); });
 }
 
-void cells_to_words(const cell_rows& args) {
-  const cell_rows a = args;
-  luma_and_chroma(a, [&]<class V>(int x, V u, V v) { storeu(a.words + x, join_clamp8(u, v)); });
+void cells_to_words(const cell_rows& a) {
+  uint8_t* const words = a.words;
+  luma_and_chroma(a, [&]<class V>(int x, V u, V v) { storeu(words + x, join_clamp8(u, v)); });
 }
 
-void cells_to_rgb(const cell_rows& args) {
-  const cell_rows a = args;
+void cells_to_rgb(const cell_rows& a) {
   const ppl_context& c = *a.context;
+  const uint8_t *const even_row = a.even, *const odd_row = a.odd;
+  uint8_t *const r = a.r, *const g_0 = a.g[0], *const g_1 = a.g[1], *const b = a.b;
   walk_exact(a.width, [&]<class V>(int x) {
-    const cells<V> s(a.even + x, a.odd + x);
+    const cells<V> s(even_row + x, odd_row + x);
     const V red = matrix_row<V>(&c.rgb_coef[0], c.rgb_offset_vector, s.r, s.b).at(s.gm);
     const matrix_row<V> green(&c.rgb_coef[3], c.rgb_offset_vector, s.r, s.b);
     const V blue = matrix_row<V>(&c.rgb_coef[6], c.rgb_offset_vector, s.r, s.b).at(s.gm);
     const V centre = green.at(s.gm);
-    storeu(a.r + x, join_clamp8(red, red));
-    storeu(a.g[0] + x, join_clamp8(centre, green.at(s.gb)));
-    storeu(a.g[1] + x, join_clamp8(green.at(s.gr), centre));
-    storeu(a.b + x, join_clamp8(blue, blue));
+    storeu(r + x, join_clamp8(red, red));
+    storeu(g_0 + x, join_clamp8(centre, green.at(s.gb)));
+    storeu(g_1 + x, join_clamp8(green.at(s.gr), centre));
+    storeu(b + x, join_clamp8(blue, blue));
   });
 }
 

@@ -6,6 +6,7 @@
 #include <functional>
 #include <vector>
 
+#include "guarded.h"
 #include "level.h"
 #include "ppl.h"
 
@@ -816,6 +817,30 @@ TEST_F(Paths, PackedGapIsAMeanOnlyInItsFirstHalf) {
       else
         EXPECT_EQ(p.at(128 + i), (p.at(128 + i - in_group + 16 + in_group % 16) + a + 1) >> 1) << i;
     }
+  });
+}
+
+// Rows that are no whole groups of 64 bytes, from pointers that drift: a page that cannot be touched follows the frame,
+// and nothing in front of it changes.
+TEST_F(Paths, DoubledPackedRowsOfAnyWidthStayInsideTheFrame) {
+  at_every_level([&] {
+    ppl_set_quality(c, 0);
+    ppl_set_decimation(c, -1, 0, 0);
+    for (int width = 17; width < 100; ++width)
+      for (int height = 2; height <= 12; ++height) {
+        const auto bytes = static_cast<size_t>(8 * width * height);
+        const guarded source(static_cast<size_t>(width * height)), out(bytes);
+        uint8_t* const to = out.end() - (bytes + 15) / 16 * 16;
+        std::fill_n(out.begin(), to - out.begin(), uint8_t{kUntouched});
+        for (int way = 0; way < 8; ++way) {
+          ppl_set_h_mirror(c, way & 1);
+          ppl_set_v_mirror(c, way >> 1 & 1);
+          const auto call = (way & 4) != 0 ? ppl_process_blrtoyuyv : ppl_process_blrtouyvy;
+          const auto w = static_cast<uint32_t>(width), h = static_cast<uint32_t>(height);
+          EXPECT_TRUE(call(c, source.begin(), to, w, h, w));
+        }
+        EXPECT_TRUE(std::all_of(out.begin(), to, [](uint8_t b) { return b == kUntouched; })) << width;
+      }
   });
 }
 

@@ -126,7 +126,7 @@ struct edge_args {
 // tile/mosaic_edge.h: the two rows of a row pair with the rows around them, in place
 struct mosaic_edge_args {
   const ppl_context* context;
-  uint8_t* rows[4];  // 2p - 1 .. 2p + 2; rows 1 and 2 are overwritten with Y where in_place
+  uint8_t* rows[4];  // 2p - 1 .. 2p + 2; 2p and 2p + 1 are overwritten with Y but for three planes
   const colour_matrix* matrix;
   uint8_t* luma[2];      // Y, or the matrix' first row
   uint8_t* chroma[2];    // words; may be null. Three planes: the second row

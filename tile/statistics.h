@@ -108,8 +108,8 @@ struct current_gain {
 
 // ---- sums
 
-// The sums of a group's cells, from eight bytes of each: 32-bit lanes B, green, the other green, R. Nobody asks which green
-// is which.
+// The sums of a group's cells, from eight bytes of each: 32-bit lanes B, green, the other green, R. Nobody asks which
+// green is which.
 template <class V>
 PPL_INLINE V sum(V b_green, V green_r) {
   return even_lanes32(sad_u8(b_green, zero<V>()), sad_u8(green_r, zero<V>()));

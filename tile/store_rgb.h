@@ -33,10 +33,8 @@ PPL_INLINE void store_bgr_words(uint8_t* out, vec<16> bg, vec<16> rb, vec<16> gr
     pairs[2 * i].v = _mm_unpacklo_epi32(bgrb[i].v, gr_[i].v);
     pairs[2 * i + 1].v = _mm_unpackhi_epi32(bgrb[i].v, gr_[i].v);
   }
-  for (int i = 0; i < 4; i++) {
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(out + 12 * i), pairs[i].v);
-    if (i < 3) _mm_storeh_pd(reinterpret_cast<double*>(out + 12 * i + 6), _mm_castsi128_pd(pairs[i].v));
-  }
+  for (int i = 0; i < 3; i++) store_halves(out + 12 * i, out + 12 * i + 6, pairs[i]);
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(out + 36), pairs[3].v);
   const __m128i last = _mm_srli_si128(pairs[3].v, 8);
   _mm_storeu_si32(out + 42, last);
   _mm_storeu_si16(out + 46, _mm_srli_epi64(last, 32));

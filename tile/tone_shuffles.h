@@ -43,6 +43,7 @@ template <int kVectors>
 PPL_INLINE void look_up(const site_steps& s, wide (&samples)[kVectors]) {
   const wide sixteen = set8<wide>(16), seven_bits = set8<wide>(127);
   wide index[kVectors], lower[kVectors], upper[kVectors];
+#pragma GCC unroll 3
   for (int i = 0; i < kVectors; ++i) {
     index[i] = samples[i] & seven_bits;
     lower[i] = upper[i] = zero<wide>();
@@ -50,6 +51,7 @@ PPL_INLINE void look_up(const site_steps& s, wide (&samples)[kVectors]) {
   int k = 0;
   for (; k < s.both; ++k) {
     const wide low = repeat16<wide>(s.change[0][k]), high = repeat16<wide>(s.change[1][k]);
+#pragma GCC unroll 3
     for (int i = 0; i < kVectors; ++i) {
       lower[i] = lower[i] ^ shuffle8(low, index[i]);
       upper[i] = upper[i] ^ shuffle8(high, index[i]);
@@ -58,19 +60,22 @@ PPL_INLINE void look_up(const site_steps& s, wide (&samples)[kVectors]) {
   }
   for (; k < s.lower; ++k) {
     const wide low = repeat16<wide>(s.change[0][k]);
+#pragma GCC unroll 3
     for (int i = 0; i < kVectors; ++i) {
       lower[i] = lower[i] ^ shuffle8(low, index[i]);
       index[i] = sub8(index[i], sixteen);
     }
   }
+#pragma GCC unroll 3
   for (int i = 0; i < kVectors; ++i) samples[i] = {_mm256_blendv_epi8(lower[i].v, upper[i].v, samples[i].v)};
 }
 
-// 64 * kPairs columns. The result goes to two places, the second may be null.
+// 64 * kPairs columns, of which the frame, which may be null, takes `width` at the most.
 template <int kPairs>
 PPL_INLINE void look_up_columns(const site_steps& even_site, const site_steps& odd_site, const uint8_t* from,
-                                uint8_t* row, uint8_t* frame) {
+                                uint8_t* row, uint8_t* frame, int width) {
   wide evens[kPairs], odds[kPairs];
+#pragma GCC unroll 3
   for (int i = 0; i < kPairs; ++i) {
     const wide a = load<wide>(from + 64 * i), b = load<wide>(from + 64 * i + 32);
     evens[i] = narrow(even(a), even(b));
@@ -78,30 +83,35 @@ PPL_INLINE void look_up_columns(const site_steps& even_site, const site_steps& o
   }
   look_up(even_site, evens);
   look_up(odd_site, odds);
+  const bool whole = frame != nullptr && width >= 64 * kPairs;
+#pragma GCC unroll 3
   for (int i = 0; i < kPairs; ++i) {
     wide a, b;
     widen_pairs(evens[i], odds[i], a, b);
     store(row + 64 * i, a);
     store(row + 64 * i + 32, b);
-    if (frame == nullptr) continue;
+    if (!whole) continue;
     storeu(frame + 64 * i, a);
     storeu(frame + 64 * i + 32, b);
   }
+  if (frame == nullptr || whole) return;
+  for (int x = 0; x < 64 * kPairs && x < width; x += 16) storeu(frame + x, load<vec16>(row + x));
 }
 
-// A row through its tables. `from` and `row` are row storage.
+// A row through its tables. `from` and `row` are row storage. Two vectors of a site at once keep the shuffles busy, one
+// does not: 64 columns that are left over go with the 128 before them, for registers hold three.
 static void look_up_row(const ppl_context& c, int row_parity, const uint8_t* from, uint8_t* row,
                         uint8_t* frame, int width) {
   const auto& even_site = *reinterpret_cast<const site_steps*>(c.site_tables[row_parity][0]);
   const auto& odd_site = *reinterpret_cast<const site_steps*>(c.site_tables[row_parity][1]);
+  const auto frame_at = [&](int x) { return frame != nullptr ? frame + x : nullptr; };
   int x = 0;
-  for (; x + 128 <= width; x += 128)
-    look_up_columns<2>(even_site, odd_site, from + x, row + x, frame != nullptr ? frame + x : nullptr);
-  for (; x < width; x += 64) {
-    look_up_columns<1>(even_site, odd_site, from + x, row + x, nullptr);
-    for (int at = x; frame != nullptr && at < x + 64 && at < width; at += 16)
-      storeu(frame + at, load<vec16>(row + at));
-  }
+  for (; width - x > 192 || width - x == 128; x += 128)
+    look_up_columns<2>(even_site, odd_site, from + x, row + x, frame_at(x), 128);
+  if (width - x > 128)
+    return look_up_columns<3>(even_site, odd_site, from + x, row + x, frame_at(x), width - x);
+  for (; x < width; x += 64)
+    look_up_columns<1>(even_site, odd_site, from + x, row + x, frame_at(x), width - x);
 }
 
 }  // namespace ppl::PPL_LEVEL

@@ -1,7 +1,7 @@
 // The one walk of all tile qualities: a frame from top to bottom, some rows a step, every block at its own lag.
 //
 // A quality is a line in a table (tile/paths.h) from which the walk lists its stages. A stage reads rows of some
-// rings, `above` rows up and `below` rows down from the two rows it makes, and writes rows of others. Lags and
+// rings, `above` rows up and `below` rows down from the rows it makes, and writes rows of others. Lags and
 // ring lengths follow from that: a stage lags behind the producer of what it reads by `below` rows, and a ring holds
 // every row from the oldest still to be read to the newest. No stage knows where it stands: outside the frame it is
 // handed mirrored rows, and the columns beside a row are mirrored once, when the row is made (the pads).
@@ -31,8 +31,8 @@ enum ring_id : uint8_t {
   kRings
 };
 
-// Row storage for `rows` consecutive rows of the frame, at most 14 of them; row r stands at place r mod rows. The places
-// are listed twice over, so that the pointers of consecutive rows are consecutive too, wherever they begin.
+// Row storage for `rows` consecutive rows of the frame, at most 14 of them; row r stands at place r mod rows. The
+// places are listed twice over, so that the pointers of consecutive rows are consecutive too, wherever they begin.
 struct row_ring {
   uint8_t** places;
   uint32_t rows;
@@ -59,8 +59,7 @@ struct ring_read {
   uint8_t above, below;
 };
 struct stage {
-  void (*run)(walk&,
-              int first_row);  // makes the rows of a step from first_row on, those of them inside the frame
+  void (*run)(walk&, int first);  // makes rows first, first + 1 ... of a step, those of them inside the frame
   int lag;
 };
 

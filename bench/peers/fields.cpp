@@ -17,8 +17,8 @@
 namespace peers {
 namespace {
 
-constexpr int kFrames =
-    2;  // that are shown in turn: the later field moves by two pixels from one to the next
+// Shown in turn: the later field moves by two pixels from one to the next.
+constexpr int kFrames = 2;
 
 GstFlowReturn drop(GstPad* pad, GstObject*, GstBuffer* frame) {
   ++*static_cast<int*>(gst_pad_get_element_private(pad));
