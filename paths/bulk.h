@@ -1,7 +1,8 @@
 // Qualities 3 and 13: row pair by row pair, each cell from its own four samples, with no neighbourhood.
 //
 // Every row pair passes the front end in place; then its rows are brought to planes, and the planes to rows of the
-// format (bulk_rows.cpp), the latter by the kernels of the output stage. Three ways lead into the caller's frame, chosen once per frame:
+// format (bulk_rows.cpp), the latter by the kernels of the output stage. Three ways lead into the caller's frame,
+// chosen once per frame:
 //   in place   the ordinary frame: rows stand where the mirrors and the decimation put them, all of them inside
 //   by groups  the pointers of the plan, moved literally, 32 columns of two rows at a time, every store clipped:
 //              pictures whose pointers drift, and black lines that push rows out of the frame (bulk_groups.cpp)
@@ -17,7 +18,6 @@
 namespace ppl::bulk {
 
 // Row storage in the record's ring pool: rows of a plane, of a doubled plane, and of a format.
-
 constexpr int kPlanePitch = 2048 + 128, kWidePitch = 4096 + 128, kPackedPitch = 8192;
 enum plane_row : uint8_t { kEven, kOdd, kBlackEven, kBlackOdd, kLuma0, kLuma1, kU, kV, kWords = kU };
 constexpr int kPlaneRows = 8;

@@ -32,8 +32,8 @@ PPL_INLINE V lens(const uint8_t* samples, const uint16_t* factors) {
   }
 }
 
-// Bytes Gb of `even_row` and Gr of `odd_row` meet in the odd byte places. The even ones of `limit` are 0, where B stands
-// against 0: it passes as 0 alone, and then its mean changes nothing.
+// Bytes Gb of `even_row` and Gr of `odd_row` meet in the odd byte places. The even ones of `limit` are 0, where B
+// stands against 0: it passes as 0 alone, and then its mean changes nothing.
 template <class V>
 PPL_INLINE void balance_green(V& even_row, V& odd_row, V limit) {
   const V gr = sll16<8>(odd_row), mean = avg8(even_row, gr);

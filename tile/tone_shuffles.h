@@ -14,8 +14,8 @@ namespace ppl::PPL_LEVEL {
 // A site's table in the record.
 struct site_steps {
   alignas(16) uint8_t change[2][8][16];
-  int32_t both,
-      lower;  // steps that change anything in the upper half; in either. Gain reaches the curve's end early
+  // Steps that change anything in the upper half; in either. Gain reaches the curve's end early.
+  int32_t both, lower;
 };
 static_assert(sizeof(site_steps) <= sizeof(ppl_context::site_tables[0][0]));
 
