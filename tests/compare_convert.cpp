@@ -1,7 +1,7 @@
 // The conversions against the plain reference, through the exported names, at every level the processor has.
 //
-// A session is one instance per level and a sequence of calls that change its geometry and convert frames. Every
-// session has a number; PPL_TEST_SEED=number runs that one alone.
+// A sequence is one instance per level and the calls that change its geometry and convert frames. Every sequence has a
+// number; PPL_TEST_SEED=number runs that one alone.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -22,7 +22,7 @@
 namespace {
 
 #if defined(__SANITIZE_ADDRESS__) || !defined(__OPTIMIZE__)
-constexpr uint64_t kSlow = 8;  // so many times fewer sessions
+constexpr uint64_t kSlow = 8;  // so many times fewer sequences
 #else
 constexpr uint64_t kSlow = 1;
 #endif
@@ -105,10 +105,10 @@ void move(dice& d, const uint8_t* from, uint8_t* to, size_t n, int kind) {
   }
 }
 
-class session {
+class sequence {
  public:
-  explicit session(uint64_t number) : number_(number), dice_(number) {}
-  ~session() {
+  explicit sequence(uint64_t number) : number_(number), dice_(number) {}
+  ~sequence() {
     for (const instance& i : instances_) ppl_free(i.context);
   }
 
@@ -406,7 +406,7 @@ class session {
   std::ostringstream steps_;
 };
 
-std::map<std::pair<std::string, int32_t>, int> session::ran_;
+std::map<std::pair<std::string, int32_t>, int> sequence::ran_;
 
 uint64_t only_seed() {
   const char* text = std::getenv("PPL_TEST_SEED");
@@ -422,16 +422,16 @@ TEST(CompareConvert, ExportsAreAllThere) {
   }
 }
 
-// Sessions of odd geometry: any sizes, lost and negative black lines, every alignment.
-TEST(CompareConvert, RandomSessions) {
+// Sequences of odd geometry: any sizes, lost and negative black lines, every alignment.
+TEST(CompareConvert, RandomSequences) {
   const uint64_t seed = only_seed();
   const uint64_t first = seed ? seed : 1, last = seed ? seed : 500 / kSlow;
-  for (uint64_t number = first; number <= last && !HasFailure(); ++number) session(number).run(24);
+  for (uint64_t number = first; number <= last && !HasFailure(); ++number) sequence(number).run(24);
   if (seed || kSlow > 1) return;
-  // The sessions are worth nothing where they don't reach.
+  // The sequences are worth nothing where they don't reach.
   for (const ref::conversion& c : ref::kConversions)
     for (int32_t d = -1; d <= 2; ++d)
-      EXPECT_GE(session::ran(c.name, d), 12) << c.name << " at decimation " << d;
+      EXPECT_GE(sequence::ran(c.name, d), 12) << c.name << " at decimation " << d;
 }
 
 // Every conversion of every size pair, in an order that leaves each pair's geometry to another's.
@@ -446,7 +446,7 @@ TEST_P(CompareConvertPairs, AllSizes) {
   const uint64_t number = seed ? seed : 1000 + share;
   std::mt19937_64 order(number);
   std::shuffle(todo.begin(), todo.end(), order);
-  session s(number);
+  sequence s(number);
   s.open();
   const size_t step = 4 * kSlow;
   for (size_t k = share * kSlow; k < todo.size() && !HasFailure(); k += step)

@@ -98,9 +98,6 @@ PPL_INLINE vec<16> add16(vec<16> a, vec<16> b) {
 PPL_INLINE vec<16> sub16(vec<16> a, vec<16> b) {
   return {_mm_sub_epi16(a.v, b.v)};
 }
-PPL_INLINE vec<16> adds_s16(vec<16> a, vec<16> b) {
-  return {_mm_adds_epi16(a.v, b.v)};
-}
 PPL_INLINE vec<16> subs_s16(vec<16> a, vec<16> b) {
   return {_mm_subs_epi16(a.v, b.v)};
 }
@@ -122,17 +119,8 @@ PPL_INLINE vec<16> min_s16(vec<16> a, vec<16> b) {
 PPL_INLINE vec<16> max_s16(vec<16> a, vec<16> b) {
   return {_mm_max_epi16(a.v, b.v)};
 }
-PPL_INLINE vec<16> madd16(vec<16> a, vec<16> b) {
-  return {_mm_madd_epi16(a.v, b.v)};
-}
 PPL_INLINE vec<16> add32(vec<16> a, vec<16> b) {
   return {_mm_add_epi32(a.v, b.v)};
-}
-PPL_INLINE vec<16> add64(vec<16> a, vec<16> b) {
-  return {_mm_add_epi64(a.v, b.v)};
-}
-PPL_INLINE vec<16> sub32(vec<16> a, vec<16> b) {
-  return {_mm_sub_epi32(a.v, b.v)};
 }
 // Sums of eight absolute byte differences, one per 64-bit lane.
 PPL_INLINE vec<16> sad_u8(vec<16> a, vec<16> b) {
@@ -247,10 +235,6 @@ PPL_INLINE mask8<16> to_mask8(vec<16> a) {
 PPL_INLINE mask16<16> to_mask16(vec<16> a) {
   return {a.v};
 }
-// The decision of the even byte of each pair, for both bytes.
-PPL_INLINE mask16<16> even_decides(mask8<16> m) {
-  return {_mm_srai_epi16(_mm_slli_epi16(m.m, 8), 8)};
-}
 // Even bytes from a, odd bytes from b.
 PPL_INLINE vec<16> even_odd(vec<16> a, vec<16> b) {
   const __m128i m = _mm_set1_epi16(0x00ff);
@@ -262,13 +246,6 @@ PPL_INLINE vec<16> even(vec<16> a) {
 }
 PPL_INLINE vec<16> odd(vec<16> a) {
   return srl16<8>(a);
-}
-// Even and odd bytes as signed 16-bit lanes.
-PPL_INLINE vec<16> even_s8(vec<16> a) {
-  return sra16<8>(sll16<8>(a));
-}
-PPL_INLINE vec<16> odd_s8(vec<16> a) {
-  return sra16<8>(a);
 }
 // Signed 16-bit lanes clamped to 0..255.
 PPL_INLINE vec<16> clamp_u8_16(vec<16> a) {

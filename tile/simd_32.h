@@ -91,9 +91,6 @@ PPL_INLINE vec<32> add16(vec<32> a, vec<32> b) {
 PPL_INLINE vec<32> sub16(vec<32> a, vec<32> b) {
   return {_mm256_sub_epi16(a.v, b.v)};
 }
-PPL_INLINE vec<32> adds_s16(vec<32> a, vec<32> b) {
-  return {_mm256_adds_epi16(a.v, b.v)};
-}
 PPL_INLINE vec<32> subs_s16(vec<32> a, vec<32> b) {
   return {_mm256_subs_epi16(a.v, b.v)};
 }
@@ -115,17 +112,8 @@ PPL_INLINE vec<32> min_s16(vec<32> a, vec<32> b) {
 PPL_INLINE vec<32> max_s16(vec<32> a, vec<32> b) {
   return {_mm256_max_epi16(a.v, b.v)};
 }
-PPL_INLINE vec<32> madd16(vec<32> a, vec<32> b) {
-  return {_mm256_madd_epi16(a.v, b.v)};
-}
 PPL_INLINE vec<32> add32(vec<32> a, vec<32> b) {
   return {_mm256_add_epi32(a.v, b.v)};
-}
-PPL_INLINE vec<32> add64(vec<32> a, vec<32> b) {
-  return {_mm256_add_epi64(a.v, b.v)};
-}
-PPL_INLINE vec<32> sub32(vec<32> a, vec<32> b) {
-  return {_mm256_sub_epi32(a.v, b.v)};
 }
 // Sums of eight absolute byte differences, one per 64-bit lane.
 PPL_INLINE vec<32> sad_u8(vec<32> a, vec<32> b) {
@@ -228,10 +216,6 @@ PPL_INLINE mask8<32> to_mask8(vec<32> a) {
 PPL_INLINE mask16<32> to_mask16(vec<32> a) {
   return {a.v};
 }
-// The decision of the even byte of each pair, for both bytes.
-PPL_INLINE mask16<32> even_decides(mask8<32> m) {
-  return {_mm256_srai_epi16(_mm256_slli_epi16(m.m, 8), 8)};
-}
 // Even bytes from a, odd bytes from b.
 PPL_INLINE vec<32> even_odd(vec<32> a, vec<32> b) {
   const __m256i m = _mm256_set1_epi16(0x00ff);
@@ -243,13 +227,6 @@ PPL_INLINE vec<32> even(vec<32> a) {
 }
 PPL_INLINE vec<32> odd(vec<32> a) {
   return srl16<8>(a);
-}
-// Even and odd bytes as signed 16-bit lanes.
-PPL_INLINE vec<32> even_s8(vec<32> a) {
-  return sra16<8>(sll16<8>(a));
-}
-PPL_INLINE vec<32> odd_s8(vec<32> a) {
-  return sra16<8>(a);
 }
 // Signed 16-bit lanes clamped to 0..255.
 PPL_INLINE vec<32> clamp_u8_16(vec<32> a) {

@@ -91,9 +91,6 @@ PPL_INLINE vec<64> add16(vec<64> a, vec<64> b) {
 PPL_INLINE vec<64> sub16(vec<64> a, vec<64> b) {
   return {_mm512_sub_epi16(a.v, b.v)};
 }
-PPL_INLINE vec<64> adds_s16(vec<64> a, vec<64> b) {
-  return {_mm512_adds_epi16(a.v, b.v)};
-}
 PPL_INLINE vec<64> subs_s16(vec<64> a, vec<64> b) {
   return {_mm512_subs_epi16(a.v, b.v)};
 }
@@ -115,17 +112,8 @@ PPL_INLINE vec<64> min_s16(vec<64> a, vec<64> b) {
 PPL_INLINE vec<64> max_s16(vec<64> a, vec<64> b) {
   return {_mm512_max_epi16(a.v, b.v)};
 }
-PPL_INLINE vec<64> madd16(vec<64> a, vec<64> b) {
-  return {_mm512_madd_epi16(a.v, b.v)};
-}
 PPL_INLINE vec<64> add32(vec<64> a, vec<64> b) {
   return {_mm512_add_epi32(a.v, b.v)};
-}
-PPL_INLINE vec<64> add64(vec<64> a, vec<64> b) {
-  return {_mm512_add_epi64(a.v, b.v)};
-}
-PPL_INLINE vec<64> sub32(vec<64> a, vec<64> b) {
-  return {_mm512_sub_epi32(a.v, b.v)};
 }
 // Sums of eight absolute byte differences, one per 64-bit lane.
 PPL_INLINE vec<64> sad_u8(vec<64> a, vec<64> b) {
@@ -221,9 +209,6 @@ PPL_INLINE mask8<64> to_mask8(vec<64> a) {
 PPL_INLINE mask16<64> to_mask16(vec<64> a) {
   return {_mm512_movepi16_mask(a.v)};
 }
-PPL_INLINE mask16<64> even_decides(mask8<64> m) {
-  return {_mm512_test_epi16_mask(_mm512_movm_epi8(m.m), _mm512_set1_epi16(0x00ff))};
-}
 PPL_INLINE vec<64> even_odd(vec<64> a, vec<64> b) {
   return {_mm512_mask_blend_epi8(0xaaaaaaaaaaaaaaaaull, a.v, b.v)};
 }
@@ -233,13 +218,6 @@ PPL_INLINE vec<64> even(vec<64> a) {
 }
 PPL_INLINE vec<64> odd(vec<64> a) {
   return srl16<8>(a);
-}
-// Even and odd bytes as signed 16-bit lanes.
-PPL_INLINE vec<64> even_s8(vec<64> a) {
-  return sra16<8>(sll16<8>(a));
-}
-PPL_INLINE vec<64> odd_s8(vec<64> a) {
-  return sra16<8>(a);
 }
 // Signed 16-bit lanes clamped to 0..255.
 PPL_INLINE vec<64> clamp_u8_16(vec<64> a) {
