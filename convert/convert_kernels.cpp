@@ -1,10 +1,10 @@
 #include "convert/convert_kernels.h"
 
-#include "convert/row_blend.h"
-#include "convert/row_copy.h"
-#include "convert/row_planes.h"
-#include "convert/row_rgb24.h"
-#include "convert/row_scale.h"
+#include "convert/row_blend-inl.h"
+#include "convert/row_copy-inl.h"
+#include "convert/row_planes-inl.h"
+#include "convert/row_rgb24-inl.h"
+#include "convert/row_scale-inl.h"
 #include "platform/levels.h"
 
 namespace ppl::PPL_LEVEL {

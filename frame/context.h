@@ -84,7 +84,7 @@ struct tile_leftovers {
   vec_i16 flat_mask, flat_r, flat_g, flat_b;
 };
 
-// What statistics have added up so far in a frame (tile/statistics.h, tile/statistics_sums.h).
+// What statistics have added up so far in a frame (tile/statistics-inl.h, tile/statistics_sums.h).
 struct alignas(64) statistics_sums {
   uint32_t tiles[64][4];  // of each odd tile: B, G, G, R of the row pairs that share a row of the grid
   uint32_t bins[64][4];   // of each group of the row pair at hand, in the same order
@@ -195,7 +195,7 @@ struct alignas(64) ppl_context {
   alignas(64) uint8_t scratch[ppl::kScratchBytes];
   ppl::statistics_sums sums;
   // Black level, gain, offset and tone curve of the frame in progress as one look-up, in the form that suits the
-  // level: for each of four neighbouring samples of an even and of an odd row, or for each site (tile/tone.h).
+  // level: for each of four neighbouring samples of an even and of an odd row, or for each site (tile/tone-inl.h).
   alignas(64) uint32_t site_tables[2][4][256];
 };
 

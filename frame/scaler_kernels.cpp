@@ -7,7 +7,7 @@
 #include "frame/scaler_kernels.h"
 
 #include "platform/levels.h"
-#include "tile/simd.h"
+#include "simd/simd-inl.h"
 
 namespace ppl::PPL_LEVEL {
 namespace {

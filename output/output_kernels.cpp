@@ -1,10 +1,10 @@
 // The output stage's vector code for one level.
 #include "output/output_kernels.h"
 
-#include "output/yuv_to_rgb.h"
+#include "output/yuv_to_rgb-inl.h"
 #include "platform/levels.h"
-#include "tile/simd.h"
-#include "tile/store_rgb.h"
+#include "simd/simd-inl.h"
+#include "simd/store_rgb-inl.h"
 
 namespace ppl::PPL_LEVEL {
 

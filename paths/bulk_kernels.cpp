@@ -2,7 +2,7 @@
 #include "paths/bulk_kernels.h"
 
 #include "platform/levels.h"
-#include "tile/simd.h"
+#include "simd/simd-inl.h"
 
 namespace ppl::PPL_LEVEL {
 namespace {

@@ -33,7 +33,7 @@ inline __attribute__((always_inline)) void each_row(row_bits rows, Body&& body) 
     if ((rows & 1) != 0) body(i);
 }
 
-// tile/front_end.h
+// tile/front_end-inl.h
 struct front_end_args {
   const ppl_context* context;
   const uint8_t *source_even, *source_odd;  // caller's memory
@@ -44,7 +44,7 @@ struct front_end_args {
   int32_t width;
 };
 
-// tile/statistics.h
+// tile/statistics-inl.h
 struct statistics_args {
   ppl_context* context;
   uint8_t *black_even, *black_odd;  // black-corrected samples; the tile before that of tile 1 is overwritten
@@ -54,7 +54,7 @@ struct statistics_args {
   int32_t tile_lead;                    // tiles by which the front end runs ahead
 };
 
-// tile/median.h: rows r - 2 ...
+// tile/median-inl.h: rows r - 2 ...
 struct median_args {
   const ppl_context* context;
   const uint8_t* const* rows;
@@ -64,7 +64,7 @@ struct median_args {
   int32_t width;
 };
 
-// tile/green_fill.h: rows r - 2 ...
+// tile/green_fill-inl.h: rows r - 2 ...
 struct green_args {
   const ppl_context* context;
   const uint8_t* const* rows;
@@ -74,7 +74,7 @@ struct green_args {
   int32_t width;
 };
 
-// tile/flat_test.h: rows r - 2 .. r + 3 for the test, r - 1 .. r + 2 for the colours
+// tile/flat_test-inl.h: rows r - 2 .. r + 3 for the test, r - 1 .. r + 2 for the colours
 struct flat_args {
   const ppl_context* context;
   const uint8_t* const* rows;
@@ -91,7 +91,7 @@ struct colour_matrix {
   vec_i16 bias[3];    // after it: 128 for a chroma row, else 0
 };
 
-// tile/demosaic.h: rows r - 1 ... of the mosaic (and of the green rows where they exist)
+// tile/demosaic-inl.h: rows r - 1 ... of the mosaic (and of the green rows where they exist)
 struct demosaic_args {
   const uint8_t* const* rows;
   const uint8_t* const* green;
@@ -105,7 +105,7 @@ struct demosaic_args {
   int32_t width;
 };
 
-// tile/noise_filter.h: rows r - 1 ...
+// tile/noise_filter-inl.h: rows r - 1 ...
 struct noise_args {
   const ppl_context* context;
   const uint8_t *const *luma, *const *chroma;
@@ -114,7 +114,7 @@ struct noise_args {
   int32_t width;
 };
 
-// tile/edge.h: rows r - 1 ...
+// tile/edge-inl.h: rows r - 1 ...
 struct edge_args {
   const ppl_context* context;
   const uint8_t* const* luma;
@@ -123,7 +123,7 @@ struct edge_args {
   int32_t width;
 };
 
-// tile/mosaic_edge.h: the two rows of a row pair with the rows around them, in place
+// tile/mosaic_edge-inl.h: the two rows of a row pair with the rows around them, in place
 struct mosaic_edge_args {
   const ppl_context* context;
   uint8_t* rows[4];  // 2p - 1 .. 2p + 2; 2p and 2p + 1 are overwritten with Y but for three planes
@@ -135,7 +135,7 @@ struct mosaic_edge_args {
   int32_t width;
 };
 
-// tile/chroma_smoothing.h: rows r - 1 ...
+// tile/chroma_smoothing-inl.h: rows r - 1 ...
 struct smooth_args {
   const uint8_t* const* chroma;
   uint8_t *u_sums, *v_sums;  // row storage of width + 4 bytes, for the sums of three rows

@@ -1,16 +1,16 @@
 // The tile pipeline's vector code for one level.
 #include "platform/levels.h"
-#include "tile/chroma_smoothing.h"
-#include "tile/demosaic.h"
-#include "tile/edge.h"
-#include "tile/flat_test.h"
-#include "tile/front_end.h"
-#include "tile/green_fill.h"
+#include "tile/chroma_smoothing-inl.h"
+#include "tile/demosaic-inl.h"
+#include "tile/edge-inl.h"
+#include "tile/flat_test-inl.h"
+#include "tile/front_end-inl.h"
+#include "tile/green_fill-inl.h"
 #include "tile/kernels.h"
-#include "tile/median.h"
-#include "tile/mosaic_edge.h"
-#include "tile/noise_filter.h"
-#include "tile/statistics.h"
+#include "tile/median-inl.h"
+#include "tile/mosaic_edge-inl.h"
+#include "tile/noise_filter-inl.h"
+#include "tile/statistics-inl.h"
 
 namespace ppl::PPL_LEVEL {
 

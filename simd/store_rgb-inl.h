@@ -1,7 +1,7 @@
 // Three planes to interleaved pixels in memory: B, G, R bytes, or B, G, R and a zero byte. For *_kernels.cpp only.
 #pragma once
 
-#include "tile/simd.h"
+#include "simd/simd-inl.h"
 
 namespace ppl::PPL_LEVEL {
 

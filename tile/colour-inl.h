@@ -8,8 +8,8 @@
 // The matrix rows take R, G, B in this order.
 #pragma once
 
+#include "simd/simd-inl.h"
 #include "tile/kernels.h"
-#include "tile/simd.h"
 
 namespace ppl::PPL_LEVEL {
 

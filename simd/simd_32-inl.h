@@ -1,5 +1,5 @@
 // 32-byte vectors: YMM registers, AVX2. The same operations as those of 16 bytes, in memory order across both halves.
-// A part of tile/simd.h, which tells the conventions.
+// A part of simd/simd-inl.h, which tells the conventions.
 #pragma once
 
 namespace ppl::PPL_LEVEL {

@@ -6,8 +6,8 @@
 #pragma once
 
 #include "convert/convert_kernels.h"
-#include "convert/packed_ops.h"
-#include "tile/store_rgb.h"
+#include "convert/packed_ops-inl.h"
+#include "simd/store_rgb-inl.h"
 
 namespace ppl::PPL_LEVEL {
 

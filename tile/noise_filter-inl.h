@@ -8,8 +8,8 @@
 //       D      of the pair's even column; its left and right neighbours are the words next to it.
 #pragma once
 
+#include "simd/simd-inl.h"
 #include "tile/kernels.h"
-#include "tile/simd.h"
 
 namespace ppl::PPL_LEVEL {
 

@@ -1,5 +1,5 @@
 // 16-byte vectors: XMM registers, from SSE2 on; higher levels' instructions where the level has them. A part of
-// tile/simd.h, which tells the conventions.
+// simd/simd-inl.h, which tells the conventions.
 #pragma once
 
 namespace ppl::PPL_LEVEL {

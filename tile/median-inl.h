@@ -7,8 +7,8 @@
 //             . n . n .       X above hi or below lo becomes the second smallest of the four.
 #pragma once
 
+#include "simd/simd-inl.h"
 #include "tile/kernels.h"
-#include "tile/simd.h"
 
 namespace ppl::PPL_LEVEL {
 

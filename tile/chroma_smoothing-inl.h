@@ -4,8 +4,8 @@
 // becomes 98. Rows hold the values with 128 added, so nine of them are 1152 above the signed sum.
 #pragma once
 
+#include "simd/simd-inl.h"
 #include "tile/kernels.h"
-#include "tile/simd.h"
 
 namespace ppl::PPL_LEVEL {
 

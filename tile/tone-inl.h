@@ -9,8 +9,8 @@
 // are four loads and three ors.
 #pragma once
 
+#include "simd/simd-inl.h"
 #include "tile/kernels.h"
-#include "tile/simd.h"
 
 namespace ppl::PPL_LEVEL {
 
@@ -125,5 +125,5 @@ PPL_INLINE void look_up_row(const ppl_context& c, int row_parity, const uint8_t*
 }  // namespace ppl::PPL_LEVEL
 
 #if defined(PPL_LEVEL_avx2)
-#include "tile/tone_shuffles.h"
+#include "tile/tone_shuffles-inl.h"
 #endif

@@ -13,9 +13,9 @@
 // column of every tile is finished by now.
 #pragma once
 
-#include "tile/edge.h"
+#include "simd/simd-inl.h"
+#include "tile/edge-inl.h"
 #include "tile/kernels.h"
-#include "tile/simd.h"
 
 namespace ppl::PPL_LEVEL {
 

@@ -1,5 +1,5 @@
 // 64-byte vectors: ZMM registers, AVX-512 with VBMI. The same operations as those of 16 bytes, in memory order across
-// all quarters; masks are bits. A part of tile/simd.h, which tells the conventions.
+// all quarters; masks are bits. A part of simd/simd-inl.h, which tells the conventions.
 #pragma once
 
 namespace ppl::PPL_LEVEL {

@@ -15,8 +15,8 @@
 // Sums go to ppl_context::sums, from where they get to the record's fields at times (tile/statistics_sums.h).
 #pragma once
 
+#include "simd/simd-inl.h"
 #include "tile/kernels.h"
-#include "tile/simd.h"
 
 namespace ppl::PPL_LEVEL {
 

@@ -7,8 +7,8 @@
 // sites at even columns (Gr), odd ones those at odd columns (Gb).
 #pragma once
 
+#include "simd/simd-inl.h"
 #include "tile/kernels.h"
-#include "tile/simd.h"
 
 namespace ppl::PPL_LEVEL {
 

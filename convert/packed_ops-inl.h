@@ -2,7 +2,7 @@
 #pragma once
 
 #include "convert/convert_kernels.h"
-#include "tile/simd.h"
+#include "simd/simd-inl.h"
 
 namespace ppl::PPL_LEVEL {
 

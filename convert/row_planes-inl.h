@@ -2,7 +2,7 @@
 #pragma once
 
 #include "convert/convert_kernels.h"
-#include "convert/packed_ops.h"
+#include "convert/packed_ops-inl.h"
 
 namespace ppl::PPL_LEVEL {
 

@@ -6,9 +6,9 @@
 // the rows above and below. avg(a, b) = (a + b + 1) >> 1 on bytes throughout.
 #pragma once
 
-#include "tile/colour.h"
+#include "simd/simd-inl.h"
+#include "tile/colour-inl.h"
 #include "tile/kernels.h"
-#include "tile/simd.h"
 
 namespace ppl::PPL_LEVEL {
 

@@ -8,8 +8,8 @@
 // Arithmetic shifts on 16 bits (|e| stays below 766); G is clamped to 0..255.
 #pragma once
 
+#include "simd/simd-inl.h"
 #include "tile/kernels.h"
-#include "tile/simd.h"
 
 namespace ppl::PPL_LEVEL {
 

@@ -9,9 +9,9 @@
 //   tone    tone[v]
 #pragma once
 
+#include "simd/simd-inl.h"
 #include "tile/kernels.h"
-#include "tile/simd.h"
-#include "tile/tone.h"
+#include "tile/tone-inl.h"
 
 namespace ppl::PPL_LEVEL {
 

@@ -6,8 +6,8 @@
 //        -1        product fits 16 bits. The result is clamped to 0..255.
 #pragma once
 
+#include "simd/simd-inl.h"
 #include "tile/kernels.h"
-#include "tile/simd.h"
 
 namespace ppl::PPL_LEVEL {
 

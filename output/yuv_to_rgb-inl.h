@@ -6,7 +6,7 @@
 #pragma once
 
 #include "output/output_kernels.h"
-#include "tile/simd.h"
+#include "simd/simd-inl.h"
 
 namespace ppl::PPL_LEVEL {
 

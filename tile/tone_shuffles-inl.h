@@ -1,4 +1,4 @@
-// The look-up of tile/tone.h with 32-byte registers: a chain of byte shuffles of 16 entries each.
+// The look-up of tile/tone-inl.h with 32-byte registers: a chain of byte shuffles of 16 entries each.
 //
 // A shuffle takes an index by its low four bits, and gives 0 where bit 7 is set. A chain's index starts as the sample's
 // low seven bits and falls by 16 a step, so samples of the first 16 entries take the first step alone, those of the
@@ -7,7 +7,7 @@
 // gathered first, for each parity has a table of its own.
 #pragma once
 
-#include "tile/simd.h"
+#include "simd/simd-inl.h"
 
 namespace ppl::PPL_LEVEL {
 

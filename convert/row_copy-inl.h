@@ -1,7 +1,7 @@
 // Rows as they stand: copy, fill, bytes swapped.
 #pragma once
 
-#include "convert/packed_ops.h"
+#include "convert/packed_ops-inl.h"
 
 namespace ppl::PPL_LEVEL {
 

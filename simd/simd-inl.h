@@ -33,12 +33,12 @@ struct mask16;  // one decision per 16-bit lane
 
 }  // namespace ppl::PPL_LEVEL
 
-#include "tile/simd_16.h"
+#include "simd/simd_16-inl.h"
 #if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
-#include "tile/simd_32.h"
+#include "simd/simd_32-inl.h"
 #endif
 #if defined(PPL_LEVEL_avx512)
-#include "tile/simd_64.h"
+#include "simd/simd_64-inl.h"
 #endif
 
 namespace ppl::PPL_LEVEL {
