@@ -1,12 +1,12 @@
 // Every entry of every kernel table alone: on rows of 640 samples that stay in the first-level cache, ns per pixel
 // of the picture that the call covers. Names: TABLE/ENTRY/LEVEL.
 #include "convert/convert_kernels.h"
-#include "frame/context.h"
 #include "frame/scaler_kernels.h"
 #include "measure.h"
 #include "output/output_kernels.h"
 #include "paths/bulk_kernels.h"
 #include "platform/levels.h"
+#include "record/context.h"
 #include "tile/kernels.h"
 
 namespace {

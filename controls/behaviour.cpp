@@ -1,6 +1,6 @@
 // Quality, statistics switch, mirrors, and the controls that only answer.
 #include "controls/defaults.h"
-#include "frame/context.h"
+#include "record/context.h"
 
 using namespace ppl;
 

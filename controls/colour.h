@@ -1,7 +1,7 @@
 // Colour: sensor matrix, saturation, hue and contrast gain folded into one matrix per target space.
 #pragma once
 
-#include "frame/context.h"
+#include "record/context.h"
 
 namespace ppl {
 

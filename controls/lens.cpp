@@ -1,6 +1,6 @@
 // Lens shading: a table of factors, in memory of the caller's, filled once from a polynomial in the squared
 // distance from the optical centre. One row per distance in rows from the centre, one entry per column.
-#include "frame/context.h"
+#include "record/context.h"
 
 using namespace ppl;
 

@@ -1,5 +1,5 @@
 // All controls to their defaults.
-#include "frame/context.h"
+#include "record/context.h"
 
 // The order matters: saturation and hue rebuild with the contrast of the slot's last life, and the contrast reset
 // rebuilds them once more with its own. Frame size, frame count, statistics and leftovers stay.

@@ -1,5 +1,5 @@
 // Read-out of a frame's statistics. Most getters lead into the record; the centre-weighted ones compute.
-#include "frame/context.h"
+#include "record/context.h"
 
 using namespace ppl;
 

@@ -2,7 +2,7 @@
 //
 // Whatever changes, yuv_contrast_gamma[i] = yuv_gamma[contrast[i]], and the same for RGB.
 #include "controls/gamma_tables.h"
-#include "frame/context.h"
+#include "record/context.h"
 
 using namespace ppl;
 

@@ -1,7 +1,7 @@
 // Vectors derived from controls: how one value, or one per colour of a row, fills 16 bytes.
 #pragma once
 
-#include "frame/context.h"
+#include "record/context.h"
 
 namespace ppl {
 

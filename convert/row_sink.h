@@ -13,9 +13,9 @@
 #include <stdint.h>
 
 #include "convert/convert_kernels.h"
-#include "frame/context.h"
-#include "frame/paths.h"
 #include "platform/levels.h"
+#include "record/context.h"
+#include "record/job.h"
 
 namespace ppl {
 

@@ -1,7 +1,7 @@
 #include "frame/frame_call.h"
 
 #include "frame/geometry.h"
-#include "frame/output_plan.h"
+#include "record/output_plan.h"
 
 namespace ppl {
 namespace {

@@ -3,8 +3,8 @@
 
 #include <stdint.h>
 
-#include "frame/context.h"
-#include "frame/paths.h"
+#include "record/context.h"
+#include "record/job.h"
 
 namespace ppl {
 

@@ -2,7 +2,7 @@
 // row-pair counts, the 8 x 6 grid, its divisors, and the factors that make up for the border without statistics.
 #pragma once
 
-#include "frame/context.h"
+#include "record/context.h"
 
 namespace ppl {
 

@@ -2,8 +2,8 @@
 //
 // Claiming is a plain test and store: callers serialise ppl_init. Giving a record back clears two flags and
 // nothing else, so size, frame count, statistics and leftovers pass on to the next owner of the slot.
-#include "frame/context.h"
 #include "platform/levels.h"
+#include "record/context.h"
 
 namespace ppl {
 

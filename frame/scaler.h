@@ -16,7 +16,7 @@
 
 #include <stdint.h>
 
-#include "frame/context.h"
+#include "record/context.h"
 
 namespace ppl {
 

@@ -1,8 +1,8 @@
 // The thirty exports by name: a test of the buffers for 8-byte alignment with a last-resort picture where it
 // fails, the decimation that the name promises, and for I420 and YUYV a scaling pass behind the frame call.
 #include "frame/frame_call.h"
-#include "frame/output_plan.h"
 #include "frame/scaler.h"
+#include "record/output_plan.h"
 
 namespace ppl {
 namespace {

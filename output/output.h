@@ -10,10 +10,10 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "frame/context.h"
-#include "frame/output_plan.h"
-#include "frame/paths.h"
 #include "output/output_kernels.h"
+#include "record/context.h"
+#include "record/job.h"
+#include "record/output_plan.h"
 
 namespace ppl {
 

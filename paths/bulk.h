@@ -9,10 +9,10 @@
 //   clipped    the doubled picture (bulk_doubled.cpp) where not all of its rows are inside
 #pragma once
 
-#include "frame/context.h"
-#include "frame/paths.h"
 #include "output/output_kernels.h"
 #include "paths/bulk_kernels.h"
+#include "record/context.h"
+#include "record/job.h"
 #include "tile/kernels.h"
 
 namespace ppl::bulk {

@@ -1,6 +1,6 @@
 // Groups of 32 columns in two rows along the plan's pointers, wherever these lead; what falls outside is dropped.
-#include "frame/output_plan.h"
 #include "paths/bulk.h"
+#include "record/output_plan.h"
 
 namespace ppl::bulk {
 namespace {

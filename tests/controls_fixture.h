@@ -7,8 +7,8 @@
 #include <cstring>
 #include <vector>
 
-#include "frame/context.h"
 #include "ppl.h"
+#include "record/context.h"
 
 namespace ctl {
 

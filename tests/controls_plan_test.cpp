@@ -1,5 +1,5 @@
 // The output plan: single figures, and walks that follow it over a frame and must land where the picture belongs.
-#include "frame/output_plan.h"
+#include "record/output_plan.h"
 #include "tests/controls_fixture.h"
 
 namespace {

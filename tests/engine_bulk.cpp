@@ -1,6 +1,6 @@
 // Qualities 3 and 13 in all formats, with figures worked out by hand.
 #include "engine_frame.h"
-#include "frame/context.h"
+#include "record/context.h"
 
 namespace {
 

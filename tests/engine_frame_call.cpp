@@ -1,6 +1,6 @@
 // The frame call: what is sized, cleared, skipped and counted; the raw path and its mark.
 #include "engine_frame.h"
-#include "frame/context.h"
+#include "record/context.h"
 
 namespace {
 

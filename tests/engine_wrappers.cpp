@@ -1,6 +1,6 @@
 // The thirty exports by name: alignment and last-resort pictures, decimation, stride.
 #include "engine_frame.h"
-#include "frame/context.h"
+#include "record/context.h"
 
 namespace {
 

@@ -6,11 +6,11 @@
 #include <random>
 #include <vector>
 
-#include "frame/context.h"
 #include "level.h"
 #include "output/output_kernels.h"
 #include "platform/levels.h"
 #include "ppl.h"
+#include "record/context.h"
 
 namespace {
 

@@ -7,10 +7,10 @@
 #include <random>
 #include <vector>
 
-#include "frame/context.h"
 #include "level.h"
 #include "platform/levels.h"
 #include "ppl.h"
+#include "record/context.h"
 #include "tile/kernels.h"
 #include "tile/statistics_sums.h"
 

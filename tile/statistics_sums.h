@@ -1,7 +1,7 @@
 // From the sums that the statistics' kernel adds to (ppl_context::sums) to the fields of the record.
 #pragma once
 
-#include "frame/context.h"
+#include "record/context.h"
 
 namespace ppl {
 

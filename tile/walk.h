@@ -9,9 +9,9 @@
 
 #include <stdint.h>
 
-#include "frame/context.h"
-#include "frame/paths.h"
 #include "output/output.h"
+#include "record/context.h"
+#include "record/job.h"
 #include "tile/kernels.h"
 #include "tile/paths.h"
 

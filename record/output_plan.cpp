@@ -1,4 +1,4 @@
-#include "frame/output_plan.h"
+#include "record/output_plan.h"
 
 namespace ppl {
 namespace {

@@ -40,7 +40,7 @@ struct rgb32 {
   uint32_t r, g, b;
 };
 
-// Steps and offsets in bytes by which output pointers move; see frame/output_plan.h for every rule.
+// Steps and offsets in bytes by which output pointers move; see record/output_plan.h for every rule.
 struct output_plan {
   struct {
     int32_t left_offset, right_offset, row_0_offset, row_1_offset, group_step, row_step, last_source;
@@ -209,6 +209,6 @@ constexpr rgb32* outside_cell(ppl_context* c) {
 }
 
 // Internal rebuilds, shared by controls/ and frame/. All are exact integer work.
-bool rebuild_output_plan(ppl_context* c);  // frame/output_plan.cpp
+bool rebuild_output_plan(ppl_context* c);  // record/output_plan.cpp
 
 }  // namespace ppl

@@ -4,7 +4,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include "frame/context.h"
+#include "record/context.h"
 
 namespace ppl {
 

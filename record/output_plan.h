@@ -10,14 +10,14 @@
 
 #include <stdint.h>
 
-#include "frame/context.h"
-#include "frame/paths.h"
+#include "record/context.h"
+#include "record/job.h"
 
 namespace ppl {
 
 // Byte offsets from the base of the frame (luma plane of I420), and for I420's two chroma planes, which move
 // together, from the base of each plane. They may lie outside the frame at sizes, decimations or black line
-// counts that have no true picture: whoever stores through them tests that (see frame/paths.h).
+// counts that have no true picture: whoever stores through them tests that (see record/job.h).
 struct start_offsets {
   int64_t stage, stage_chroma;  // the tile pipeline: place of the first tile
   int64_t bulk, bulk_chroma;    // qualities 3 and 13: place of the first group of 32 columns and two rows
