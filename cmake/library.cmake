@@ -57,7 +57,8 @@ else()
 endif()
 set_target_properties(ppl_static PROPERTIES OUTPUT_NAME ppl)
 
-install(FILES ${PPL_ROOT}/include/ppl.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES ${PPL_ROOT}/include/ppl.h ${PPL_ROOT}/helpers/ppl_qualities.h
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(TARGETS ppl ppl_static EXPORT ppl-targets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(EXPORT ppl-targets NAMESPACE ppl:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ppl)

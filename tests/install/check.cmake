@@ -19,7 +19,8 @@ foreach(file include/ppl.h ${LIBDIR}/libppl.so ${LIBDIR}/libppl.a ${LIBDIR}/pkgc
   endif()
 endforeach()
 file(GLOB headers RELATIVE ${prefix}/include ${prefix}/include/*)
-if(NOT headers STREQUAL "ppl.h")
+list(SORT headers)
+if(NOT headers STREQUAL "ppl.h;ppl_qualities.h")
   message(FATAL_ERROR "headers installed: ${headers}")
 endif()
 

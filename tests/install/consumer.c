@@ -1,5 +1,6 @@
 /* A program outside the project that uses the library as it was installed. */
 #include <ppl.h>
+#include <ppl_qualities.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -16,6 +17,7 @@ int main(void) {
   for (int k = 0; k < 3 * n; ++k)
     if (picture[k] != 129) return 3;
   if (ppl_n_frame(context) != 1 || !ppl_free(context)) return 4;
+  if (!ppl_quality_runs(15, PPL_FORMAT_I420, PPL_SIZE_SAME)) return 5;
   puts("consumer: ok");
   free(frame);
   free(picture);
