@@ -9,5 +9,6 @@ void add_convert(CLI::App&);
 void add_compare(CLI::App&);
 void add_stats(CLI::App&);
 void add_deinterlace(CLI::App&);
+void add_simulate(CLI::App&);
 
 }  // namespace tool

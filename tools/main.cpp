@@ -40,7 +40,7 @@ std::string explain(const CLI::App& app, const CLI::ParseError& error, int count
   if (dynamic_cast<const CLI::RequiredError*>(&error) && chosen.empty()) {
     std::vector<std::string> known;
     for (const CLI::App* sub : app.get_subcommands({})) known.push_back(sub->get_name());
-    what = "a command is needed: convert, compare, stats or deinterlace";
+    what = "a command is needed: convert, compare, stats, deinterlace or simulate";
     if (count > 1 && !nearest(words[1], known).empty())
       what += "; did you mean " + nearest(words[1], known) + "?";
   } else if (dynamic_cast<const CLI::ExtrasError*>(&error) && !chosen.empty()) {
@@ -71,6 +71,7 @@ int main(int count, char** words) {
   tool::add_compare(app);
   tool::add_stats(app);
   tool::add_deinterlace(app);
+  tool::add_simulate(app);
   try {
     app.parse(count, words);
     return 0;
