@@ -39,16 +39,17 @@ void put_rows(output_writer& w, int p, const finished_rows& rows) {
   const planes uv = chroma_at(w, run_start(w.chroma + back, chroma_blocks, plan.i420.chroma_tile_step));
   const int64_t pitch = plan.i420_pitch.row_pitch;
   if (d == 0) {
-    k.copy(luma, rows.luma[0], w.width, w.h_mirror);
-    k.copy(luma + pitch, rows.luma[1], w.width, w.h_mirror);
-    k.split_words(uv.u, uv.v, rows.chroma[0], w.width / 2, w.h_mirror);
+    k.copy(luma, rows.plane[0][0], w.width, w.h_mirror);
+    k.copy(luma + pitch, rows.plane[0][1], w.width, w.h_mirror);
+    k.split_words(uv.u, uv.v, rows.plane[1][0], w.width / 2, w.h_mirror);
   } else if (d > 0) {
-    k.halve(luma, rows.luma[0], w.width / 2, w.h_mirror);
-    if ((p & 1) != 0) k.split_every_second(uv.u, uv.v, rows.chroma[0], w.width / 4, w.h_mirror);
+    k.halve(luma, rows.plane[0][0], w.width / 2, w.h_mirror);
+    if ((p & 1) != 0) k.split_every_second(uv.u, uv.v, rows.plane[1][0], w.width / 4, w.h_mirror);
   } else {
-    k.widen(luma, rows.luma[0], w.width, {outside_sample(w, rows.luma[0]), w.h_mirror, 0});
-    k.widen(luma + 2 * pitch, rows.luma[1], w.width, {outside_sample(w, rows.luma[1]), w.h_mirror, 0});
-    k.split_doubled(uv.u, uv.v, rows.chroma[0], w.width / 2, w.h_mirror);
+    k.widen(luma, rows.plane[0][0], w.width, {outside_sample(w, rows.plane[0][0]), w.h_mirror, 0});
+    k.widen(luma + 2 * pitch, rows.plane[0][1], w.width,
+            {outside_sample(w, rows.plane[0][1]), w.h_mirror, 0});
+    k.split_doubled(uv.u, uv.v, rows.plane[1][0], w.width / 2, w.h_mirror);
   }
   w.luma += int64_t{luma_blocks} * plan.i420.luma_tile_step;
   if (d <= 0 || (p & 1) != 0) w.chroma += int64_t{chroma_blocks} * plan.i420.chroma_tile_step;
@@ -67,24 +68,24 @@ void put_tiles(output_writer& w, int p, const finished_rows& rows) {
     const int x = t * kTileColumns;
     if (w.decimation == 0) {
       for (int i = 0; i < 2; ++i) {
-        k.copy(a, rows.luma[i] + x, 16, h);
+        k.copy(a, rows.plane[0][i] + x, 16, h);
         put_inside(w, w.luma + i * pitch, a, 16);
       }
       w.luma += plan.i420.luma_tile_step;
       if ((t & 1) != 0) {
-        k.split_words(a, b, rows.chroma[0] + x - 16, 16, h);
+        k.split_words(a, b, rows.plane[1][0] + x - 16, 16, h);
         put_inside(w, w.chroma, a, 16);
         put_inside(w, w.chroma + v_plane, b, 16);
         w.chroma += plan.i420.chroma_tile_step;
       }
     } else if (w.decimation > 0) {
       if ((t & 1) != 0) {
-        k.halve(a, rows.luma[0] + x - 16, 16, h);
+        k.halve(a, rows.plane[0][0] + x - 16, 16, h);
         put_inside(w, w.luma, a, 16);
         w.luma += plan.i420.luma_tile_step;
       }
       if ((t & 3) == 3 && (p & 1) != 0) {
-        k.split_every_second(a, b, rows.chroma[0] + x - 48, 16, h);
+        k.split_every_second(a, b, rows.plane[1][0] + x - 48, 16, h);
         put_inside(w, w.chroma, a, 16);
         put_inside(w, w.chroma + v_plane, b, 16);
         w.chroma += plan.i420.chroma_tile_step;
@@ -92,13 +93,13 @@ void put_tiles(output_writer& w, int p, const finished_rows& rows) {
     } else {
       const int64_t back = h ? -16 : 0;
       for (int i = 0; i < 2; ++i) {
-        const uint8_t* const row = rows.luma[i] + x;
+        const uint8_t* const row = rows.plane[0][i] + x;
         k.widen(a, row, 16, {t == 0 ? outside_sample(w, row) : row[-1], h, 0});
         put_inside(w, w.luma + back + 2 * i * pitch, a, 32);
       }
       w.luma += plan.i420.luma_tile_step;
       if ((t & 1) != 0) {
-        k.split_doubled(a, b, rows.chroma[0] + x - 16, 16, h);
+        k.split_doubled(a, b, rows.plane[1][0] + x - 16, 16, h);
         put_inside(w, w.chroma + back, a, 32);
         put_inside(w, w.chroma + back + v_plane, b, 32);
         w.chroma += plan.i420.chroma_tile_step;

@@ -14,6 +14,7 @@
 #include "record/context.h"
 #include "record/job.h"
 #include "record/output_plan.h"
+#include "record/quality.h"
 
 namespace ppl {
 
@@ -22,11 +23,10 @@ constexpr int kPlanePitch = 2048 + 64;
 constexpr int kMargin = 3 * 2 * 2048;  // bytes of a doubled RGB24 row
 constexpr int kOutputScratch = 64 + 9 * kPlanePitch + 2 * kMargin;
 
-// The two rows of a row pair as the path's last block left them. Chroma words hold U, V with 128 added.
+// The two rows of a row pair as the path's last block left them: planes of the quality's rgb_form where the format is
+// RGB, else Y and chroma words, which hold U, V with 128 added.
 struct finished_rows {
-  const uint8_t* const* luma;               // Y, or the first plane
-  const uint8_t* const* chroma;             // words, or the second plane
-  const uint8_t* const* plane3;             // the third plane
+  const uint8_t* const* plane[3];           // plane[1]: U, V words where there are two planes
   const uint8_t* const* unfiltered_chroma;  // words before noise filter and smoothing, where wanted
 };
 
@@ -40,20 +40,17 @@ struct output_writer {
   int64_t chroma;                   // I420: next U block's place; V lies out_quarter_pixels behind
   int32_t tiles, row_pairs, width;  // width: 16 * tiles
   int32_t decimation;
-  uint8_t quality;
-  bool medium_filter;
-  uint8_t bottom_stages;  // row pairs behind the main stage
-  uint8_t* planes;        // 9 rows of kPlanePitch bytes in the record's scratch
-  uint8_t* margin;        // kMargin bytes that stand for those in front of the frame, then those behind it
+  quality_rules quality;
+  uint8_t* planes;  // 9 rows of kPlanePitch bytes in the record's scratch
+  uint8_t* margin;  // kMargin bytes that stand for those in front of the frame, then those behind it
   bool h_mirror;
   bool ordinary;                 // every row is one run inside the frame
   bool fills_gaps;               // doubled: rows between are interpolated
   bool wants_unfiltered_chroma;  // the path must keep those rows
-  bool yuv_planes;               // RGB: the planes are Y, U, V and still to be converted
   uint8_t held[3][16];           // halved RGB24: planes of the first tile of a pair
 };
 
-output_writer make_writer(const frame_job& job, int bottom_stages);
+output_writer make_writer(const frame_job& job, quality_rules quality);
 
 // One for each format; they fill in what depends on it.
 void start_i420(output_writer& w, const frame_job& job);

@@ -24,15 +24,15 @@ struct packed_writer {
     const int64_t back = d < 0 && w.h_mirror ? -32 : 0;
     uint8_t* const to = w.base + run_start(w.luma + back, blocks, plan.packed.tile_step);
     if (d > 0) {
-      k.pack_halved(to, rows.luma[0], rows.chroma[0], w.width / 2, w.h_mirror, kOrder);
+      k.pack_halved(to, rows.plane[0][0], rows.plane[1][0], w.width / 2, w.h_mirror, kOrder);
     } else {
       const int64_t pitch = plan.packed_pitch.row_pitch;
       for (int i = 0; i < 2; ++i) {
         if (d == 0)
-          k.pack(to + i * pitch, rows.luma[i], rows.chroma[i], w.width, w.h_mirror, kOrder);
+          k.pack(to + i * pitch, rows.plane[0][i], rows.plane[1][i], w.width, w.h_mirror, kOrder);
         else
-          k.pack_doubled(to + 2 * i * pitch, rows.luma[i], rows.chroma[i], w.width,
-                         outside_sample(w, rows.luma[i]), w.h_mirror, kOrder);
+          k.pack_doubled(to + 2 * i * pitch, rows.plane[0][i], rows.plane[1][i], w.width,
+                         outside_sample(w, rows.plane[0][i]), w.h_mirror, kOrder);
       }
     }
     w.luma += int64_t{blocks} * plan.packed.tile_step;
@@ -48,16 +48,16 @@ struct packed_writer {
       const int x = t * kTileColumns;
       if (d > 0) {
         if ((t & 1) == 0) continue;
-        k.pack_halved(block, rows.luma[0] + x - 16, rows.chroma[0] + x - 16, 16, w.h_mirror, kOrder);
+        k.pack_halved(block, rows.plane[0][0] + x - 16, rows.plane[1][0] + x - 16, 16, w.h_mirror, kOrder);
         put_inside(w, w.luma, block, 32);
       } else {
         for (int i = 0; i < 2; ++i) {
-          const uint8_t* const luma = rows.luma[i] + x;
+          const uint8_t* const luma = rows.plane[0][i] + x;
           if (d == 0) {
-            k.pack(block, luma, rows.chroma[i] + x, 16, w.h_mirror, kOrder);
+            k.pack(block, luma, rows.plane[1][i] + x, 16, w.h_mirror, kOrder);
             put_inside(w, w.luma + i * pitch, block, 32);
           } else {
-            k.pack_doubled(block, luma, rows.chroma[i] + x, 16, t == 0 ? outside_sample(w, luma) : luma[-1],
+            k.pack_doubled(block, luma, rows.plane[1][i] + x, 16, t == 0 ? outside_sample(w, luma) : luma[-1],
                            w.h_mirror, kOrder);
             put_inside(w, w.luma - (w.h_mirror ? 32 : 0) + 2 * i * pitch, block, 64);
           }
@@ -90,7 +90,7 @@ struct packed_writer {
   }
 
   static bool in_main_stage(const output_writer& w, int p) {
-    return p >= 1 && p <= w.row_pairs - 1 - w.bottom_stages;
+    return p >= 1 && p <= w.row_pairs - 1 - w.quality.bottom_stages;
   }
 
   static void put(output_writer& w, int p, const finished_rows& rows) {
@@ -100,7 +100,7 @@ struct packed_writer {
     if (!w.fills_gaps) return;
     const int64_t mirror = w.h_mirror ? 32 : 0;  // the fill figures carry a "less 32" of their own
     const bool left_out = kOrder == byte_order::yuyv && in_main_stage(w, p) &&
-                          (w.quality == 15 || (w.quality == 2 && w.medium_filter));
+                          w.quality.between == rows_between::not_in_yuyv_main_stage;
     if (!left_out) {
       fill_gap(w, row_start(w, w.luma + plan.fill_1 + mirror));
       if (p > 0) fill_gap(w, row_start(w, w.luma + plan.fill_2 + mirror));

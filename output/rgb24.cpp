@@ -34,8 +34,8 @@ rgb_source finished_planes(const output_writer& w, const finished_rows& rows, in
   if (from.kind == rgb_source::planes) return from;
   const plane_rows to = scratch_planes(w);
   if (unconverted) {
-    w.kernels->copy(to.plane[0], rows.luma[i], w.width, false);
-    w.kernels->unbias(to.plane[1], rows.chroma[i], w.width);
+    w.kernels->copy(to.plane[0], rows.plane[0][i], w.width, false);
+    w.kernels->unbias(to.plane[1], rows.plane[1][i], w.width);
     w.kernels->unbias(to.plane[2], rows.unfiltered_chroma[i], w.width);
   } else {
     w.kernels->rgb_planes(to.plane, from, w.width);
@@ -59,7 +59,7 @@ void put_doubled(const output_writer& w, const finished_rows& rows) {
   const int64_t pitch = plan.rgb24_pitch.row_pitch;
   for (int i = 0; i < 2; ++i) {
     const plane_rows wide = wide_planes(w);
-    widen_planes(w, finished_planes(w, rows, i, w.quality == 15), wide);
+    widen_planes(w, finished_planes(w, rows, i, w.quality.rgb == rgb_form::yuv_words), wide);
     const rgb_source from = {rgb_source::planes, {wide.plane[0], wide.plane[1], wide.plane[2]}};
     const int64_t at = run_start(w.luma + 2 * i * pitch, w.tiles, plan.rgb24.tile_step);
     if (w.ordinary) {
@@ -91,18 +91,19 @@ void put_halved_row(const output_writer& w, const finished_rows& rows) {
 // tile of the row before (quality 15: the tile held last).
 void put_halved_tiles(output_writer& w, const finished_rows& rows) {
   const int32_t step = w.context->plan.rgb24.tile_step;
+  const bool words = w.quality.rgb == rgb_form::yuv_words;
   const rgb_source full = finished_planes(w, rows, 0, false);
   uint8_t pair[3][32], half[3][16], block[48];
   for (int t = 0; t < w.tiles; ++t) {
     const int x = t * kTileColumns;
     const int64_t at = w.luma + int64_t{w.h_mirror ? t : t - 1} * step;
     if ((at & 15) != 0) {
-      if (w.quality == 15)
+      if (words)
         for (int i = 0; i < 3; ++i) __builtin_memcpy(w.held[i], full.plane[i] + x, 16);
       continue;
     }
     for (int i = 0; i < 3; ++i) {
-      const uint8_t* const earlier = w.quality == 15 || t == 0 ? w.held[i] : full.plane[i] + x - 16;
+      const uint8_t* const earlier = words || t == 0 ? w.held[i] : full.plane[i] + x - 16;
       __builtin_memcpy(pair[i], earlier, 16);
       __builtin_memcpy(pair[i] + 16, full.plane[i] + x, 16);
       w.kernels->halve(half[i], pair[i], 16, w.h_mirror);
@@ -110,7 +111,7 @@ void put_halved_tiles(output_writer& w, const finished_rows& rows) {
     w.kernels->rgb24(block, {rgb_source::planes, {half[0], half[1], half[2]}}, 16, false);
     put_inside(w, at, block, 48);
   }
-  if (w.quality == 15) return;
+  if (words) return;
   const rgb_source odd_row = finished_planes(w, rows, 1, false);
   for (int i = 0; i < 3; ++i) __builtin_memcpy(w.held[i], odd_row.plane[i] + w.width - 16, 16);
 }
@@ -142,8 +143,7 @@ void put(output_writer& w, int p, const finished_rows& rows) {
 void start_rgb24(output_writer& w, const frame_job&) {
   w.put = put;
   w.luma = output_start(w.context, out_format::rgb24).stage;
-  w.wants_unfiltered_chroma = w.quality == 15 && w.decimation < 0;
-  w.yuv_planes = w.quality == 0 || w.quality == 10;
+  w.wants_unfiltered_chroma = w.quality.rgb == rgb_form::yuv_words && w.decimation < 0;
 }
 
 }  // namespace ppl

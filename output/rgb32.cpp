@@ -83,7 +83,6 @@ void put(output_writer& w, int, const finished_rows& rows) {
 void start_rgb32(output_writer& w, const frame_job&) {
   w.put = put;
   w.luma = output_start(w.context, out_format::rgb32).stage;
-  w.yuv_planes = w.quality == 0 || w.quality == 10;
 }
 
 }  // namespace ppl

@@ -43,9 +43,10 @@ void repeat_row(const output_writer& w, int64_t to, int64_t from, int n) {
 }
 
 rgb_source rgb_source_of(const output_writer& w, const finished_rows& rows, int i, int x) {
-  if (w.quality == 15) return {rgb_source::yuv_words, {rows.luma[i] + x, rows.chroma[i] + x, nullptr}};
-  return {w.yuv_planes ? rgb_source::yuv_planes : rgb_source::planes,
-          {rows.luma[i] + x, rows.chroma[i] + x, rows.plane3[i] + x}};
+  const uint8_t *const a = rows.plane[0][i] + x, *const b = rows.plane[1][i] + x;
+  if (w.quality.rgb == rgb_form::yuv_words) return {rgb_source::yuv_words, {a, b, nullptr}};
+  return {w.quality.rgb == rgb_form::yuv_planes ? rgb_source::yuv_planes : rgb_source::planes,
+          {a, b, rows.plane[2][i] + x}};
 }
 
 void put_rgb_rows(const output_writer& w, const finished_rows& rows, int pixel_bytes, int64_t pitch,
@@ -65,9 +66,8 @@ void put_rgb_rows(const output_writer& w, const finished_rows& rows, int pixel_b
   }
 }
 
-output_writer make_writer(const frame_job& job, int bottom_stages) {
+output_writer make_writer(const frame_job& job, quality_rules quality) {
   ppl_context& c = *job.context;
-  const uint32_t quality = c.quality;
   output_writer w = {};
   w.kernels = c.kernels->output;
   w.context = &c;
@@ -77,15 +77,13 @@ output_writer make_writer(const frame_job& job, int bottom_stages) {
   w.row_pairs = c.row_pairs;
   w.width = kTileColumns * w.tiles;
   w.decimation = c.decimation;
-  w.quality = static_cast<uint8_t>(quality);
+  w.quality = quality;
   w.h_mirror = c.h_mirror != 0;
-  w.medium_filter = c.medium_filter_enabled != 0;
-  w.bottom_stages = static_cast<uint8_t>(bottom_stages);
   w.planes = c.scratch + kScratchBytes - kOutputScratch + 64;
   w.margin = w.planes + 9 * kPlanePitch;
   w.ordinary = is_ordinary(c, job.format, job.destination_bytes);
   if (!w.ordinary) __builtin_memset(w.margin, 0, 2 * kMargin);
-  w.fills_gaps = c.decimation < 0 && (quality < 10 || quality == 15);
+  w.fills_gaps = c.decimation < 0 && quality.between != rows_between::rgb24_alone;
   switch (job.format) {
     case out_format::i420:
       start_i420(w, job);

@@ -85,7 +85,8 @@ void front_end_pair(walk& w, int r, uint8_t* const* rows) {
   const path_traits& path = *w.path;
   const int output_row_pair = r / 2 - path.lead_row_pairs;
   const bool collect = c.mean_collection != 0 && (output_row_pair & 1) != 0 && output_row_pair >= 1 &&
-                       output_row_pair <= w.row_pairs - 1 - path.bottom && w.tiles - 1 - path.right >= 1;
+                       output_row_pair <= w.row_pairs - 1 - path.rules.bottom_stages &&
+                       w.tiles - 1 - path.right >= 1;
   uint8_t* const source = w.job->source + static_cast<ptrdiff_t>(r) * c.frame_stride;
   uint16_t* const spare = scratch_at<uint16_t>(w, kLensScratch);
   w.kernels->front_end({.context = &c,
@@ -312,9 +313,7 @@ void output_stage(walk& w, int first) {
   for (int i = 0; i < w.step && first + i < w.height; i += 2) {
     if (first + i < 0) continue;
     w.writer.put(w.writer, (first + i) / 2,
-                 {.luma = luma + i,
-                  .chroma = chroma + i,
-                  .plane3 = plane3 != nullptr ? plane3 + i : nullptr,
+                 {.plane = {luma + i, chroma + i, plane3 != nullptr ? plane3 + i : nullptr},
                   .unfiltered_chroma = unfiltered != nullptr ? unfiltered + i : nullptr});
   }
 }
@@ -498,7 +497,7 @@ void run_tile_path(const frame_job& job) {
   w.height = 2 * w.row_pairs;
   const bool rgb = job.format == out_format::rgb24 || job.format == out_format::rgb32;
   w.three_planes = rgb && !path->noise_filter;
-  w.writer = make_writer(job, path->bottom);
+  w.writer = make_writer(job, path->rules);
   // Halved pictures take even rows alone; I420 takes chroma of even rows, halved of every second of those.
   const bool halved = c->decimation > 0;
   w.luma_put_out = halved && w.writer.ordinary ? kEvenRows : kEveryRow;
