@@ -153,7 +153,7 @@ void ppl_sensor_matrix(const ppl_context* c, int32_t* nine_words) {
 }
 
 uint8_t ppl_copy_sensor_matrix(ppl_context* c, const int32_t* nine_words) {
-  for (int i = 0; i < 9; ++i) c->sensor_matrix[i] = nine_words[i];
+  for (int i = 0; i < 9 && nine_words; ++i) c->sensor_matrix[i] = nine_words[i];
   return rebuild_colour_matrices(c);
 }
 

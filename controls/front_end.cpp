@@ -117,17 +117,17 @@ const uint8_t* ppl_b_dekneel_table(const ppl_context* c) {
 }
 
 uint8_t ppl_copy_r_dekneel_table(ppl_context* c, const uint8_t* table) {
-  copy_table(c->r_dekneel_table, table);
+  if (table) copy_table(c->r_dekneel_table, table);
   return 0;
 }
 
 uint8_t ppl_copy_g_dekneel_table(ppl_context* c, const uint8_t* table) {
-  copy_table(c->g_dekneel_table, table);
+  if (table) copy_table(c->g_dekneel_table, table);
   return 0;
 }
 
 uint8_t ppl_copy_b_dekneel_table(ppl_context* c, const uint8_t* table) {
-  copy_table(c->b_dekneel_table, table);
+  if (table) copy_table(c->b_dekneel_table, table);
   return 0;
 }
 

@@ -109,7 +109,9 @@ uint8_t ppl_set_contrast_c(ppl_context* c, int32_t contrast, uint32_t* out_x, ui
   return ppl_set_contrast_xy(c, x, y);
 }
 
+// Given a null table the copies do nothing, and answer as ever.
 uint8_t ppl_copy_contrast_table(ppl_context* c, const uint8_t* table) {
+  if (!table) return 1;
   copy_table(c->contrast_table, table);
   compose_tables(c);
   return 1;
@@ -132,6 +134,7 @@ uint8_t ppl_get_rgb_gamma_table(const ppl_context* c, uint8_t* table) {
 
 // A table of the caller's has no known exponent.
 uint8_t ppl_copy_yuv_gamma_table(ppl_context* c, const uint8_t* table) {
+  if (!table) return 1;
   copy_table(c->yuv_gamma_table, table);
   compose_tables(c);
   c->nf20_12_gamma = 0;
@@ -139,6 +142,7 @@ uint8_t ppl_copy_yuv_gamma_table(ppl_context* c, const uint8_t* table) {
 }
 
 uint8_t ppl_copy_rgb_gamma_table(ppl_context* c, const uint8_t* table) {
+  if (!table) return 1;
   copy_table(c->rgb_gamma_table, table);
   compose_tables(c);
   c->nf20_12_gamma = 0;
@@ -172,7 +176,7 @@ uint8_t ppl_get_gamma_tables65x256(const ppl_context*, uint8_t* tables) {
 }
 
 uint8_t ppl_copy_gamma_tables65x256(ppl_context*, const uint8_t* tables) {
-  copy_block(gamma_tables65x256[0], tables);
+  if (tables) copy_block(gamma_tables65x256[0], tables);
   return 1;
 }
 
@@ -182,6 +186,6 @@ uint8_t ppl_get_gamma_tables65x256_16_235(const ppl_context*, uint8_t* tables) {
 }
 
 uint8_t ppl_copy_gamma_tables65x256_16_235(ppl_context*, const uint8_t* tables) {
-  copy_block(gamma_tables65x256_16_235[0], tables);
+  if (tables) copy_block(gamma_tables65x256_16_235[0], tables);
   return 1;
 }

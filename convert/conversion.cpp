@@ -1,25 +1,25 @@
 #include "convert/conversion.h"
 
+#include "record/output_plan.h"
+
 namespace ppl {
 
 namespace {
 
+// Null where a call has fewer sources than three.
 bool aligned(const conversion_call& call, uintptr_t to) {
-  uintptr_t all = reinterpret_cast<uintptr_t>(call.output);
-  for (int i = 0; i < call.sources; i++) all |= reinterpret_cast<uintptr_t>(call.source[i]);
-  return all % to == 0;
+  return ppl::aligned(to, call.output, call.source[0], call.source[1], call.source[2]);
 }
 
-// Sizes are those of the call, whatever they are, and products wrap in 32 bits: no sizes have been looked at. A null
-// source has nothing to copy.
+// Sizes are those of the call, whatever they are, and products wrap in 32 bits: no sizes have been looked at. There is
+// no picture without all that it is made from.
 void last_resort_picture(const conversion& conv, const ppl_context* c, const conversion_call& call) {
   const convert_kernels& k = *c->kernels->convert;
   const uint32_t pixels = call.out_width * call.out_height;
-  if (call.output == nullptr) return;
-  const auto copy = [&](uint8_t* out, const uint8_t* in) {
-    if (in != nullptr) k.copy(out, in, pixels);
-  };
+  const bool rgb = conv.to == out_format::rgb24 || conv.to == out_format::rgb32;
   const uint8_t* const picture = call.source[call.sources == 1 ? kFrame : kKept];
+  const uint8_t* const other = conv.to == out_format::i420 ? picture : call.source[kLater];
+  if (call.output == nullptr || (!rgb && (picture == nullptr || other == nullptr))) return;
   switch (conv.to) {
     case out_format::rgb24:
       k.fill(call.output, pixels * 3, 255, 255);
@@ -28,24 +28,27 @@ void last_resort_picture(const conversion& conv, const ppl_context* c, const con
       k.fill(call.output, pixels * 4, 255, 255);
       break;
     case out_format::i420:
-      copy(call.output, picture);
+      k.copy(call.output, picture, pixels);
       k.fill(call.output + pixels, pixels / 2, 128, 128);
       break;
     case out_format::yuyv:
     case out_format::uyvy:
-      copy(call.output, picture);
-      copy(call.output + pixels, call.source[kLater]);
+      k.copy(call.output, picture, pixels);
+      k.copy(call.output + pixels, other, pixels);
       break;
   }
 }
 
-// Null addresses pass the tests of alignment; a picture needs what it reads and where it goes.
+// Null addresses pass the tests of alignment; a picture needs what it reads and where it goes. Without tiles or row
+// pairs there is nothing to read: fields still get their black lines.
 bool has_what_it_needs(const conversion& conv, const ppl_context* c, const conversion_call& call) {
   if (call.output == nullptr) return false;
+  if (c->tiles_per_row < 1 || c->row_pairs < 1) return true;
   if (call.sources == 1) return call.source[kFrame] != nullptr;
-  if (call.source[kKept] == nullptr) return false;
-  if (c->decimation > 0) return true;  // pictures are shrunk from the kept field
-  return call.source[kLater] != nullptr && (conv.how != method::motion || call.source[kEarlier] != nullptr);
+  if (c->decimation > 0) return call.source[kKept] != nullptr || c->row_pairs < c->decimation;
+  const bool compares = conv.how == method::motion && c->row_pairs > 1;  // the last row pair is woven
+  return call.source[kKept] != nullptr && call.source[kLater] != nullptr &&
+         (!compares || call.source[kEarlier] != nullptr);
 }
 
 }  // namespace
@@ -66,8 +69,8 @@ bool run_process(const conversion& conv, ppl_context* c, const conversion_call& 
   }
   if (!aligned(call, 16) || c->P3_only) return true;
   // The caller has room for what it asked for, or for the picture of the context where that is larger.
-  const int64_t asked = picture_bytes(conv.to, call.out_width, call.out_height);
-  const int64_t own = picture_bytes(conv.to, c->out_width, c->out_height);
+  const int64_t asked = frame_bytes(conv.to, call.out_width, call.out_height);
+  const int64_t own = output_bytes(c, conv.to);
   const conversion_job job = {conv, c, call, asked > own ? asked : own};
   switch (job.bytes > 0 && has_what_it_needs(conv, c, call) ? conv.how : method::count_only) {
     case method::progressive:

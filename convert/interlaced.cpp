@@ -120,7 +120,7 @@ void convert_interlaced(const conversion_job& job) {
   int64_t image_shift = 0, black_shift = 0;
   if (rgb) {
     if ((d == 0) == (c->top_black_lines == 0)) {
-      sink.at = static_cast<int32_t>((static_cast<uint32_t>(c->out_pixels) - 2u * c->out_width) * 3u);
+      sink.at += sink.step;
     }
     (d == 0 ? image_shift : black_shift) = -sink.step;
   }

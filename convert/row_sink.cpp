@@ -17,6 +17,9 @@ static_assert(3 * kWidestPixels <=
 int64_t min64(int64_t a, int64_t b) {
   return a < b ? a : b;
 }
+int64_t max64(int64_t a, int64_t b) {
+  return a > b ? a : b;
+}
 
 layout layout_of(out_format format) {
   return format == out_format::uyvy ? layout::uyvy : layout::yuyv;
@@ -53,6 +56,12 @@ void put_pair(row_sink& sink, const uint8_t* row_0, const uint8_t* row_1) {
   sink.v += sink.chroma_step;
 }
 
+// How many rows of `step` bytes, the first at `at`, begin before the end of the destination. Rows of no bytes don't
+// count: however many there are, nothing is drawn.
+int64_t rows_begun(const row_sink& sink, int64_t at, int64_t step) {
+  return step <= 0 || at >= sink.bytes ? 0 : (sink.bytes - at + step - 1) / step;
+}
+
 void fill_inside(const row_sink& sink, int64_t at, int64_t count, uint8_t even, uint8_t odd) {
   const int64_t first = at < 0 ? 0 : at, end = min64(at + count, sink.bytes);
   if (first >= end) return;
@@ -72,14 +81,6 @@ row_storage lay_out_rows(ppl_context* c) {
   return r;
 }
 
-int64_t picture_bytes(out_format format, uint32_t width, uint32_t height) {
-  const uint32_t pixels = width * height;
-  if (static_cast<int32_t>(pixels) <= 0) return 0;
-  const uint32_t bytes =
-      format == out_format::i420 ? pixels + 2 * (pixels / 4) : pixels * bytes_per_pixel(format);
-  return static_cast<int32_t>(bytes) <= 0 ? 0 : static_cast<int32_t>(bytes);
-}
-
 row_sink open_sink(ppl_context* c, layout from, out_format to, uint8_t* base, int64_t bytes, int pixels,
                    bool h_mirror, bool v_mirror) {
   const int64_t width = c->out_width, half = c->out_width / 2;
@@ -95,7 +96,7 @@ row_sink open_sink(ppl_context* c, layout from, out_format to, uint8_t* base, in
   s.bytes = bytes;
   s.step = bytes_per_pixel(to) * width;
   if (to == out_format::rgb24) {
-    s.at = static_cast<int32_t>((static_cast<uint32_t>(c->out_pixels) - c->out_width) * 3u);
+    s.at = 3 * (c->out_pixels - width);
     s.step = -s.step;
   } else if (to == out_format::i420) {
     s.u = c->out_pixels;
@@ -164,13 +165,14 @@ void put_row(row_sink& sink, const uint8_t* row) {
 void put_flat_rows(row_sink& sink, int64_t count, uint8_t luma, uint8_t chroma) {
   if (count <= 0) return;
   if (sink.to == out_format::i420) {
-    const int64_t steps = count / 2, at = sink.at, u = sink.u, v = sink.v;
-    for (int64_t i = 0; i < steps; i++) {
-      const int64_t y = at + 2 * i * sink.step, chroma_row = i * sink.chroma_step;
-      if (y >= sink.bytes && u + chroma_row >= sink.bytes && v + chroma_row >= sink.bytes) break;
-      fill_inside(sink, y, 2 * sink.step, luma, luma);
-      fill_inside(sink, u + chroma_row, sink.chroma_step, chroma, chroma);
-      fill_inside(sink, v + chroma_row, sink.chroma_step, chroma, chroma);
+    const int64_t steps = count / 2;
+    const int64_t drawn = min64(steps, max64(rows_begun(sink, sink.at, 2 * sink.step),
+                                             max64(rows_begun(sink, sink.u, sink.chroma_step),
+                                                   rows_begun(sink, sink.v, sink.chroma_step))));
+    for (int64_t i = 0; i < drawn; i++) {
+      fill_inside(sink, sink.at + 2 * i * sink.step, 2 * sink.step, luma, luma);
+      fill_inside(sink, sink.u + i * sink.chroma_step, sink.chroma_step, chroma, chroma);
+      fill_inside(sink, sink.v + i * sink.chroma_step, sink.chroma_step, chroma, chroma);
     }
     sink.at += 2 * steps * sink.step;
     sink.u += steps * sink.chroma_step;

@@ -46,9 +46,6 @@ struct picture_rows {
   int64_t top_black, image, bottom_black;
 };
 
-// Bytes of a picture of width x height; 0 if the product, in 32 bits, is not positive.
-int64_t picture_bytes(out_format format, uint32_t width, uint32_t height);
-
 // A sink at the first row of the picture: the first row in memory, for RGB24 the last. h_mirror and v_mirror are
 // for I420 alone.
 row_sink open_sink(ppl_context* c, layout from, out_format to, uint8_t* base, int64_t bytes, int pixels,

@@ -108,10 +108,21 @@ choice choose(const ppl_context* c, out_format format) {
   }
 }
 
+bool needs_null_buffer(path which, const frame_job& job) {
+  const ppl_context* c = job.context;
+  buffer_use use = {};
+  if (which == path::raw) use = raw_path_use(job);
+  if (which == path::tile || which == path::bulk)
+    use.source = use.destination = c->tiles_per_row > 0 && c->row_pairs > 0;
+  return (use.source && job.source == nullptr) ||
+         (use.destination && job.destination == nullptr && job.destination_bytes > 0);
+}
+
 // True for a frame that a quality path handled or that was only counted, false for a raw one.
 bool dispatch(const frame_job& job) {
   ppl_context* c = job.context;
-  const choice chosen = choose(c, job.format);
+  choice chosen = choose(c, job.format);
+  if (needs_null_buffer(chosen.which, job)) chosen.which = path::count_only;
   switch (chosen.which) {
     case path::raw:
       run_raw_path(job);
@@ -131,10 +142,6 @@ bool dispatch(const frame_job& job) {
   return chosen.which != path::raw;
 }
 
-bool aligned(const uint8_t* a, const uint8_t* b, uintptr_t step) {
-  return ((reinterpret_cast<uintptr_t>(a) | reinterpret_cast<uintptr_t>(b)) & (step - 1)) == 0;
-}
-
 }  // namespace
 
 call_result run_frame_call(ppl_context* c, out_format format, const bayer_call& call) {
@@ -144,9 +151,13 @@ call_result run_frame_call(ppl_context* c, out_format format, const bayer_call& 
   if (!same_size && !ppl_new_frame_size(c, call.width, call.height, call.stride)) return {false, false};
   clear_statistics(c);
   call_result result = {true, false};
-  if (aligned(call.source, call.destination, 16) && !c->P3_only) {
-    result.ran = true;
-    result.ok = dispatch({c, format, call.source, call.destination, output_bytes(c, format), c->out_pixels});
+  if (aligned(16, call.source, call.destination) && !c->P3_only) {
+    result.ran = !call.lacks_buffer;
+    if (result.ran)
+      result.ok =
+          dispatch({c, format, call.source, call.destination, output_bytes(c, format), c->out_pixels});
+    else
+      ++c->n_frame;
   }
   roll_up_statistics(c);
   return result;
@@ -158,7 +169,7 @@ call_result run_frame_call(ppl_context* c, out_format format, const bayer_call& 
   uint8_t ppl_process_blrto##name(ppl_context* context, uint8_t* source, uint8_t* destination, \
                                   uint32_t width, uint32_t height, uint32_t stride) {          \
     return ppl::run_frame_call(context, ppl::out_format::format,                               \
-                               {source, destination, width, height, stride})                   \
+                               {source, destination, width, height, stride, false})            \
         .ok;                                                                                   \
   }
 PPL_FRAME_CALL(i420, i420)

@@ -5,16 +5,19 @@
 namespace ppl {
 namespace {
 
-// A run of destination bytes, cut to what the caller handed over.
+// A run of destination bytes, cut to what the caller handed over. Only the mark can begin before the frame.
 struct span {
   uint8_t* at;
   int64_t bytes;
 };
 
+int64_t min64(int64_t a, int64_t b) {
+  return a < b ? a : b;
+}
+
 span cut(const frame_job& job, int64_t offset, int64_t bytes) {
-  if (offset < 0 || offset >= job.destination_bytes) return {nullptr, 0};
-  const int64_t room = job.destination_bytes - offset;
-  return {job.destination + offset, bytes < room ? bytes : room};
+  const int64_t first = offset < 0 ? 0 : offset, end = min64(offset + bytes, job.destination_bytes);
+  return first < end ? span{job.destination + first, end - first} : span{nullptr, 0};
 }
 
 void fill(const span& s, uint8_t value) {
@@ -75,7 +78,7 @@ void draw_bottom_up(const frame_job& job, int32_t pixel_bytes, run same, run hal
   if (draw == nullptr) return;
   const int64_t row = int64_t{pixel_bytes} * c->out_width, step = int64_t{c->frame_width} << d;
   for (int64_t r = 0; r < c->frame_height >> d; ++r)
-    draw(job.source + r * step, cut(job, (c->out_height - 1 - r) * row, row));
+    draw(job.source + r * step, cut(job, (int64_t{c->out_height} - 1 - r) * row, row));
 }
 
 // A white block in the V plane that walks through a grid of 5 columns and 6 rows, one place per frame.
@@ -87,13 +90,28 @@ void draw_moving_mark(const frame_job& job) {
   const int32_t down = static_cast<int32_t>(static_cast<uint32_t>(c->out_width) * static_cast<uint32_t>(row) *
                                             static_cast<uint32_t>(bh)) /
                        2;
-  int64_t at = job.chroma_offset + c->out_quarter_pixels + column * bw + down;
-  for (int32_t i = 0; bw > 0 && i < bh && at < job.destination_bytes; ++i, at += c->out_width / 2)
-    fill(cut(job, at, bw), 255);
+  if (bw > 0) {
+    const int64_t pitch = c->out_width / 2;
+    int64_t at = job.chroma_offset + c->out_quarter_pixels + column * bw + down;
+    const int64_t end = min64(at + bh * pitch, job.destination_bytes);
+    // A height that has wrapped can place rows before the frame, millions of them: those are passed over at once.
+    if (at + bw <= 0) at += (-at - bw) / pitch * pitch;
+    for (; at < end; at += pitch) fill(cut(job, at, bw), 255);
+  }
   c->mark_position = c->mark_position >= 29 ? 0 : c->mark_position + 1;
 }
 
 }  // namespace
+
+// Also of an I420 frame at any other decimation: a mark without columns or rows.
+buffer_use raw_path_use(const frame_job& job) {
+  const ppl_context* c = job.context;
+  const int32_t d = c->decimation;
+  const bool draws = d == 0 || (d == 1 && job.format != out_format::rgb24);
+  const bool marks = job.format == out_format::i420 && c->out_width / 10 % 16 == 0 && c->out_width >= 10 &&
+                     c->out_height >= 12;
+  return {draws && c->frame_pixels > 0 && job.destination_bytes > 0, draws || marks};
+}
 
 void run_raw_path(const frame_job& job) {
   const ppl_context* c = job.context;

@@ -7,13 +7,10 @@
 namespace ppl {
 namespace {
 
-bool off_8(const uint8_t* source, const uint8_t* destination) {
-  return ((reinterpret_cast<uintptr_t>(source) | reinterpret_cast<uintptr_t>(destination)) & 7) != 0;
-}
-
 // Last resort of the YUV formats: n source bytes as they are, and half as many of 128 behind them. It is sized by
-// the export's promise alone, also where the source is smaller.
+// the export's promise alone, also where the source is smaller. No picture without both buffers.
 uint8_t raw_picture(const uint8_t* source, uint8_t* destination, uint32_t n) {
+  if (source == nullptr || destination == nullptr) return 0;
   for (uint32_t i = 0; i < n; ++i) destination[i] = source[i];
   for (uint32_t i = 0; i < n >> 1; ++i) destination[int64_t{n} + i] = 128;
   return 0;
@@ -21,6 +18,7 @@ uint8_t raw_picture(const uint8_t* source, uint8_t* destination, uint32_t n) {
 
 // Last resort of the RGB formats: white.
 uint8_t white_picture(uint8_t* destination, uint32_t n) {
+  if (destination == nullptr) return 0;
   for (uint32_t i = 0; i < n; ++i) destination[i] = 255;
   return 0;
 }
@@ -47,15 +45,15 @@ constexpr promise kDoubleStride = {-1, -1, 2};
 // Decimation -2 is refused: the frame runs at the decimation in force, at four times the stride.
 constexpr promise kQuadrupleStride = {-2, -1, 4};
 
-uint8_t convert(ppl_context* c, out_format format, const promise& p, uint8_t* source, uint8_t* destination,
-                uint32_t width, uint32_t height) {
-  if (off_8(source, destination)) {
+uint8_t run_promised(ppl_context* c, out_format format, const promise& p, uint8_t* source,
+                     uint8_t* destination, uint32_t width, uint32_t height) {
+  if (!aligned(8, source, destination)) {
     const bool rgb = format == out_format::rgb24 || format == out_format::rgb32;
     return rgb ? white_picture(destination, white_bytes(format, width, height, p.factor))
                : raw_picture(source, destination, yuv_bytes(width, height, p.factor));
   }
   ppl_set_decimation(c, p.decimation, 0, 0);
-  return run_frame_call(c, format, {source, destination, width, height, width * p.stride}).ok;
+  return run_frame_call(c, format, {source, destination, width, height, width * p.stride, false}).ok;
 }
 
 // ---- scaled frame calls
@@ -68,14 +66,20 @@ struct scaled_call {
   uint8_t* scratch;  // receives the frame at input size
 };
 
-// Byte counts of destinations wrap in 32 bits.
+// What the frame call is to be told. A scaled call looks for all its buffers before it starts: the destination, of
+// `bytes` bytes, counts where the format is resampled.
+bayer_call frame_of(const scaled_call& s, int64_t bytes) {
+  const bool lacks = s.source == nullptr || s.scratch == nullptr || (bytes > 0 && s.destination == nullptr);
+  return {s.source, s.scratch, s.width, s.height, s.stride, lacks};
+}
+
 bool ppl_process_blrtoi420_scaled(ppl_context* c, const scaled_call& s) {
-  const call_result r =
-      run_frame_call(c, out_format::i420, {s.source, s.scratch, s.width, s.height, s.stride});
+  const int64_t bytes = frame_bytes(out_format::i420, s.out_width, s.out_height);
+  const call_result r = run_frame_call(c, out_format::i420, frame_of(s, bytes));
   if (!r.ran) return r.ok;
   const uint8_t* const scratch_end = s.scratch + output_bytes(c, out_format::i420);
   const uint32_t n = s.out_width * s.out_height;
-  uint8_t* const end = s.destination + static_cast<uint32_t>(n + 2 * (n >> 2));
+  uint8_t* const end = s.destination + bytes;
   const uint8_t* const u = s.scratch + c->frame_pixels;
   uint8_t* const to_u = s.destination + n;
   const uint32_t w = s.width / 2, h = s.height / 2, ow = s.out_width / 2, oh = s.out_height / 2;
@@ -89,24 +93,24 @@ bool ppl_process_blrtoi420_scaled(ppl_context* c, const scaled_call& s) {
 }
 
 bool ppl_process_blrtoyuyv_scaled(ppl_context* c, const scaled_call& s) {
-  const call_result r =
-      run_frame_call(c, out_format::yuyv, {s.source, s.scratch, s.width, s.height, s.stride});
+  const int64_t bytes = frame_bytes(out_format::yuyv, s.out_width, s.out_height);
+  const call_result r = run_frame_call(c, out_format::yuyv, frame_of(s, bytes));
   if (!r.ran) return r.ok;
   // A row's last pixel reads 4 bytes on: the caller allows them behind the frame.
   const uint8_t* const scratch_end = s.scratch + output_bytes(c, out_format::yuyv) + 4;
-  uint8_t* const end = s.destination + static_cast<uint32_t>(2 * s.out_width * s.out_height);
-  return r.ok & frame_scaler_packed(c, {s.scratch, scratch_end, 2 * s.width, s.height, s.destination, end,
-                                        2 * s.out_width, s.out_height});
+  return r.ok & frame_scaler_packed(c, {s.scratch, scratch_end, 2 * s.width, s.height, s.destination,
+                                        s.destination + bytes, 2 * s.out_width, s.out_height});
 }
 
 // There is no scaler for UYVY: the frame stays in scratch.
 bool ppl_process_blrtouyvy_scaled(ppl_context* c, const scaled_call& s) {
-  return run_frame_call(c, out_format::uyvy, {s.source, s.scratch, s.width, s.height, s.stride}).ok;
+  return run_frame_call(c, out_format::uyvy, frame_of(s, 0)).ok;
 }
 
 using scaled_frame_call = bool (*)(ppl_context*, const scaled_call&);
 uint8_t scale(ppl_context* c, scaled_frame_call call, const scaled_call& s) {
-  if (off_8(s.source, s.destination)) return raw_picture(s.source, s.destination, s.out_width * s.out_height);
+  if (!aligned(8, s.source, s.destination))
+    return raw_picture(s.source, s.destination, s.out_width * s.out_height);
   ppl_set_decimation(c, 0, 0, 0);
   return call(c, s);
 }
@@ -114,11 +118,11 @@ uint8_t scale(ppl_context* c, scaled_frame_call call, const scaled_call& s) {
 }  // namespace
 }  // namespace ppl
 
-#define PPL_WRAPPER(name, format, promised)                                                          \
-  uint8_t name(ppl_context* context, uint8_t* source, uint8_t* destination, uint32_t width,          \
-               uint32_t height) {                                                                    \
-    return ppl::convert(context, ppl::out_format::format, ppl::promised, source, destination, width, \
-                        height);                                                                     \
+#define PPL_WRAPPER(name, format, promised)                                                               \
+  uint8_t name(ppl_context* context, uint8_t* source, uint8_t* destination, uint32_t width,               \
+               uint32_t height) {                                                                         \
+    return ppl::run_promised(context, ppl::out_format::format, ppl::promised, source, destination, width, \
+                             height);                                                                     \
   }
 #define PPL_WRAPPERS(name, format)                           \
   PPL_WRAPPER(name, format, kSame)                           \

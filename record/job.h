@@ -5,26 +5,9 @@
 #include <stdint.h>
 
 #include "record/context.h"
+#include "record/format.h"
 
 namespace ppl {
-
-enum class out_format : uint8_t { i420, yuyv, uyvy, rgb24, rgb32 };
-
-// I420: of luma.
-constexpr int bytes_per_pixel(out_format format) {
-  switch (format) {
-    case out_format::i420:
-      return 1;
-    case out_format::yuyv:
-    case out_format::uyvy:
-      return 2;
-    case out_format::rgb24:
-      return 3;
-    case out_format::rgb32:
-      break;
-  }
-  return 4;
-}
 
 struct frame_job {
   ppl_context* context;

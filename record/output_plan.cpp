@@ -273,9 +273,7 @@ start_offsets output_start(const ppl_context* c, out_format format) {
 }
 
 int64_t output_bytes(const ppl_context* c, out_format format) {
-  const int64_t n = c->out_pixels;
-  if (c->out_width <= 0 || c->out_height <= 0 || n <= 0) return 0;
-  return format == out_format::i420 ? n + 2 * (n / 4) : bytes_per_pixel(format) * n;
+  return frame_bytes(format, static_cast<uint32_t>(c->out_width), static_cast<uint32_t>(c->out_height));
 }
 
 }  // namespace ppl

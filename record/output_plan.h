@@ -27,7 +27,7 @@ struct start_offsets {
 // The start offsets of a frame in `format` for the mirrors, decimation and output size in the record.
 start_offsets output_start(const ppl_context* c, out_format format);
 
-// Bytes of one frame of out_width x out_height: 0 if it is not positive.
+// Bytes of the output frame that the record describes.
 int64_t output_bytes(const ppl_context* c, out_format format);
 
 }  // namespace ppl

@@ -62,6 +62,28 @@ TEST_F(tone, contrast_127_is_a_step) {
   expect_composed(c);
 }
 
+TEST_F(tone, copies_of_a_null_table_do_nothing_and_answer_as_ever) {
+  ASSERT_EQ(ppl_set_gamma(c, 5), 1);
+  ASSERT_EQ(ppl_set_contrast_c(c, 30, nullptr, nullptr), 1);
+  const int32_t exponent = ppl_nf20_12_gamma(c, nullptr, nullptr, nullptr);
+  const table contrast = of(ppl_contrast_table(c)), yuv = of(ppl_yuv_gamma_table(c)),
+              rgb = of(ppl_rgb_gamma_table(c)), dekneel = of(ppl_r_dekneel_table(c));
+  EXPECT_EQ(ppl_copy_contrast_table(c, nullptr), 1);
+  EXPECT_EQ(ppl_copy_yuv_gamma_table(c, nullptr), 1);
+  EXPECT_EQ(ppl_copy_rgb_gamma_table(c, nullptr), 1);
+  EXPECT_EQ(ppl_copy_gamma_tables65x256(c, nullptr), 1);
+  EXPECT_EQ(ppl_copy_gamma_tables65x256_16_235(c, nullptr), 1);
+  EXPECT_EQ(ppl_copy_r_dekneel_table(c, nullptr), 0);
+  EXPECT_EQ(ppl_copy_g_dekneel_table(c, nullptr), 0);
+  EXPECT_EQ(ppl_copy_b_dekneel_table(c, nullptr), 0);
+  EXPECT_EQ(ppl_copy_sensor_matrix(c, nullptr), 1);
+  EXPECT_EQ(ppl_nf20_12_gamma(c, nullptr, nullptr, nullptr), exponent);
+  EXPECT_EQ(of(ppl_contrast_table(c)), contrast);
+  EXPECT_EQ(of(ppl_yuv_gamma_table(c)), yuv);
+  EXPECT_EQ(of(ppl_rgb_gamma_table(c)), rgb);
+  EXPECT_EQ(of(ppl_r_dekneel_table(c)), dekneel);
+}
+
 // From (0, 127) to (255, 128): the slope of 16 / 4080 truncates to 16 of 4096, which climbs 15.9 sixteenths.
 TEST_F(tone, contrast_minus_127_falls_short_of_its_end) {
   uint32_t x = 9, y = 0;

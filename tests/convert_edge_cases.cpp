@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <ctime>
 #include <vector>
 
 #include "level.h"
@@ -236,7 +237,55 @@ TEST_P(ConvertCorners, BlackLineCountsBeyondAnyFrame) {
   EXPECT_EQ(two.others(0, 128, 1), 0u);
 }
 
-// A null address passes the tests of alignment. There is no picture without what it is made from.
+// The product of a negative height may wrap to a positive number all the same; a frame that is not positive has no
+// bytes.
+TEST_P(ConvertCorners, AFrameOfNegativeHeightHasNoBytes) {
+  fenced source(320 * 240 * 3 / 2, 1), out(320 * 240 * 3 / 2);
+  size(320, 240, 0, 288452948, -1185647173);  // 320 x -897193985: 669,466,304 in 32 bits
+  ppl_set_v_mirror(context, 1);
+  EXPECT_EQ(ppl_process_yuyvyyyytoi420(context, source.data(), out.data(), 320, 240, 320, 3397773311u), 1);
+  EXPECT_EQ(out.others(0, 320 * 240 * 3 / 2, kUntouched), 0u);
+  ppl_reset_mirrors(context);
+  // 704 x -2147482648 is 704,000 in 32 bits.
+  fenced field(704 * 240 * 2, 1), frame(704 * 480 * 2);
+  EXPECT_EQ(IntlYUYVToYUYVMMX(context, field.data(), field.data(), field.data(), frame.data(), 704, 480, 704,
+                              2147484648u),
+            1);
+  EXPECT_EQ(frame.others(0, 704 * 480 * 2, kUntouched), 0u);
+}
+
+// Whatever the counts, a call walks no more rows than the frame has room for.
+TEST_P(ConvertCorners, BlackLinesTakeNoTimeOutsideTheFrame) {
+  constexpr int64_t kRoom = 1 << 20;
+  fenced field(64 * 10 * 2, 1), frame(kRoom);
+  constexpr int kCounts[] = {1 << 27, (1 << 27) + 1, 1 << 30, 0x7fffffff, -0x7fffffff, 7};
+  int calls = 0;
+  for (const int width : {1, 2, 10, 16, 32, 33, 64})
+    for (const int height : {2, 5, 10})
+      for (int d = 0; d <= 2; d++)
+        for (const int top : kCounts)
+          for (const int bottom : kCounts) {
+            const auto w = static_cast<uint32_t>(width), h = static_cast<uint32_t>(height);
+            const uint32_t ow = w >> d,
+                           oh = (h >> d) + static_cast<uint32_t>(top) + static_cast<uint32_t>(bottom);
+            if (int64_t{static_cast<int32_t>(ow * oh)} * 3 > kRoom) continue;
+            size(w, h, d, top, bottom);
+            for (const auto convert :
+                 {IntlYUYVToYUYVMMX_no_motion, IntlUYVYToUYVYMMX, IntlYUYVToI420MMX_no_motion,
+                  IntlUYVYToI420MMX, IntlYUYVToRGB24MMX_no_motion}) {
+              const std::clock_t before = std::clock();
+              EXPECT_EQ(
+                  convert(context, field.data(), field.data(), field.data(), frame.data(), w, h, ow, oh), 1);
+              ASSERT_LT(std::clock() - before, CLOCKS_PER_SEC / 4)
+                  << width << " x " << height << " at " << d << ", lines " << top << ", " << bottom;
+              calls++;
+            }
+          }
+  EXPECT_GT(calls, 1000);
+}
+
+// A null address passes the tests of alignment. There is no picture without what it is made from: the frame is
+// counted and nothing else. What is not read may be null.
 TEST_P(ConvertCorners, NullAddressesGiveNoPicture) {
   size(32, 4, 0, 0, 0);
   fenced field(32 * 2 * 2, 1), out(32 * 4 * 3);
@@ -249,8 +298,36 @@ TEST_P(ConvertCorners, NullAddressesGiveNoPicture) {
       IntlYUYVToYUYVMMX_no_motion(context, nullptr, field.data(), field.data(), out.data(), 32, 4, 32, 4), 1);
   EXPECT_EQ(out.others(0, 32 * 4 * 2, 1), 0u);
   EXPECT_EQ(ppl_n_frame(context), before + 4);
-  EXPECT_EQ(YUYVToI420MMX(context, nullptr, out.data() + 4, 4, 4, 4, 4), 0);
-  EXPECT_EQ(out.others(20, 28, 128), 0u);
+  EXPECT_EQ(RGB24ToRGB32MMX(context, nullptr, nullptr, 32, 4, 32, 4), 0);
+  EXPECT_EQ(ppl_n_frame(context), before + 5);
+}
+
+// A frame of two rows has one row pair, which is never tested: the earlier field isn't read.
+TEST_P(ConvertCorners, OneRowPairNeedsNoEarlierField) {
+  size(32, 2, 0, 0, 0);
+  fenced field(32 * 2, 1), out(32 * 2 * 2);
+  EXPECT_EQ(IntlYUYVToYUYVMMX(context, nullptr, field.data(), field.data(), out.data(), 32, 2, 32, 2), 1);
+  EXPECT_EQ(out.others(0, 32 * 2 * 2, 1), 0u);
+}
+
+// The last resorts need all that they are made of, or write nothing; they are false and not counted.
+TEST_P(ConvertCorners, NullAddressesGiveNoLastResort) {
+  fenced field(64, 1), out(256);
+  uint8_t* const off = out.data() + 4;
+  const uint32_t before = ppl_n_frame(context);
+  EXPECT_EQ(YUYVToI420MMX(context, nullptr, off, 4, 4, 4, 4), 0);
+  EXPECT_EQ(YUYVToI420MMX(context, field.data() + 4, nullptr, 4, 4, 4, 4), 0);
+  EXPECT_EQ(YUYVToRGB24MMX(context, field.data() + 4, nullptr, 4, 4, 4, 4), 0);
+  EXPECT_EQ(RGB24ToRGB32MMX(context, field.data() + 4, nullptr, 4, 4, 4, 4), 0);
+  EXPECT_EQ(IntlYUYVToI420MMX(context, field.data(), nullptr, field.data(), off, 4, 4, 4, 4), 0);
+  EXPECT_EQ(IntlYUYVToYUYVMMX(context, field.data(), nullptr, field.data(), off, 4, 4, 4, 4), 0);
+  EXPECT_EQ(IntlYUYVToYUYVMMX(context, field.data(), field.data(), nullptr, off, 4, 4, 4, 4), 0);
+  EXPECT_EQ(out.others(0, 256, kUntouched), 0u);
+  EXPECT_EQ(IntlYUYVToYUYVMMX(context, nullptr, field.data(), field.data(), off, 4, 4, 4, 4), 0);
+  EXPECT_EQ(out.others(4, 36, 1), 0u);
+  EXPECT_EQ(YUYVToRGB24MMX(context, nullptr, off, 4, 4, 4, 4), 0);
+  EXPECT_EQ(out.others(4, 52, 255), 0u);
+  EXPECT_EQ(ppl_n_frame(context), before);
 }
 
 }  // namespace

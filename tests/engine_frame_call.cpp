@@ -85,6 +85,46 @@ TEST_P(frame_call, counting_qualities_leave_picture_source_and_scale) {
   }
 }
 
+// Without a buffer that it would read or write, a frame is only counted, raw ones too.
+TEST_P(frame_call, null_buffers_only_count) {
+  for (uint32_t quality = 0; quality < 16; ++quality)
+    for (int f = I420; f <= RGB32; ++f)
+      for (int d = -1; d <= 1; ++d)
+        for (int missing = 1; missing < 4; ++missing) {
+          ppl_set_quality(c, quality);
+          ppl_set_decimation(c, d, 0, 0);
+          const bytes in = noise(160 * 48, 5);
+          fenced source(in), destination(320 * 96 * 4);
+          c->stats_scale = 321;
+          c->mark_position = 7;
+          const uint32_t frames = ppl_n_frame(c);
+          // Raw RGB24 draws nothing at half size and none of them at double size, but for the mark of I420.
+          const bool raw = quality == 4 || quality == 9, marks = f == I420 && (missing & 2) == 0;
+          const bool draws = d == 0 || (d == 1 && f != RGB24) || (f == I420 && (missing & 2) != 0);
+          EXPECT_EQ(call(f, c, missing & 1 ? nullptr : source.data(),
+                         missing & 2 ? nullptr : destination.data(), 160, 48),
+                    raw && !draws ? 0 : 1)
+              << "quality " << quality << " of " << kFormatNames[f] << " at " << d << ", missing " << missing;
+          EXPECT_EQ(c->stats_scale, 321);
+          EXPECT_EQ(c->mark_position, raw && d < 0 && marks ? 8 : 7);
+          EXPECT_EQ(ppl_n_frame(c), frames + 1);
+          EXPECT_EQ(source.content(), in);
+          EXPECT_TRUE(destination.all(0xa5) || (raw && d < 0 && marks));
+          EXPECT_EQ(ppl_rgb_means_whole_frame(c)[0], 0u);
+        }
+}
+
+// Sizes and P3_only come first.
+TEST_P(frame_call, null_buffers_are_looked_for_last) {
+  ppl_set_quality(c, 4);
+  const uint32_t frames = ppl_n_frame(c);
+  EXPECT_EQ(call(I420, c, nullptr, nullptr, 2037, 16), 0);
+  ppl_set_P3_only(c, 1);
+  EXPECT_EQ(call(I420, c, nullptr, nullptr, 64, 16), 1);
+  EXPECT_EQ(ppl_n_frame(c), frames);
+  ppl_set_P3_only(c, 0);
+}
+
 TEST_P(frame_call, RGB32_has_no_quality_15) {
   ppl_set_quality(c, 15);
   const uint32_t frames = ppl_n_frame(c);
@@ -322,12 +362,14 @@ TEST_P(raw_path, frames_lowered_by_negative_black_lines_are_not_left) {
   const int w = 64, h = 16;
   for (int f = I420; f <= RGB32; ++f)
     for (int d = -1; d <= 2; ++d)
-      for (int lines : {-3, -15, -40, int(0x80000000)}) {
+      // The last one makes the lowest height there is: -2^31.
+      for (int lines : {-3, -15, -40, int(0x80000000), 0x7fffffff - (d < 0 ? 2 * h : h >> d) + 1}) {
         ASSERT_TRUE(ppl_new_frame_size(c, uint32_t(w), uint32_t(h), uint32_t(w)));
         ppl_set_decimation(c, 0, 0, 0);
         ASSERT_TRUE(ppl_set_decimation(c, d, lines, 0));
         fenced source(noise(size_t(w * h), 2));
-        const int rows = (d < 0 ? 2 * h : h >> d) + lines, columns = d < 0 ? 2 * w : w >> d;
+        const int64_t rows = lines > 0 ? 0 : int64_t{d < 0 ? 2 * h : h >> d} + lines,
+                      columns = d < 0 ? 2 * w : w >> d;
         fenced destination(rows > 0 ? frame_bytes(f, size_t(rows * columns)) : 0);
         EXPECT_EQ(call(f, c, source.data(), destination.data(), w, h), 0);
       }

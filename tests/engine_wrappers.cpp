@@ -148,6 +148,50 @@ TEST_P(wrappers, the_scaler_runs_whatever_the_dispatch_answers) {
   EXPECT_EQ(destination.part(128 * 32, 128 * 16), bytes(128 * 16, 128));
 }
 
+// Scaled calls look for source, scratch and, where they resample, destination before they start.
+TEST_P(wrappers, scaled_calls_without_a_buffer_only_count) {
+  constexpr decltype(&BaylorToI420MMX_scaling_stride) calls[] = {
+      BaylorToI420MMX_scaling_stride, BaylorToYUYVMMX_scaling_stride, BaylorToUYVYMMX_scaling_stride};
+  for (uint32_t quality : {0u, 3u, 4u, 15u})
+    for (int f = I420; f <= UYVY; ++f)
+      for (int missing = 1; missing < 8; ++missing) {
+        if (f == UYVY && missing == 4) continue;  // nobody asks for its destination
+        ppl_set_quality(c, quality);
+        const bytes in = noise(160 * 48, 6);
+        fenced source(in), scratch(160 * 48 * 2 + 4), destination(64 * 16 * 2);
+        c->stats_scale = 321;
+        c->mark_position = 7;
+        const uint32_t frames = ppl_n_frame(c);
+        EXPECT_EQ(calls[f](c, missing & 1 ? nullptr : source.data(), 160, 48, 160,
+                           missing & 4 ? nullptr : destination.data(), 64, 16,
+                           missing & 2 ? nullptr : scratch.data()),
+                  1);
+        EXPECT_EQ(c->stats_scale, 321);
+        EXPECT_EQ(c->mark_position, 7);
+        EXPECT_EQ(ppl_n_frame(c), frames + 1);
+        EXPECT_EQ(source.content(), in);
+        EXPECT_TRUE(scratch.all(0xa5));
+        EXPECT_TRUE(destination.all(0xa5));
+      }
+}
+
+TEST_P(wrappers, no_last_resort_without_what_it_needs) {
+  fenced source(64 * 16 * 4, 1, 4), destination(64 * 16 * 16, 0xa5, 4);
+  const uint32_t frames = ppl_n_frame(c);
+  for (int f = I420; f <= RGB32; ++f)
+    for (int e = 0; e < 5; ++e) {
+      EXPECT_EQ(kWrappers[f][e](c, source.data(), nullptr, 64, 16), 0);
+      if (f >= RGB24) continue;  // white needs no source
+      EXPECT_EQ(kWrappers[f][e](c, nullptr, destination.data(), 64, 16), 0);
+    }
+  for (const auto scale :
+       {BaylorToI420MMX_scaling_stride, BaylorToYUYVMMX_scaling_stride, BaylorToUYVYMMX_scaling_stride,
+        BaylorToRGB24MMX_scaling_stride, BaylorToRGB32MMX_scaling_stride})
+    EXPECT_EQ(scale(c, source.data(), 64, 16, 64, nullptr, 32, 8, nullptr), 0);
+  EXPECT_TRUE(destination.all(0xa5));
+  EXPECT_EQ(ppl_n_frame(c), frames);
+}
+
 TEST_P(wrappers, P3_only_skips_the_scaler_too) {
   ppl_set_P3_only(c, 1);
   fenced source(64 * 16), destination(32 * 8 * 2), scratch(64 * 16 * 2 + 4);
