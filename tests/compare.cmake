@@ -24,7 +24,7 @@ gtest_discover_tests(digests_bayer TEST_PREFIX "library.")
 ppl_bayer_test(compare_bayer SOURCES compare_bayer.cpp slots_reference.cpp slots_library.cpp
   LIBRARIES ppl_reference ppl_test)
 set(PPL_COMPARE_SHARE 1 CACHE STRING "Share of the usual number of random cases")
-set(families counted sequences scaled black_lines safety controls)
+set(families counted sequences scaled black_lines absurd_lines nulls safety controls)
 foreach(format I420 YUYV UYVY RGB24 RGB32)
   list(APPEND families raw_${format} wrappers_${format})
   foreach(quality 0 1 2 3 10 11 12 13 15)

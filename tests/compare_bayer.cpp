@@ -228,6 +228,9 @@ class test_case {
       ppl_context* context = library_[size_t(i)].context;
       ppl_copy_gamma_tables65x256(context, tables.gamma[0].data());
       ppl_copy_gamma_tables65x256_16_235(context, tables.gamma_16_235[0].data());
+      if (!ppl_copy_gamma_tables65x256(context, nullptr) ||
+          !ppl_copy_gamma_tables65x256_16_235(context, nullptr))
+        fail(i, "a null set of gamma tables is not answered like a good one");
       std::vector<uint8_t> got(65 * 256), got_16_235(65 * 256);
       ppl_get_gamma_tables65x256(context, got.data());
       ppl_get_gamma_tables65x256_16_235(context, got_16_235.data());
@@ -254,6 +257,13 @@ std::string text(const char* form, auto... values) {
 }
 
 // ---- controls ----
+
+// A call that copies a table in; now and then it is handed none.
+#define COPY_TABLE(name)                                                                     \
+  do {                                                                                       \
+    const uint8_t* from = random.chance(15) ? nullptr : t.data();                            \
+    c.each(from ? #name : #name "(null)", [&](auto& slot, int) { return slot.name(from); }); \
+  } while (false)
 
 std::vector<uint8_t> random_table(random_source& random) {
   std::vector<uint8_t> table(256);
@@ -391,9 +401,10 @@ void random_control(test_case& c, int which) {
       std::vector<int32_t> m(9);
       const int reach = random.chance(20) ? INT_MAX / 2 : random.chance(30) ? 100000 : 600;
       for (int32_t& v : m) v = random.between(-reach, reach);
-      c.each(text("copy_sensor_matrix(%d %d %d %d %d %d %d %d %d)", m[0], m[1], m[2], m[3], m[4], m[5], m[6],
-                  m[7], m[8]),
-             [&](auto& slot, int) { return slot.copy_sensor_matrix(static_cast<const int32_t*>(m.data())); });
+      const int32_t* from = random.chance(5) ? nullptr : m.data();
+      c.each(text("copy_sensor_matrix(%s%d %d %d %d %d %d %d %d %d)", from ? "" : "null, not ", m[0], m[1],
+                  m[2], m[3], m[4], m[5], m[6], m[7], m[8]),
+             [&](auto& slot, int) { return slot.copy_sensor_matrix(from); });
       break;
     }
     case 15: {
@@ -568,18 +579,18 @@ void random_control(test_case& c, int which) {
     }
     case 50: {
       const std::vector<uint8_t> t = random_table(random);
-      CALL(copy_contrast_table, t.data());
+      COPY_TABLE(copy_contrast_table);
       break;
     }
     case 51: {
       const std::vector<uint8_t> t = random_table(random);
-      CALL(copy_yuv_gamma_table, t.data());
+      COPY_TABLE(copy_yuv_gamma_table);
       break;
     }
     case 52:
     case 53: {
       const std::vector<uint8_t> t = random_table(random);
-      CALL(copy_rgb_gamma_table, t.data());
+      COPY_TABLE(copy_rgb_gamma_table);
       break;
     }
     case 54: {
@@ -611,13 +622,13 @@ void random_control(test_case& c, int which) {
       const std::vector<uint8_t> t = random_table(random);
       switch (random.between(0, 2)) {
         case 0:
-          CALL(copy_r_dekneel_table, t.data());
+          COPY_TABLE(copy_r_dekneel_table);
           break;
         case 1:
-          CALL(copy_g_dekneel_table, t.data());
+          COPY_TABLE(copy_g_dekneel_table);
           break;
         default:
-          CALL(copy_b_dekneel_table, t.data());
+          COPY_TABLE(copy_b_dekneel_table);
           break;
       }
       break;
@@ -865,19 +876,31 @@ bool picture_is_open(const ref::state& s, format kind) {
 
 constexpr size_t kLargest = size_t(36) << 20;
 
-size_t bytes_of(format kind, int64_t pixels) {
-  return size_t(ref::frame_bytes(kind, pixels));
+size_t bytes_of(format kind, int32_t width, int32_t height) {
+  return size_t(ref::frame_bytes(kind, width, height));
+}
+size_t output_bytes(format kind, const ref::state& s) {
+  return bytes_of(kind, s.out_width, s.out_height);
+}
+
+// Which of a call's buffers are null.
+struct nulls {
+  bool source = false, destination = false, scratch = false;
+};
+uint8_t* handed_over(const placed_buffer& buffer, int slot, bool null) {
+  return null ? nullptr : buffer.of(slot).data;
 }
 
 // One frame call and everything that can be seen of it. Sizes outside the exact ones are `open`: only what must not
 // be touched, the answer and the count are looked at.
-void one_frame(test_case& c, format kind, const frame_size& f, int misaligned_percent, bool open) {
+void one_frame(test_case& c, format kind, const frame_size& f, int misaligned_percent, bool open,
+               nulls null = {}) {
   random_source& random = c.random;
   ref::state after = c.reference;
   const bool accepted =
       (f.width == after.frame_width && f.height == after.frame_height && f.stride == after.frame_stride) ||
       after.new_frame_size(uint32_t(f.width), uint32_t(f.height), uint32_t(f.stride));
-  const size_t output = accepted ? bytes_of(kind, after.out_pixels) : 0;
+  const size_t output = accepted ? output_bytes(kind, after) : 0;
   if (output > kLargest) return;
   const std::vector<uint8_t> scene = accepted ? random_scene(random, f) : std::vector<uint8_t>();
   const placed_buffer source{buffer_role::source, scene.size(), random_offset(random, misaligned_percent),
@@ -887,11 +910,13 @@ void one_frame(test_case& c, format kind, const frame_size& f, int misaligned_pe
   source.fill(c.slot_count(), scene);
   destination.fill_random(c.slot_count(), random.bits());
   const bool skip_picture = open || picture_is_open(after, kind);
-  c.each(text("%s frame, quality %d, %d x %d, stride %d, source +%d, destination +%d",
+  c.each(text("%s frame, quality %d, %d x %d, stride %d, %ssource +%d, %sdestination +%d",
               slots::format_names[int(kind)], int(c.reference.quality), f.width, f.height, f.stride,
-              int(source.offset), int(destination.offset)),
+              null.source ? "null " : "", int(source.offset), null.destination ? "null " : "",
+              int(destination.offset)),
          [&](auto& slot, int i) {
-           return slot.process_frame(kind, source.of(i).data, destination.of(i).data, uint32_t(f.width),
+           return slot.process_frame(kind, handed_over(source, i, null.source),
+                                     handed_over(destination, i, null.destination), uint32_t(f.width),
                                      uint32_t(f.height), uint32_t(f.stride));
          });
   c.compare_windows(
@@ -1024,6 +1049,36 @@ void black_lines_case(test_case& c) {
   }
 }
 
+// Line counts far beyond any frame, whose sums and products wrap: the frame may come out of no height, of a height that
+// is negative or of one whose pixels wrap to a small number.
+int32_t absurd_count(random_source& random) {
+  constexpr int32_t far[] = {INT32_MAX, INT32_MIN, 1 << 30,    -(1 << 30),
+                             1 << 27,   1 << 26,   -(1 << 28), 1 << 22};
+  return random.chance(25) ? int32_t(random.bits())
+                           : int32_t(uint32_t(random.pick(far)) + uint32_t(random.between(-24, 24)));
+}
+void absurd_lines_case(test_case& c) {
+  random_source& random = c.random;
+  frame_size f = random_size(random);
+  if (random.chance(40)) f.width = f.stride = 160 * random.between(1, 2);
+  random_controls(c, 2);
+  set_quality(c, 2);
+  one_frame(c, format::i420, f, 0, false);
+  for (int i = 0; i < 6 && !c.failed; ++i) {
+    set_mirrors(c);
+    const int32_t d = random.between(-1, 2);
+    int32_t top = absurd_count(random), bottom = random.chance(50) ? 0 : absurd_count(random);
+    // Heights about zero: what is left of the frame is a row or two, or less than none.
+    if (random.chance(30)) {
+      bottom = -(d < 0 ? f.height << 1 : f.height >> d) + random.between(-3, 3);
+      top = random.chance(50) ? 0 : int32_t(uint32_t(bottom) - uint32_t(random.between(0, 9)));
+    }
+    CALL3(set_decimation, d, top, bottom);
+    set_quality(c, random.chance(70) ? random.pick(kQualities) : 4);
+    one_frame(c, format(random.between(0, 4)), f, 0, false);
+  }
+}
+
 // Sizes that no picture is promised for: the buffers, the count and the answer are.
 void safety_case(test_case& c) {
   random_source& random = c.random;
@@ -1041,7 +1096,7 @@ void safety_case(test_case& c) {
   one_frame(c, format(random.between(0, 4)), f, 3, !exact);
 }
 
-void wrapper_case(test_case& c, format kind) {
+void wrapper_case(test_case& c, format kind, bool with_nulls = false) {
   random_source& random = c.random;
   random_controls(c, 4);
   for (int frame = 0; frame < 3 && !c.failed; ++frame) {
@@ -1073,18 +1128,25 @@ void wrapper_case(test_case& c, format kind) {
       after.set_decimation(decimations[int(name)], 0, 0);
       if (f.width != after.frame_width || f.height != after.frame_height || f.stride != after.frame_stride)
         after.new_frame_size(uint32_t(f.width), uint32_t(f.height), uint32_t(f.stride));
-      output = bytes_of(kind, after.out_pixels);
+      output = output_bytes(kind, after);
     }
     if (output > kLargest) return;
     const placed_buffer source{buffer_role::source, scene.size(), source_offset, random.chance(50)};
     const placed_buffer destination{buffer_role::destination, output, destination_offset, random.chance(50)};
     source.fill(c.slot_count(), scene);
     destination.fill_random(c.slot_count(), random.bits());
-    c.each(text("BaylorTo%sMMX%s, quality %d, %d x %d, source +%d, destination +%d",
+    nulls null;
+    if (with_nulls) {
+      null.source = source_offset % 16 == 0 && random.chance(50);
+      null.destination = destination_offset % 16 == 0 && random.chance(50);
+    }
+    c.each(text("BaylorTo%sMMX%s, quality %d, %d x %d, %ssource +%d, %sdestination +%d",
                 slots::format_names[int(kind)], kEndings[int(name)], int(c.reference.quality), f.width,
-                f.height, int(source_offset), int(destination_offset)),
+                f.height, null.source ? "null " : "", int(source_offset), null.destination ? "null " : "",
+                int(destination_offset)),
            [&](auto& slot, int i) {
-             return slot.wrapper(kind, name, source.of(i).data, destination.of(i).data, uint32_t(f.width),
+             return slot.wrapper(kind, name, handed_over(source, i, null.source),
+                                 handed_over(destination, i, null.destination), uint32_t(f.width),
                                  uint32_t(f.height));
            });
     c.compare_windows(
@@ -1096,7 +1158,7 @@ void wrapper_case(test_case& c, format kind) {
   }
 }
 
-void scaled_case(test_case& c) {
+void scaled_case(test_case& c, bool with_nulls = false) {
   random_source& random = c.random;
   random_controls(c, 3);
   const format kind = random.chance(90) ? format(random.between(0, 2)) : format(random.between(3, 4));
@@ -1126,25 +1188,35 @@ void scaled_case(test_case& c) {
     std::vector<uint8_t> scene = random_scene(random, f);
     const int64_t n = int64_t(ow) * oh;
     const bool last_resort = source_offset % 8 || destination_offset % 8;
-    size_t output = bytes_of(kind, n);
+    size_t output = bytes_of(kind, ow, oh);
     if (last_resort && kind <= format::uyvy) {
       output = size_t(n + (n >> 1));
       if (scene.size() < size_t(n)) scene.resize(size_t(n), uint8_t(random.bits()));
     }
-    const size_t scratch_size = bytes_of(kind, after.out_pixels) + (kind == format::yuyv ? 4 : 0);
+    const size_t scratch_size = output_bytes(kind, after) + (kind == format::yuyv ? 4 : 0);
     const placed_buffer source{buffer_role::source, scene.size(), source_offset, random.chance(50)};
     const placed_buffer destination{buffer_role::destination, output, destination_offset, random.chance(50)};
     const placed_buffer scratch{buffer_role::scratch, scratch_size, scratch_offset, random.chance(50)};
     source.fill(c.slot_count(), scene);
     destination.fill_random(c.slot_count(), random.bits());
     scratch.fill_random(c.slot_count(), random.bits());
-    c.each(text("BaylorTo%sMMX_scaling_stride, quality %d, %d x %d, stride %d, to %d x %d, offsets %d %d %d",
+    nulls null;
+    if (with_nulls) {
+      null.source = source_offset % 16 == 0 && random.chance(35);
+      null.destination = destination_offset % 16 == 0 && random.chance(35);
+      null.scratch = scratch_offset % 16 == 0 && random.chance(35);
+    }
+    c.each(text("BaylorTo%sMMX_scaling_stride, quality %d, %d x %d, stride %d, to %d x %d, offsets %d %d "
+                "%d%s%s%s",
                 slots::format_names[int(kind)], int(c.reference.quality), f.width, f.height, f.stride, ow, oh,
-                int(source_offset), int(destination_offset), int(scratch_offset)),
+                int(source_offset), int(destination_offset), int(scratch_offset),
+                null.source ? ", source null" : "", null.destination ? ", destination null" : "",
+                null.scratch ? ", scratch null" : ""),
            [&](auto& slot, int i) {
-             return slot.scaling_wrapper(kind, source.of(i).data, uint32_t(f.width), uint32_t(f.height),
-                                         uint32_t(f.stride), destination.of(i).data, uint32_t(ow),
-                                         uint32_t(oh), scratch.of(i).data);
+             return slot.scaling_wrapper(kind, handed_over(source, i, null.source), uint32_t(f.width),
+                                         uint32_t(f.height), uint32_t(f.stride),
+                                         handed_over(destination, i, null.destination), uint32_t(ow),
+                                         uint32_t(oh), handed_over(scratch, i, null.scratch));
            });
     const bool open = picture_is_open(after, kind);
     c.compare_windows(
@@ -1154,6 +1226,38 @@ void scaled_case(test_case& c) {
     c.compare_windows(
         "destination", [&](int i) { return destination.of(i); }, 0, open ? output : 0);
     c.compare_figures(true);
+  }
+}
+
+// Null for a source, a destination or a scratch, in every kind of call.
+void null_case(test_case& c) {
+  random_source& random = c.random;
+  random_controls(c, 3);
+  if (random.chance(50)) {  // statistics, a scale and a mark for the counted frames to keep
+    set_quality(c, random.chance(50) ? 15 : 4);
+    one_frame(c, format::i420, {160, 24, 160}, 0, false);
+  }
+  switch (random.between(0, 3)) {
+    case 0:
+      wrapper_case(c, format(random.between(0, 4)), true);
+      return;
+    case 1:
+      scaled_case(c, true);
+      return;
+    default:
+      break;
+  }
+  const frame_size f = random.chance(30) ? frame_size{320, 24, 320} : random_size(random);
+  for (int i = 0; i < 4 && !c.failed; ++i) {
+    set_mirrors(c);
+    if (random.chance(75)) set_decimation(c, true);
+    if (random.chance(10)) {
+      const uint8_t v = uint8_t(random.between(0, 1));
+      CALL1(set_P3_only, v);
+    }
+    constexpr uint32_t others[] = {4, 9, 4, 5};
+    set_quality(c, random.chance(60) ? random.pick(kQualities) : random.pick(others));
+    one_frame(c, format(random.between(0, 4)), f, 10, false, {random.chance(50), random.chance(50), false});
   }
 }
 
@@ -1212,8 +1316,10 @@ std::vector<family> families() {
   }
   all.push_back({"counted", 200, counted_case});
   all.push_back({"sequences", 400, sequence_case});
-  all.push_back({"scaled", 400, scaled_case});
+  all.push_back({"scaled", 400, [](test_case& c) { scaled_case(c); }});
   all.push_back({"black_lines", 400, black_lines_case});
+  all.push_back({"absurd_lines", 400, absurd_lines_case});
+  all.push_back({"nulls", 400, null_case});
   all.push_back({"safety", 1500, safety_case});
   all.push_back({"controls", 300, controls_case});
   return all;

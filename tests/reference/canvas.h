@@ -48,6 +48,8 @@ class canvas {
   void commit() {
     if (size_ > 0) std::memcpy(frame_, bytes_.data() + margin_, size_t(size_));
   }
+  // Stores from here on are dropped.
+  int64_t end() const { return size_ + margin_; }
   // Offsets of the open bytes inside the frame.
   std::vector<int64_t> open_bytes() const {
     std::vector<int64_t> open;

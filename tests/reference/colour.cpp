@@ -62,6 +62,7 @@ int16_t offset_lane(int32_t word) {
 }  // namespace
 
 bool state::copy_sensor_matrix(const int32_t* nine_words) {
+  if (!nine_words) return true;
   std::copy_n(nine_words, 9, sensor_matrix.begin());
   return rebuild_colour_matrices();
 }
@@ -152,6 +153,7 @@ bool state::set_contrast_c(int32_t c, uint32_t* out_x, uint32_t* out_y) {
   return set_contrast_xy(x, y);
 }
 bool state::copy_contrast_table(const uint8_t* table) {
+  if (!table) return true;
   std::copy_n(table, 256, contrast_table.begin());
   compose_gamma();
   return true;
@@ -168,12 +170,14 @@ void state::compose_gamma() {
 }
 
 bool state::copy_yuv_gamma_table(const uint8_t* table) {
+  if (!table) return true;
   std::copy_n(table, 256, yuv_gamma_table.begin());
   compose_gamma();
   nf20_12_gamma_value = 0;
   return true;
 }
 bool state::copy_rgb_gamma_table(const uint8_t* table) {
+  if (!table) return true;
   std::copy_n(table, 256, rgb_gamma_table.begin());
   compose_gamma();
   nf20_12_gamma_value = 0;

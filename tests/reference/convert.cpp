@@ -127,7 +127,8 @@ void store_packed(const convert_state& s, const std::vector<row422>& rows, packi
   int64_t r = 0;
   const auto store_black = [&](int32_t count) {
     const int64_t end = r + (none ? 0 : black_lines(count, in_pairs));
-    for (; r < end && r * s.out_width < out.room; ++r) store_row_packed(s, black, r, p, out);
+    for (; r < end && s.out_width > 0 && r * s.out_width < out.room; ++r)
+      store_row_packed(s, black, r, p, out);
     r = end;
   };
   store_black(s.top_black_lines);
@@ -139,8 +140,9 @@ void store_i420(const convert_state& s, const std::vector<row422>& rows, picture
   int64_t p = 0;
   const auto store_black = [&](int32_t count) {
     const int64_t end = p + (s.decimation < 0 ? 0 : black_lines(count, true) / 2);
-    // U begins before the frame's start where out_pixels is negative; then there is no frame.
-    for (; p < end && p * (s.out_width / 2) < out.room; ++p) store_black_i420(s, p, out);
+    const int64_t least =
+        std::max(s.out_width / 2, s.out_width > 0 ? 1 : 0);  // that a pair moves on in any plane
+    for (; p < end && least > 0 && p * least < out.room; ++p) store_black_i420(s, p, out);
     p = end;
   };
   store_black(s.top_black_lines);
@@ -327,6 +329,20 @@ promise convert_twelve_bit(const convert_state& s, const convert_call& call, pic
 
 // ---- The contract around a conversion ----
 
+// Whether a conversion that runs reads a null field or writes to a null destination.
+bool follows_null(const convert_state& s, const conversion& c, const convert_call& call, int64_t room) {
+  if (only_counts(c, s.decimation)) return false;
+  const bool fields = c.kind == work::fields, blends = fields && s.decimation <= 0;
+  const int row_pairs = fields && s.decimation == 2 ? s.row_pairs() / 2 : s.row_pairs();
+  const int units = c.kind == work::twelve_bit ? s.tiles() / 2 : s.tiles();
+  const bool reads = units > 0 && row_pairs > 0;
+  if (reads && !call.kept) return true;
+  if (reads && blends && !call.later) return true;
+  if (reads && blends && c.motion && row_pairs > 1 && !call.earlier)
+    return true;  // the last row pair is never blended
+  return room > 0 && !call.output;
+}
+
 bool all_multiples(const conversion& c, const convert_call& call, uintptr_t of) {
   const auto fits = [of](const uint8_t* p) { return reinterpret_cast<uintptr_t>(p) % of == 0; };
   if (call.output % of != 0 || !fits(call.kept)) return false;
@@ -349,6 +365,9 @@ int64_t fall_back_bytes(const conversion& c, const convert_call& call) {
 
 void fall_back(const conversion& c, const convert_call& call, picture& out) {
   const uint32_t n = call.out_width * call.out_height;
+  const bool fills = c.output == target::rgb24 || c.output == target::rgb32;
+  const bool takes_later = c.output == target::yuyv || c.output == target::uyvy;
+  if (!call.output || (!fills && !call.kept) || (takes_later && !call.later)) return;
   for (int64_t k = 0; k < out.room; ++k) {
     switch (c.output) {
       case target::i420:
@@ -380,21 +399,6 @@ void picture::store(int64_t at, uint8_t value) {
   if (at < 0 || at >= room) return;
   bytes.at(static_cast<size_t>(at)) = value;
   stored[static_cast<size_t>(at)] = true;
-}
-
-int64_t frame_bytes(target t, int32_t width, int32_t height) {
-  const auto n = static_cast<int32_t>(static_cast<uint32_t>(int64_t{width} * height));
-  if (n <= 0) return 0;
-  switch (t) {
-    case target::i420:
-      return int64_t{n} + 2 * (n / 4);
-    case target::rgb24:
-      return int64_t{n} * 3;
-    case target::rgb32:
-      return int64_t{n} * 4;
-    default:
-      return int64_t{n} * 2;
-  }
 }
 
 foresight foresee(const convert_state& s, const conversion& c, const convert_call& call) {
@@ -432,7 +436,8 @@ converted convert(convert_state& s, const conversion& c, const convert_call& cal
   if (f.reached != reach::runs) return {f.reached == reach::idle, promise::exact};
 
   promise content = promise::exact;
-  if (!only_counts(c, s.decimation)) {
+  if (follows_null(s, c, call, f.room)) return {c.kind != work::nothing, content};
+  if (f.room > 0 && !only_counts(c, s.decimation)) {
     if (c.kind == work::progressive) content = convert_progressive(s, c, call, out);
     if (c.kind == work::twelve_bit) content = convert_twelve_bit(s, call, out);
     if (c.kind == work::fields) content = convert_fields(s, c, call, out);

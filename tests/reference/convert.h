@@ -7,10 +7,11 @@
 
 #include "reference/convert_geometry.h"
 #include "reference/convert_rows.h"
+#include "reference/finished.h"
 
 namespace ref {
 
-enum class target { i420, rgb24, rgb32, yuyv, uyvy };
+using target = format;
 enum class work {
   progressive,  // one packed frame
   twelve_bit,   // one frame of 12 bits a pixel
@@ -34,8 +35,7 @@ struct conversion {
 extern const std::vector<conversion> kConversions;
 const conversion* find_conversion(const char* name);
 
-// Pointers are tested for alignment, null included; rows are read where the conversion needs them. One-frame
-// conversions take their input as `kept`.
+// Pointers are tested for alignment, which null passes. One-frame conversions take their input as `kept`.
 struct convert_call {
   const uint8_t *earlier, *kept, *later;
   uintptr_t output;  // address of the destination; its bytes are in the picture
@@ -72,10 +72,8 @@ struct foresight {
 };
 foresight foresee(const convert_state& s, const conversion& c, const convert_call& call);
 
-// One call: the state as it is afterwards, the destination, the answer. out.bytes must hold the foreseen room.
+// One call: the state as it is afterwards, the destination, the answer. out.bytes must hold the foreseen room. A call that
+// would read or write a null buffer leaves the picture alone and is counted like any other.
 converted convert(convert_state& s, const conversion& c, const convert_call& call, picture& out);
-
-// Bytes of a frame; a frame that is not positive has none.
-int64_t frame_bytes(target t, int32_t width, int32_t height);
 
 }  // namespace ref

@@ -45,6 +45,17 @@ int scale_entry(const state& s, format kind) {
   }
 }
 
+// Whether a frame of a path that runs reads a null source or writes to a null destination.
+bool follows_null(const state& s, format kind, const uint8_t* source, const uint8_t* destination,
+                  int64_t size) {
+  const bool raw = s.quality == 4 || s.quality == 9;
+  const bool halves = s.decimation == 1 && kind != format::rgb24;
+  const bool draws = !raw || s.decimation == 0 || halves;
+  const bool marks = raw && kind == format::i420 && s.out_width >= 160 && s.out_width / 10 % 16 == 0;
+  const bool reads = draws && s.frame_width > 0 && s.frame_height > 0;
+  return (reads && !source) || ((draws || marks) && size > 0 && !destination);
+}
+
 bool dispatch(state& s, format kind, uint8_t* source, uint8_t* destination) {
   ++s.n_frame;
   if (s.frame_stride < s.frame_width) return true;
@@ -52,8 +63,11 @@ bool dispatch(state& s, format kind, uint8_t* source, uint8_t* destination) {
   const int entry = scale_entry(s, kind);
   if (!raw && entry < 0) return true;
 
-  const int64_t picture = int64_t(s.frame_pixels) * (s.decimation < 0 ? 4 : 1);
-  canvas out(destination, frame_bytes(kind, s.out_pixels), 2 * frame_bytes(kind, picture) + 65536);
+  const int64_t size = frame_bytes(kind, s.out_width, s.out_height);
+  if (follows_null(s, kind, source, destination, size)) return true;
+  const int times = s.decimation < 0 ? 2 : 1;
+  canvas out(destination, destination ? size : 0,  // none is written to where it is null
+             2 * frame_bytes(kind, times * s.frame_width, times * s.frame_height) + 65536);
   if (raw) {
     raw_picture(s, kind, source, out);
   } else if (s.quality == 3) {
@@ -87,6 +101,7 @@ bool is_rgb(format kind) {
 }
 
 void last_resort(format kind, const uint8_t* source, uint8_t* destination, uint32_t n) {
+  if (!destination || (!is_rgb(kind) && !source)) return;
   if (is_rgb(kind)) {
     std::memset(destination, 255, n);
     return;
@@ -176,8 +191,15 @@ bool scaling_wrapper(state& s, format kind, uint8_t* source, uint32_t width, uin
   s.clear_statistics();
   bool result = true;
   if (aligned(source, scratch, 16) && !s.P3_only) {
+    const bool resamples = kind == format::i420 || kind == format::yuyv;
+    if (!source || !scratch || (resamples && !destination)) {
+      ++s.n_frame;
+      s.roll_up();
+      return true;
+    }
     result = dispatch(s, kind, source, scratch);
-    const int64_t written = frame_bytes(kind, s.out_pixels), behind = frame_bytes(kind, n);
+    const int64_t written = frame_bytes(kind, s.out_width, s.out_height);
+    const int64_t behind = frame_bytes(kind, int32_t(out_width), int32_t(out_height));
     if (kind == format::i420) {
       const auto plane = [&](int64_t from, int64_t to, uint32_t shift) {
         const scaler_planes planes = {scratch + from, written - from, destination + to, behind - to};

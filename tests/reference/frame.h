@@ -1,6 +1,8 @@
 // The calls that take a frame: frame calls, wrappers with their last-resort pictures, scaled calls.
 //
 // Buffers are those of the exported functions. A scaled YUYV call may read 4 bytes behind the frame in `scratch`.
+// A null buffer passes the tests of alignment. A frame that would then read or write one is counted and touches
+// nothing; a last-resort picture that would is not made.
 #pragma once
 
 #include <cstdint>

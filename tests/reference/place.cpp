@@ -455,20 +455,4 @@ void place(const finished& picture, const placing& how, canvas& out) {
   }
 }
 
-int64_t frame_bytes(format kind, int64_t n) {
-  if (n <= 0) return 0;
-  switch (kind) {
-    case format::i420:
-      return n + 2 * (n / 4);
-    case format::yuyv:
-    case format::uyvy:
-      return 2 * n;
-    case format::rgb24:
-      return 3 * n;
-    case format::rgb32:
-      return 4 * n;
-  }
-  return 0;
-}
-
 }  // namespace ref

@@ -24,9 +24,6 @@ struct placing {
 // The whole picture of a quality path with tiles (0, 1, 2, 10, 11, 12, 15).
 void place(const finished& picture, const placing& how, canvas& out);
 
-// The bytes that a caller hands over for a frame of n pixels.
-int64_t frame_bytes(format kind, int64_t n);
-
 // avg(a, b), the rounded-up mean of two bytes that serves every interpolation.
 constexpr uint8_t mean(int a, int b) {
   return uint8_t((a + b + 1) >> 1);

@@ -1,17 +1,21 @@
 #include "raw.h"
 
+#include <algorithm>
+
 namespace ref {
 namespace {
 
 // A white rectangle in the V plane that walks through 5 x 6 places, one place a frame.
 void moving_mark(state& s, canvas& out) {
   const int64_t bw = s.out_width / 10, bh = s.out_height / 12;
-  if (bw % 16 != 0) return;
   const int64_t column = s.mark_position % 5, row = s.mark_position / 5;
+  if (bw % 16 != 0) return;
+  s.mark_position = (s.mark_position + 1) % 30;
+  if (bw == 0) return;
   const int64_t v_plane = int64_t(s.out_pixels) + s.out_quarter_pixels;
   const int64_t first = v_plane + column * bw + (s.out_width * row * bh) / 2;
-  for (int64_t y = 0; y < bh; ++y) out.fill(first + y * (s.out_width / 2), bw, 255);
-  s.mark_position = (s.mark_position + 1) % 30;
+  const int64_t rows = out.end() > first ? std::min(bh, (out.end() - first) / (s.out_width / 2) + 1) : 0;
+  for (int64_t y = 0; y < rows; ++y) out.fill(first + y * (s.out_width / 2), bw, 255);
 }
 
 }  // namespace

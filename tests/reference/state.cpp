@@ -145,15 +145,15 @@ bool state::reset_optical_black_b_gb_gr_r() {
 }
 
 bool state::copy_r_dekneel_table(const uint8_t* table) {
-  std::copy_n(table, 256, r_dekneel_table.begin());
+  if (table) std::copy_n(table, 256, r_dekneel_table.begin());
   return false;
 }
 bool state::copy_g_dekneel_table(const uint8_t* table) {
-  std::copy_n(table, 256, g_dekneel_table.begin());
+  if (table) std::copy_n(table, 256, g_dekneel_table.begin());
   return false;
 }
 bool state::copy_b_dekneel_table(const uint8_t* table) {
-  std::copy_n(table, 256, b_dekneel_table.begin());
+  if (table) std::copy_n(table, 256, b_dekneel_table.begin());
   return false;
 }
 bool state::reset_rgb_dekneel_table() {
