@@ -6,7 +6,8 @@ if(NOT PNG_FOUND)
 endif()
 set(tools ${PROJECT_SOURCE_DIR}/tools)
 add_executable(simulate_test ${CMAKE_CURRENT_SOURCE_DIR}/simulate_test.cpp
-  ${tools}/simulate.cpp ${tools}/picture.cpp ${tools}/file.cpp)
+  ${tools}/simulate.cpp ${tools}/picture.cpp ${tools}/file.cpp
+  ${tools}/failure.cpp)
 target_include_directories(simulate_test PRIVATE ${tools})
 target_compile_definitions(simulate_test PRIVATE SAMPLES="${PROJECT_SOURCE_DIR}/samples")
 target_compile_options(simulate_test PRIVATE ${PPL_WARNINGS})

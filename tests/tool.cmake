@@ -7,7 +7,8 @@ find_package(PNG REQUIRED)
 find_package(nlohmann_json CONFIG REQUIRED)
 add_executable(tool_test ${CMAKE_CURRENT_SOURCE_DIR}/tool/convert_test.cpp
   ${CMAKE_CURRENT_SOURCE_DIR}/tool/reports_test.cpp ${CMAKE_CURRENT_SOURCE_DIR}/tool/deinterlace_test.cpp
-  ${CMAKE_CURRENT_SOURCE_DIR}/tool/bad_input_test.cpp ${CMAKE_CURRENT_SOURCE_DIR}/tool/run.cpp)
+  ${CMAKE_CURRENT_SOURCE_DIR}/tool/bad_input_test.cpp ${CMAKE_CURRENT_SOURCE_DIR}/tool/frame_file_test.cpp
+  ${CMAKE_CURRENT_SOURCE_DIR}/tool/run.cpp)
 target_compile_options(tool_test PRIVATE ${PPL_WARNINGS})
 target_compile_definitions(tool_test PRIVATE TOOL="$<TARGET_FILE:ppl_tool>"
   SAMPLES="${PROJECT_SOURCE_DIR}/samples" VERSION="${PROJECT_VERSION}")

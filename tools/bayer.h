@@ -3,30 +3,13 @@
 
 #include <ppl.h>
 
-#include <CLI/CLI.hpp>
-#include <string>
-
 #include "bytes.h"
 #include "controls.h"
 #include "formats.h"
+#include "frame_file.h"
 #include "picture.h"
 
 namespace tool {
-
-// Where a frame stands in a headerless file.
-struct FrameFile {
-  std::string path;
-  uint32_t width = 0, height = 0, stride = 0;  // stride 0: rows back to back
-  uint32_t frame = 0;
-  uint64_t skip = 0;
-
-  void add_options(CLI::App&, const std::string& what);
-  // Exactly one frame of the format; throws if the file does not hold it.
-  Bytes read(Format) const;
-
- private:
-  CLI::Option* frame_option_ = nullptr;
-};
 
 // What is to be made of a frame.
 struct Job {
@@ -35,6 +18,9 @@ struct Job {
   Size scale = {0, 0};     // 0 x 0: no second pass
   bool via_i420 = false;   // pictures: through I420 even where the quality has RGB24
 };
+
+// Whether pictures of a quality come by way of I420 where nothing else is asked for: the RGB of 0 and 10 is paler.
+bool best_via_i420(uint32_t quality);
 
 // The size of the result.
 Size output_size(const FrameFile&, const Job&);

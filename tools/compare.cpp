@@ -1,4 +1,5 @@
 // ppl compare: the same frame at every quality on one labelled sheet, with PSNR where the truth is known.
+#include <cctype>
 #include <cstdio>
 #include <memory>
 
@@ -7,6 +8,7 @@
 #include "failure.h"
 #include "file.h"
 #include "instance.h"
+#include "options.h"
 #include "sheet.h"
 
 namespace tool {
@@ -37,7 +39,7 @@ constexpr Kind kinds[] = {
 
 struct Compare {
   // By way of I420, which all qualities make from the same rows of the colour matrix.
-  static Job job(const Kind& kind, bool via_rgb24);
+  Job job(const Kind& kind) const;
 
   FrameFile frame;
   Controls controls;
@@ -47,36 +49,35 @@ struct Compare {
   void run();
 };
 
-Job Compare::job(const Kind& kind, bool via_rgb24) {
+Job Compare::job(const Kind& kind) const {
   Job job;
   job.quality = kind.quality;
-  job.via_i420 = !via_rgb24;
+  job.via_i420 = via == "i420";
   return job;
 }
 
+bool ends_in_png(std::string path) {
+  for (char& c : path) c = static_cast<char>(tolower(static_cast<unsigned char>(c)));
+  return path.ends_with(".png");
+}
+
 void Compare::run() {
-  if (output_format(output, "") != Format::png)
-    fail("the sheet is a PNG picture; end the output's name in .png");
+  if (!ends_in_png(output)) misuse("the sheet is a PNG picture: end the output's name in .png, not ", output);
   refuse_same_file(frame.path, output);
   if (!truth.empty()) refuse_same_file(truth, output);
-  if (controls.medium_filter) fail("--medium-filter is shown beside its absence; leave the option out");
-  const bool via_rgb24 = via == "rgb24";
-  for (const Kind& kind : kinds) require_possible(frame, job(kind, via_rgb24), controls, Format::png);
+  if (controls.medium_filter) misuse("--medium-filter is shown beside its absence; leave the option out");
+  for (const Kind& kind : kinds) require_possible(frame, job(kind), controls, Format::png);
+  controls.note_idle(0);
   const Bytes source = frame.read(Format::bayer);
   Picture right;
-  if (!truth.empty()) {
-    right = read_png(truth);
-    if (right.width != frame.width || right.height != frame.height)
-      fail("the truth ", truth, " is ", right.width, " x ", right.height, ", the frame ", frame.width, " x ",
-           frame.height, "; they must be alike");
-  }
+  if (!truth.empty()) right = read_png(truth, {frame.width, frame.height});
   const Instance instance;
   std::vector<Panel> panels;
   for (const Kind& kind : kinds) {
     ppl_reset_all_controls(instance.get());
     controls.apply(instance.get(), frame.width, frame.height);
     if (kind.medium) ppl_enable_medium_filter(instance.get());
-    Picture picture = bayer_picture(instance.get(), frame, job(kind, via_rgb24), controls, source);
+    Picture picture = bayer_picture(instance.get(), frame, job(kind), controls, source);
     std::string label = text("quality ", kind.quality, kind.medium ? " + medium filter: " : ": ", kind.what);
     if (!truth.empty()) {
       char ratio[32];

@@ -1,34 +1,12 @@
 #include "controls.h"
 
 #include <algorithm>
-#include <charconv>
 #include <memory>
 
 #include "failure.h"
+#include "options.h"
 
 namespace tool {
-namespace {
-
-// "1,-2,3"; false if something else stands between the commas.
-bool parse_numbers(const std::string& list, std::vector<int>& numbers) {
-  numbers.clear();
-  for (const std::string& word : CLI::detail::split(list, ',')) {
-    int number = 0;
-    const auto end = word.data() + word.size();
-    const auto [stop, error] = std::from_chars(word.data(), end, number);
-    if (error != std::errc() || stop != end) return false;
-    numbers.push_back(number);
-  }
-  return true;
-}
-
-}  // namespace
-
-CLI::Validator in_range(int low, int high) {
-  CLI::Validator range = CLI::Range(low, high);
-  range.description("");
-  return range;
-}
 
 void Controls::number(CLI::App& app, const std::string& names, const std::string& what, int low, int high,
                       int standard, uint8_t (*set)(ppl_context*, int)) {
@@ -139,12 +117,14 @@ void Controls::add_options(CLI::App& app) {
          [](C c, int v) { return ppl_set_CFA_T0_threshold(c, static_cast<uint32_t>(v)); });
   number(app, "--cfa-t1", "Edge direction threshold of qualities 0, 1, 10 and 11", 0, 63, 15,
          [](C c, int v) { return ppl_set_CFA_T1_threshold(c, static_cast<uint32_t>(v)); });
+  const size_t noise = given_.size();
   number(app, "--noise-g", "Green noise threshold; the library keeps it, no picture depends on it", 0, 3060,
          60, [](C c, int v) { return ppl_set_noise_filter_G_12T_threshold(c, static_cast<uint32_t>(v)); });
   number(app, "--noise-r", "Red noise threshold; likewise", 0, 2040, 40,
          [](C c, int v) { return ppl_set_noise_filter_R_8T_threshold(c, static_cast<uint32_t>(v)); });
   number(app, "--noise-b", "Blue noise threshold; likewise", 0, 2040, 40,
          [](C c, int v) { return ppl_set_noise_filter_B_8T_threshold(c, static_cast<uint32_t>(v)); });
+  for (size_t i = noise; i < given_.size(); ++i) idle_.push_back(given_[i].option);
   group(mark, filters);
 
   mark = given_.size();
@@ -205,14 +185,23 @@ bool Controls::set_lens(ppl_context* context, uint32_t width, uint32_t height) {
 void Controls::apply(ppl_context* context, uint32_t width, uint32_t height) {
   for (const Given& control : given_)
     if (control.option->count() && !control.set(context))
-      fail(control.option->get_name(),
-           ": the library refuses this value; of a range MIN,MAX the minimum must not be "
-           "above the maximum");
+      misuse(control.option->get_name(),
+             ": the library refuses this value; of a range MIN,MAX the minimum must not be "
+             "above the maximum");
   ppl_set_h_mirror(context, h_mirror);
   ppl_set_v_mirror(context, v_mirror);
   const bool lens = std::any_of(lens_options_.begin(), lens_options_.end(),
                                 [](const CLI::Option* option) { return option->count() > 0; });
-  if (lens && !set_lens(context, width, height)) fail("--lens: the library refuses these coefficients");
+  if (lens && !set_lens(context, width, height)) misuse("--lens: the library refuses these coefficients");
+}
+
+void Controls::note_idle(uint32_t quality) const {
+  if (medium_filter && quality > 2)
+    note(text("--medium-filter does nothing in quality ", quality, "; it acts in 0, 1 and 2"));
+  for (const CLI::Option* option : idle_)
+    if (option->count())
+      note(text(option->get_name(),
+                " does nothing: the library keeps the number, and no picture depends on it"));
 }
 
 std::string Controls::first_given() const {

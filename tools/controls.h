@@ -12,9 +12,6 @@
 
 namespace tool {
 
-// A range test whose bounds stand in the message and not in the type of the help text.
-CLI::Validator in_range(int low, int high);
-
 class Controls {
  public:
   // Adds an option for every control. The options' ranges are those of the library's setters.
@@ -23,6 +20,9 @@ class Controls {
   // Sets what was given on the command line, in a context that stands at the defaults. The lens table belongs to
   // this object and must outlive the context's frames; width and height are those of the Bayer frame.
   void apply(ppl_context*, uint32_t width, uint32_t height);
+
+  // A note for each option given that no picture of this quality depends on.
+  void note_idle(uint32_t quality) const;
 
   // The first control option that was given, mirrors left out; empty if there is none.
   std::string first_given() const;
@@ -43,7 +43,7 @@ class Controls {
   bool set_lens(ppl_context*, uint32_t width, uint32_t height);
 
   std::vector<Given> given_;
-  std::vector<CLI::Option*> lens_options_;
+  std::vector<CLI::Option*> lens_options_, idle_;
   int f1_ = 16, f1_shift_ = 24, f2_ = 16, f2_shift_ = 44;
   bool lens_ = false;
   std::vector<int> origin_;

@@ -6,6 +6,7 @@
 #include "failure.h"
 #include "file.h"
 #include "instance.h"
+#include "options.h"
 
 namespace tool {
 namespace {
@@ -14,7 +15,7 @@ struct Convert {
   FrameFile frame;
   Controls controls;
   Job job;
-  std::string input = "bayer", output, format, chroma, scale, via = "rgb24";
+  std::string input = "bayer", output, format, chroma, scale, via;
 
   void run();
   Bytes from_bayer(Format out);
@@ -22,8 +23,9 @@ struct Convert {
 };
 
 Bytes Convert::from_bayer(Format out) {
-  if (!chroma.empty()) fail("--chroma is for YUV input");
+  if (!chroma.empty()) misuse("--chroma is for YUV input");
   require_possible(frame, job, controls, out);
+  controls.note_idle(job.quality);
   Bytes source = frame.read(Format::bayer);
   const Instance instance;
   controls.apply(instance.get(), frame.width, frame.height);
@@ -35,16 +37,16 @@ Bytes Convert::from_bayer(Format out) {
 // A frame that is no mosaic: packed YUV to I420 through the library, everything else through a picture.
 Bytes Convert::from_finished(Format in, Format out) {
   if (const std::string given = controls.first_given(); !given.empty())
-    fail(given, " acts on Bayer frames alone; a ", input, " frame takes the mirrors only");
-  if (job.decimation || job.scale.width) fail("--decimation and --scale act on Bayer frames alone");
+    misuse(given, " acts on Bayer frames alone; a ", input, " frame takes the mirrors only");
+  if (job.decimation || job.scale.width) misuse("--decimation and --scale act on Bayer frames alone");
   const bool packed = in == Format::yuyv || in == Format::uyvy;
-  if (out == Format::y4m) fail("convert makes no y4m; ppl deinterlace does");
+  if (out == Format::y4m) misuse("convert makes no y4m; ppl deinterlace does");
   if (frame.height % 2 || frame.width > 2032 || frame.height > 2048 || frame.width % 16)
-    fail("a ", input, " frame of ", frame.width, " x ", frame.height,
-         " won't do: widths are multiples of 16 up to 2032, heights even, up to 2048");
+    misuse("a ", input, " frame of ", frame.width, " x ", frame.height,
+           " won't do: widths are multiples of 16 up to 2032, heights even, up to 2048");
   Bytes source = frame.read(in);
   const bool known_chroma = in == Format::rgb24 || in == Format::rgb32;
-  if (known_chroma && !chroma.empty()) fail("--chroma is for YUV input");
+  if (known_chroma && !chroma.empty()) misuse("--chroma is for YUV input");
   const Chroma meaning = chroma.empty()       ? (packed ? Chroma::decoder : Chroma::camera)
                          : chroma == "camera" ? Chroma::camera
                                               : Chroma::decoder;
@@ -61,8 +63,8 @@ Bytes Convert::from_finished(Format in, Format out) {
     return destination;
   }
   if (!is_picture(out) && out != Format::rgb24 && out != Format::rgb32)
-    fail("no way from ", input, " to ", name(out), "; ",
-         packed ? "i420, rgb24, rgb32, png and ppm can be made" : "rgb24, rgb32, png and ppm can be made");
+    misuse("no way from ", input, " to ", name(out), "; ",
+           packed ? "i420, rgb24, rgb32, png and ppm can be made" : "rgb24, rgb32, png and ppm can be made");
   Picture picture = picture_of(in, source, frame.width, frame.height, meaning);
   if (controls.h_mirror) mirror_columns(picture);
   if (controls.v_mirror) mirror_rows(picture);
@@ -71,7 +73,7 @@ Bytes Convert::from_finished(Format in, Format out) {
 
 void Convert::run() {
   if (!scale.empty()) job.scale = parse_size("--scale", scale);
-  job.via_i420 = via == "i420";
+  job.via_i420 = via.empty() ? best_via_i420(job.quality) : via == "i420";
   const Format out = output_format(output, format);
   refuse_same_file(frame.path, output);
   const Format in = input == "bayer" ? Format::bayer : output_format("", input);
@@ -115,11 +117,10 @@ void add_convert(CLI::App& app) {
       ->check(in_range(-1, 1));
   command->add_option("--scale", state->scale, "Scale to WIDTHxHEIGHT in a second pass, e.g. 1280x960");
   command
-      ->add_option(
-          "--via", state->via,
-          "Pictures from Bayer frames: by way of the library's rgb24 where the quality has it, or of its "
-          "i420. In qualities 0 and 10 the library's RGB is paler than its YUV")
-      ->capture_default_str()
+      ->add_option("--via", state->via,
+                   "Pictures from Bayer frames: by way of the library's i420 (default in qualities 0 and 10, "
+                   "whose RGB "
+                   "is paler than their YUV) or of its rgb24 (default in all others, where they have it)")
       ->check(CLI::IsMember({"rgb24", "i420"}));
   state->controls.add_options(*command);
   command->callback([state] { state->run(); });

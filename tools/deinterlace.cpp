@@ -1,17 +1,18 @@
 // ppl deinterlace: fields, or a sequence of interlaced frames, to pictures, raw frames or a Y4M stream.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 
 #include "commands.h"
-#include "controls.h"
 #include "failure.h"
 #include "file.h"
 #include "formats.h"
 #include "instance.h"
+#include "options.h"
 
 namespace tool {
 namespace {
@@ -57,16 +58,20 @@ std::string possible_sizes(ppl_context* context, uint32_t w, uint32_t h) {
 
 void Deinterlace::set_size(ppl_context* context) {
   if (width % 16 || width < 16 || width > 2032 || height % 2 || height < 2 || height > 2048)
-    fail("frames of ", width, " x ", height,
-         " won't do: widths are multiples of 16 from 16 to 2032, heights even, up to 2048");
-  to_ = size.empty() ? Size{width, height} : parse_size("--size", size);
+    misuse("frames of ", width, " x ", height,
+           " won't do: widths are multiples of 16 from 16 to 2032, heights even, up to 2048");
+  to_ = size.empty()        ? Size{width, height}
+        : size == "half"    ? Size{width / 2, height / 2}
+        : size == "quarter" ? Size{width / 4, height / 4}
+        : size == "double"  ? Size{2 * width, 2 * height}
+                            : parse_size("--size", size);
   const bool same = to_.width == width && to_.height == height;
   const bool known = ppl_new_frame_sizes(context, width, height, to_.width, to_.height, !same) != 0;
   // At full size the library leaves a change of width to a scaler behind it.
   if (!known || (ppl_decimation(context) == 0 && to_.width != width))
-    fail("--size ", to_.width, "x", to_.height, " can't be made from ", width, " x ", height, "; ",
-         possible_sizes(context, width, height), " can");
-  if (to_.height % 2) fail("--size ", to_.width, "x", to_.height, " won't do: the height must be even");
+    misuse("--size ", to_.width, "x", to_.height, " can't be made from ", width, " x ", height, "; ",
+           possible_sizes(context, width, height), " can");
+  if (to_.height % 2) misuse("--size ", to_.width, "x", to_.height, " won't do: the height must be even");
 }
 
 // The library has no routine for some ways: swapped bytes on the way in or out lead around those, and identical
@@ -140,17 +145,17 @@ void Deinterlace::put(OutputFile* stream, const Bytes& frame, size_t number) con
 void Deinterlace::run() {
   in_ = input == "yuyv" ? Format::yuyv : Format::uyvy;
   out_ = output_format(output, format);
-  if (out_ == Format::rgb32) fail("the library makes no rgb32 from fields; use rgb24, png or ppm");
+  if (out_ == Format::rgb32) misuse("the library makes no rgb32 from fields; use rgb24, png or ppm");
   unsigned rate_up = 0, rate_down = 0;
   char tail = 0;
   if (sscanf(rate.c_str(), "%6u/%6u%c", &rate_up, &rate_down, &tail) != 2 || !rate_up || !rate_down)
-    fail("--rate takes frames a second as a fraction like 25/1 or 30000/1001, not ", rate);
+    misuse("--rate takes frames a second as a fraction like 25/1 or 30000/1001, not ", rate);
   for (const std::string& file : files) refuse_same_file(file, output);
 
   const Instance instance;
   ppl_context* context = instance.get();
   set_size(context);
-  if (!ppl_set_intl_3T_threshold(context, threshold)) fail("--threshold runs from 0 to 765");
+  if (!ppl_set_intl_3T_threshold(context, threshold)) misuse("--threshold runs from 0 to 765");
 
   std::vector<Bytes> fields;
   if (frames)
@@ -177,15 +182,21 @@ void Deinterlace::run() {
 
 std::vector<Bytes> Deinterlace::read_fields() const {
   if (files.size() != 2 && files.size() != 3)
-    fail(files.size(), files.size() == 1 ? " field was" : " fields were",
-         " named: two, KEPT LATER, or three, EARLIER KEPT LATER, are needed; --frames takes whole frames");
+    misuse(files.size(), files.size() == 1 ? " field was" : " fields were",
+           " named: two, KEPT LATER, or three, EARLIER KEPT LATER, are needed; --frames takes whole frames");
   std::vector<Bytes> fields;
   for (const std::string& file : files) {
-    fields.push_back(read_file(file));
-    if (fields.back().size() != field_bytes())
-      fail(file, " has ", fields.back().size(), " bytes; a field of a ", width, " x ", height, " frame has ",
-           field_bytes(), ": ", height / 2, " rows of ", 2 * width,
-           " bytes (--frames takes whole interlaced frames)");
+    InputFile in(file);
+    const std::optional<uint64_t> held = in.size();
+    Bytes& field = fields.emplace_back(field_bytes() + 1);
+    field.resize(in.read(field));
+    if (field.size() != field_bytes())
+      fail(file, " has ",
+           held ? text(*held)
+                : text(field.size() > field_bytes() ? "more than " : "",
+                       std::min(field.size(), field_bytes())),
+           " bytes; a field of a ", width, " x ", height, " frame has ", field_bytes(), ": ", height / 2,
+           " rows of ", 2 * width, " bytes (--frames takes whole interlaced frames)");
   }
   return fields;
 }
@@ -241,10 +252,13 @@ void add_deinterlace(CLI::App& app) {
           "Two fields, KEPT LATER, or three, EARLIER KEPT LATER; with --frames files of whole frames. KEPT "
           "holds the even rows; EARLIER is the field before LATER with the same rows")
       ->required();
-  command->add_option("-W,--width", state->width, "Width of the frame in pixels")->required();
+  command->add_option("-W,--width", state->width, "Width of the frame in pixels")
+      ->required()
+      ->check(in_range(16, 2032));
   command
       ->add_option("-H,--height", state->height, "Height of the whole frame in rows, twice that of a field")
-      ->required();
+      ->required()
+      ->check(in_range(2, 2048));
   command->add_flag("--frames", state->frames, "The files hold interlaced frames, even and odd rows in turn");
   command->add_option("--input", state->input, "Layout of the fields: yuyv or uyvy")
       ->capture_default_str()
@@ -261,9 +275,9 @@ void add_deinterlace(CLI::App& app) {
   command->add_option("--threshold", state->threshold, "Motion threshold (0 to 765); lower finds more motion")
       ->capture_default_str()
       ->check(in_range(0, 765));
-  command->add_option(
-      "--size", state->size,
-      "Size of the result: half, a quarter or double where the library has it (default: the frame's)");
+  command->add_option("--size", state->size,
+                      "Size of the result where the library has it: half, quarter, double or WIDTHxHEIGHT "
+                      "(default: the frame's)");
   command->add_option("--rate", state->rate, "Frames a second of a y4m stream, as a fraction")
       ->capture_default_str();
   command->callback([state] { state->run(); });

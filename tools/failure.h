@@ -1,4 +1,4 @@
-// What the tool says when it can't go on: one line, caught in main(), exit status 1.
+// What the tool says when it can't go on: one line, caught in main().
 #pragma once
 
 #include <sstream>
@@ -7,8 +7,14 @@
 
 namespace tool {
 
+// The work can't be done: a file, a device or memory is not as it must be. Exit status 1.
 struct Failure : std::runtime_error {
   using std::runtime_error::runtime_error;
+};
+
+// The command line asks for what can't be, whatever the files hold. Exit status 2.
+struct Misuse : Failure {
+  using Failure::Failure;
 };
 
 template <class... Parts>
@@ -22,5 +28,16 @@ template <class... Parts>
 [[noreturn]] void fail(const Parts&... parts) {
   throw Failure(text(parts...));
 }
+
+template <class... Parts>
+[[noreturn]] void misuse(const Parts&... parts) {
+  throw Misuse(text(parts...));
+}
+
+// Who is speaking: "ppl convert".
+std::string& speaker();
+
+// A line on standard error about something that does not stop the work.
+void note(const std::string& line);
 
 }  // namespace tool

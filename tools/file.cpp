@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 
@@ -19,7 +20,8 @@ char pending[4096];
 
 void remove_pending(int signal_number) {
   if (pending[0]) unlink(pending);
-  _exit(128 + signal_number);
+  signal(signal_number, SIG_DFL);
+  raise(signal_number);
 }
 
 std::string reason() {
@@ -50,18 +52,27 @@ size_t InputFile::read(std::span<uint8_t> bytes) {
   return filled;
 }
 
-Bytes read_file(const std::string& path) {
-  constexpr size_t step = size_t{1} << 20;
-  InputFile file(path);
-  Bytes bytes;
-  for (size_t have = 0;;) {
-    bytes.resize(have + step);
-    have += file.read({bytes.data() + have, step});
-    if (have < bytes.size()) {
-      bytes.resize(have);
-      return bytes;
-    }
+uint64_t InputFile::skip(uint64_t bytes) {
+  if (const std::optional<uint64_t> whole = size()) {
+    const uint64_t there = std::min(bytes, *whole);
+    if (lseek(file_, static_cast<off_t>(there), SEEK_SET) < 0) fail("can't read ", path_, ": ", reason());
+    return there;
   }
+  Bytes dropped(std::min<uint64_t>(bytes, uint64_t{1} << 20));
+  uint64_t passed = 0;
+  while (passed < bytes) {
+    const size_t step = static_cast<size_t>(std::min<uint64_t>(bytes - passed, dropped.size()));
+    const size_t got = read({dropped.data(), step});
+    passed += got;
+    if (got < step) break;
+  }
+  return passed;
+}
+
+std::optional<uint64_t> InputFile::size() const {
+  struct stat about;
+  if (fstat(file_, &about) != 0 || !S_ISREG(about.st_mode) || lseek(file_, 0, SEEK_CUR) != 0) return {};
+  return static_cast<uint64_t>(about.st_size);
 }
 
 std::optional<uint64_t> file_size(const std::string& path) {
@@ -99,7 +110,7 @@ OutputFile::OutputFile(const std::string& path) : shown_(path) {
   if (file_ < 0) fail("can't write ", path, ": ", reason());
   if (temporary_.size() < sizeof pending) {
     memcpy(pending, temporary_.c_str(), temporary_.size() + 1);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) signal(number, remove_pending);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU}) signal(number, remove_pending);
   }
 }
 

@@ -9,8 +9,6 @@
 
 namespace tool {
 
-Bytes read_file(const std::string& path);
-
 // A file that is read piece by piece.
 class InputFile {
  public:
@@ -20,6 +18,10 @@ class InputFile {
   InputFile& operator=(const InputFile&) = delete;
   // Fills the bytes as far as the file goes; how many it filled.
   size_t read(std::span<uint8_t> bytes);
+  // Moves on by so many bytes, in a pipe by reading them; how many the file had.
+  uint64_t skip(uint64_t bytes);
+  // The size of a regular file that stands at its beginning; nothing for a pipe or a device.
+  std::optional<uint64_t> size() const;
 
  private:
   std::string path_;

@@ -90,8 +90,8 @@ Format output_format(const std::string& path, const std::string& asked) {
   for (char& c : wanted) c = static_cast<char>(tolower(static_cast<unsigned char>(c)));
   const auto found = formats_by_name().find(wanted);
   if (found == formats_by_name().end())
-    fail("can't tell the output format from ", path,
-         ": end it in .png, .ppm, .i420, .yuyv, .uyvy, .rgb24, .rgb32 or .y4m, or give --format");
+    misuse("can't tell the output format from ", path,
+           ": end it in .png, .ppm, .i420, .yuyv, .uyvy, .rgb24, .rgb32 or .y4m, or give --format");
   return found->second;
 }
 
@@ -99,7 +99,7 @@ Size parse_size(const std::string& option, const std::string& value) {
   unsigned w = 0, h = 0;
   char tail = 0;
   if (sscanf(value.c_str(), "%5ux%5u%c", &w, &h, &tail) != 2 || !w || !h)
-    fail(option, " takes a size like 800x600, not ", value);
+    misuse(option, " takes a size like 800x600, not ", value);
   return {w, h};
 }
 

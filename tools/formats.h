@@ -17,10 +17,6 @@ bool is_picture(Format);  // png, ppm
 // The format that --format or the ending of the file name asks for; throws if neither does.
 Format output_format(const std::string& path, const std::string& asked);
 
-struct Size {
-  uint32_t width = 0, height = 0;
-};
-
 // A size like 800x600, given to an option; throws if it is none.
 Size parse_size(const std::string& option, const std::string& value);
 

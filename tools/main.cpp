@@ -1,7 +1,9 @@
 // ppl: the library's work from the command line. Exit status: 0 done, 1 the work can't be done, 2 the command line
-// can't be understood. Every failure is one line on standard error, and no output is left half written.
+// asks for what can't be. Every failure is one line on standard error, and no output is left half written.
 #include <algorithm>
+#include <csignal>
 #include <iostream>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -40,7 +42,9 @@ std::string explain(const CLI::App& app, const CLI::ParseError& error, int count
   if (dynamic_cast<const CLI::RequiredError*>(&error) && chosen.empty()) {
     std::vector<std::string> known;
     for (const CLI::App* sub : app.get_subcommands({})) known.push_back(sub->get_name());
-    what = "a command is needed: convert, compare, stats, deinterlace or simulate";
+    what = "a command is needed: ";
+    for (size_t i = 0; i < known.size(); ++i)
+      what += (i == 0 ? "" : i + 1 < known.size() ? ", " : " or ") + known[i];
     if (count > 1 && !nearest(words[1], known).empty())
       what += "; did you mean " + nearest(words[1], known) + "?";
   } else if (dynamic_cast<const CLI::ExtrasError*>(&error) && !chosen.empty()) {
@@ -66,12 +70,17 @@ int main(int count, char** words) {
   CLI::App app("Video pipeline library for a USB 2.0 camera: from raw frames to pictures", "ppl");
   app.set_version_flag("--version", "ppl " PPL_VERSION);
   app.require_subcommand(1);
-  app.footer("Exit status: 0 done, 1 the work can't be done, 2 the command line can't be understood.");
+  app.footer("Exit status: 0 done, 1 the work can't be done, 2 the command line asks for what can't be.");
   tool::add_convert(app);
   tool::add_compare(app);
   tool::add_stats(app);
   tool::add_deinterlace(app);
   tool::add_simulate(app);
+  // A write that can't be done answers with an error, and the error is told.
+  signal(SIGPIPE, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);
+  for (CLI::App* sub : app.get_subcommands({}))
+    sub->preparse_callback([sub](size_t) { tool::speaker() = "ppl " + sub->get_name(); });
   try {
     app.parse(count, words);
     return 0;
@@ -79,9 +88,14 @@ int main(int count, char** words) {
     if (error.get_exit_code() == 0) return app.exit(error);
     std::cerr << explain(app, error, count, words) << "\n";
     return 2;
+  } catch (const tool::Misuse& error) {
+    std::cerr << tool::speaker() << ": " << error.what() << "\n";
+    return 2;
+  } catch (const std::bad_alloc&) {
+    std::cerr << tool::speaker() << ": there is not enough memory for this\n";
+    return 1;
   } catch (const std::exception& error) {
-    const auto chosen = app.get_subcommands();
-    std::cerr << "ppl" << (chosen.empty() ? "" : " " + chosen[0]->get_name()) << ": " << error.what() << "\n";
+    std::cerr << tool::speaker() << ": " << error.what() << "\n";
     return 1;
   }
 }

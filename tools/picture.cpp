@@ -1,23 +1,34 @@
 #include "picture.h"
 
 #include <png.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <limits>
+#include <memory>
 
 #include "failure.h"
-#include "file.h"
 
 namespace tool {
 
-Picture read_png(const std::string& path) {
-  const Bytes file = read_file(path);
+Picture read_png(const std::string& path, std::optional<Size> size) {
+  const std::unique_ptr<FILE, int (*)(FILE*)> file(
+      path == "-" ? fdopen(dup(STDIN_FILENO), "rb") : fopen(path.c_str(), "rb"), fclose);
+  if (!file) fail("can't read ", path, ": ", strerror(errno));
   png_image image{};
   image.version = PNG_IMAGE_VERSION;
-  if (!png_image_begin_read_from_memory(&image, file.data(), file.size()))
+  const std::unique_ptr<png_image, void (*)(png_image*)> freed(&image, png_image_free);
+  if (!png_image_begin_read_from_stdio(&image, file.get()))
     fail(path, " is not a PNG picture: ", image.message);
+  if (size && (image.width != size->width || image.height != size->height))
+    fail("the picture ", path, " is ", image.width, " x ", image.height, ", the frame ", size->width, " x ",
+         size->height, "; they must be alike");
+  if (image.width > 16384 || image.height > 16384)
+    fail("the picture ", path, " is ", image.width, " x ", image.height, "; sizes go up to 16384 x 16384");
   image.format = PNG_FORMAT_RGB;
   Picture picture(image.width, image.height);
   const png_color black{0, 0, 0};

@@ -3,10 +3,10 @@
 #include <memory>
 
 #include "commands.h"
-#include "controls.h"
 #include "failure.h"
 #include "file.h"
 #include "formats.h"
+#include "options.h"
 #include "simulate.h"
 
 namespace tool {

@@ -1,4 +1,5 @@
 // ppl stats: the statistics of one Bayer frame, as a table to read or as JSON.
+#include <algorithm>
 #include <cinttypes>
 #include <cstdio>
 #include <memory>
@@ -9,6 +10,7 @@
 #include "failure.h"
 #include "file.h"
 #include "instance.h"
+#include "options.h"
 
 namespace tool {
 namespace {
@@ -102,8 +104,13 @@ std::string table(const Json& s) {
   line("centre weight 4", s["centre_weighted"]["4"]);
   line("centre weight 8", s["centre_weighted"]["8"]);
   line("centre weight 16", s["centre_weighted"]["16"]);
-  line("exposure cells", s["exposure"]["means"], text("  of ", s["exposure"]["cells"], " cells"));
-  line("qualified cells", s["qualified"]["means"], text("  of ", s["qualified"]["cells"], " cells"));
+  // Estimates from the cells that were looked at, so they may come out a little above all there are.
+  const uint64_t all = s["frame"]["width"].get<uint64_t>() * s["frame"]["height"].get<uint64_t>() / 4;
+  const auto cells = [&](const char* kind) {
+    return text("  about ", std::min(all, s[kind]["cells"].get<uint64_t>()), " of ", all, " cells");
+  };
+  line("exposure cells", s["exposure"]["means"], cells("exposure"));
+  line("qualified cells", s["qualified"]["means"], cells("qualified"));
   out += "\nhistograms, eight bins a line\n  bins          R        G        B\n";
   const Json& h = s["histograms"];
   for (size_t bin = 0; bin < 256; bin += 8) {
@@ -123,8 +130,9 @@ void Stats::run() {
   Job job;
   job.quality = quality;
   if (quality == 4 || quality == 9)
-    fail("quality ", quality, " gathers no statistics; use 0, 1, 2, 3, 10 to 13 or 15");
+    misuse("quality ", quality, " gathers no statistics; use 0, 1, 2, 3, 10 to 13 or 15");
   require_possible(frame, job, controls, Format::i420);
+  controls.note_idle(quality);
   refuse_same_file(frame.path, output);
   Bytes source = frame.read(Format::bayer);
   const Instance instance;

@@ -87,6 +87,24 @@ TEST_F(Convert, EveryQualityGivesAPicture) {
   for (size_t i = 0; i < raw.size(); ++i) ASSERT_EQ(mosaic.pixels[3 * i], raw[i]);
 }
 
+// The RGB of qualities 0 and 10 is paler than their YUV: their pictures come by way of I420, here and in compare.
+TEST_F(Convert, PicturesOfQualities0And10ComeByWayOfI420) {
+  const Rgb right = read_picture(truth);
+  for (const char* quality : {"0", "10"}) {
+    ok(Arguments{"convert", sample, "-o", "a.png", "-q", quality} + size + settings);
+    EXPECT_GT(psnr(png("a.png"), right), 26) << "quality " << quality;
+    ok(Arguments{"convert", sample, "-o", "b.png", "-q", quality, "--via", "i420"} + size + settings);
+    EXPECT_EQ(png("a.png").pixels, png("b.png").pixels);
+    ok(Arguments{"convert", sample, "-o", "b.png", "-q", quality, "--via", "rgb24"} + size + settings);
+    EXPECT_NE(png("a.png").pixels, png("b.png").pixels);
+  }
+  for (const char* quality : {"2", "15"}) {
+    ok(Arguments{"convert", sample, "-o", "a.png", "-q", quality} + size + settings);
+    ok(Arguments{"convert", sample, "-o", "b.png", "-q", quality, "--via", "rgb24"} + size + settings);
+    EXPECT_EQ(png("a.png").pixels, png("b.png").pixels);
+  }
+}
+
 // PNG, PPM, RGB24 and RGB32 of one frame hold the same pixels; the raw ones bottom row and blue byte first.
 TEST_F(Convert, PictureFormatsAgree) {
   for (const char* name : {"a.png", "a.ppm", "a.rgb24", "a.rgb32"})

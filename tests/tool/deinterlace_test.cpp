@@ -86,6 +86,18 @@ TEST_F(Deinterlace, ThreeFieldsMotion) {
   EXPECT_EQ(read("b.yuyv"), motion(earlier, kept, later, 50));
 }
 
+TEST_F(Deinterlace, SizesByName) {
+  Bytes field(640 * 480, 128);
+  for (size_t i = 0; i < field.size(); i += 2) field[i] = static_cast<uint8_t>(i >> 8);
+  write("vga", field);
+  for (const auto& [name, same] :
+       {std::pair{"half", "320x240"}, {"quarter", "160x120"}, {"double", "1280x960"}}) {
+    ok({"deinterlace", "vga", "vga", "vga", "-W", "640", "-H", "480", "--size", name, "-o", "a.yuyv"});
+    ok({"deinterlace", "vga", "vga", "vga", "-W", "640", "-H", "480", "--size", same, "-o", "b.yuyv"});
+    EXPECT_EQ(read("a.yuyv"), read("b.yuyv")) << name;
+  }
+}
+
 // Frame n's earlier field is the later field of frame n - 1; the first frame is a plain weave.
 TEST_F(Deinterlace, SequenceKeepsTheEarlierField) {
   Bytes sequence = weave(noise(10), earlier);

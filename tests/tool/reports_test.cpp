@@ -140,4 +140,15 @@ TEST_F(Stats, TableOfABlackFrame) {
   EXPECT_EQ(std::string(file.begin(), file.end()), result.out);
 }
 
+// Counts are estimates; the table does not tell of more cells than there are.
+TEST_F(Stats, CountsStayWithinTheFrame) {
+  const Result result = run(Arguments{"stats", sample} + size);
+  EXPECT_NE(result.out.find("exposure cells"), std::string::npos);
+  for (size_t at = 0; (at = result.out.find(" of 76800 cells", at)) != std::string::npos; ++at) {
+    const size_t from = result.out.rfind(' ', at - 1);
+    EXPECT_LE(std::stoi(result.out.substr(from, at - from)), 76800) << result.out;
+  }
+  EXPECT_NE(result.out.find(" of 76800 cells"), std::string::npos) << result.out;
+}
+
 }  // namespace

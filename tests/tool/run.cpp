@@ -2,7 +2,9 @@
 
 #include <png.h>
 #include <stdlib.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -22,12 +24,24 @@ Tool::~Tool() {
 }
 
 Result Tool::run(const Arguments& arguments) const {
-  const std::string out = directory_ + ".out", err = directory_ + ".err";
-  std::string line = "cd '" + directory_ + "' && '" TOOL "'";
+  std::string line = "exec '" TOOL "'";
   for (const std::string& word : arguments) line += " '" + word + "'";
-  line += " > '" + out + "' 2> '" + err + "'";
-  const int status = system(line.c_str());
-  Result result{WIFEXITED(status) ? WEXITSTATUS(status) : -1, {}, {}};
+  return shell(line);
+}
+
+Result Tool::shell(const std::string& line) const {
+  const std::string out = directory_ + ".out", err = directory_ + ".err";
+  const std::string whole =
+      "cd '" + directory_ + "' && PPL='" TOOL "' && exec > '" + out + "' 2> '" + err + "' && " + line;
+  const pid_t child = fork();
+  if (child == 0) {
+    execl("/bin/sh", "sh", "-c", whole.c_str(), nullptr);
+    _exit(127);
+  }
+  int status = 0;
+  struct rusage used;
+  wait4(child, &status, 0, &used);
+  Result result{WIFEXITED(status) ? WEXITSTATUS(status) : -1, {}, {}, used.ru_maxrss};
   for (const auto& [name, text] : {std::pair{out, &result.out}, std::pair{err, &result.err}}) {
     const Bytes bytes = read_whole(name);
     text->assign(bytes.begin(), bytes.end());

@@ -11,8 +11,9 @@ using Bytes = std::vector<uint8_t>;
 using Arguments = std::vector<std::string>;
 
 struct Result {
-  int status;
+  int status;  // -1 if a signal ended it
   std::string out, err;
+  long peak;  // the most memory it held, in KiB
 };
 
 struct Rgb {
@@ -26,6 +27,8 @@ class Tool : public testing::Test {
   Tool();
   ~Tool() override;
   Result run(const Arguments&) const;
+  // A line for the shell, in the directory of the test; "$PPL" is the tool.
+  Result shell(const std::string& line) const;
   // Runs it and expects success.
   void ok(const Arguments&) const;
   std::string path(const std::string& name) const { return directory_ + "/" + name; }
