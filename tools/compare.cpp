@@ -70,7 +70,7 @@ void Compare::run() {
   controls.note_idle(0);
   const Bytes source = frame.read(Format::bayer);
   Picture right;
-  if (!truth.empty()) right = read_png(truth, {frame.width, frame.height});
+  if (!truth.empty()) right = read_png(truth, Size{frame.width, frame.height});
   const Instance instance;
   std::vector<Panel> panels;
   for (const Kind& kind : kinds) {

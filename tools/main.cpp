@@ -68,7 +68,7 @@ std::string explain(const CLI::App& app, const CLI::ParseError& error, int count
 
 int main(int count, char** words) {
   CLI::App app("Video pipeline library for a USB 2.0 camera: from raw frames to pictures", "ppl");
-  app.set_version_flag("--version", "ppl " PPL_VERSION);
+  app.set_version_flag("--version", "ppl " PPL_TOOL_VERSION);
   app.require_subcommand(1);
   app.footer("Exit status: 0 done, 1 the work can't be done, 2 the command line asks for what can't be.");
   tool::add_convert(app);

@@ -322,5 +322,5 @@ static void ppl_bayer_class_init(PplBayerClass* type) {
 }
 
 #define PACKAGE "ppl"
-GST_PLUGIN_DEFINE(GST_VERSION_MAJOR, GST_VERSION_MINOR, ppl, "Bayer reconstruction", plugin_init, PPL_VERSION,
+GST_PLUGIN_DEFINE(GST_VERSION_MAJOR, GST_VERSION_MINOR, ppl, "Bayer reconstruction", plugin_init, PPL_ELEMENT_VERSION,
                   "unknown", "ppl", "ppl")
