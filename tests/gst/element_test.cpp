@@ -15,14 +15,14 @@ namespace {
 constexpr uint32_t width = 160, height = 32;
 using Bytes = std::vector<uint8_t>;
 
-// Coloured areas, flat to the left and with a fine pattern to the right.
+// Coloured areas, flat to the right, where the last tile is, and with a fine pattern to the left.
 Bytes mosaic(size_t frames = 1) {
   Bytes samples;
   for (size_t f = 0; f < frames; ++f)
     for (uint32_t y = 0; y < height; ++y)
       for (uint32_t x = 0; x < width; ++x) {
         const uint32_t colour = (y & 1) + (x & 1) == 1 ? 90 : y & 1 ? 160 : 60;
-        samples.push_back(static_cast<uint8_t>(colour + (x >= 80 ? (x * 7 + y * 13) % 60 : 0)));
+        samples.push_back(static_cast<uint8_t>(colour + (x < 80 ? (x * 7 + y * 13) % 60 : 0)));
       }
   return samples;
 }
