@@ -4,6 +4,7 @@
 #include "frame/scaler_kernels.h"
 #include "measure.h"
 #include "output/output_kernels.h"
+#include "rows/row_kernels.h"
 #include "paths/bulk_kernels.h"
 #include "platform/levels.h"
 #include "record/context.h"
@@ -223,11 +224,11 @@ constexpr block kBlocks[] = {
                            .width = kWidth});
      }},
 
-    {"output/copy", kWidth, [](bench_rows& b) { b.k().output->copy(b.out[0], b.in[0], kWidth, false); }},
+    {"output/copy", kWidth, [](bench_rows& b) { b.k().rows->copy(b.out[0], b.in[0], kWidth, false); }},
     {"output/copy reversed", kWidth,
-     [](bench_rows& b) { b.k().output->copy(b.out[0], b.in[0], kWidth, true); }},
+     [](bench_rows& b) { b.k().rows->copy(b.out[0], b.in[0], kWidth, true); }},
     {"output/halve", kWidth,
-     [](bench_rows& b) { b.k().output->halve(b.out[0], b.in[0], kWidth / 2, false); }},
+     [](bench_rows& b) { b.k().rows->halve(b.out[0], b.in[0], kWidth / 2, false); }},
     {"output/widen", kWidth,
      [](bench_rows& b) {
        b.k().output->widen(b.out[0], b.in[0], kWidth, {9, false, 0});
@@ -236,7 +237,7 @@ constexpr block kBlocks[] = {
      [](bench_rows& b) {
        b.k().output->widen(b.out[0], b.in[0], kWidth, {9, true, 16});
      }},
-    {"output/mean", kWidth, [](bench_rows& b) { b.k().output->mean(b.out[0], b.in[0], b.in[1], kWidth); }},
+    {"output/mean", kWidth, [](bench_rows& b) { b.k().rows->mean(b.out[0], b.in[0], b.in[1], kWidth); }},
     {"output/unbias", kWidth, [](bench_rows& b) { b.k().output->unbias(b.out[0], b.in[0], kWidth); }},
     // The words of one row serve two rows of I420.
     {"output/split_words", 2 * kWidth,

@@ -115,7 +115,7 @@ bool needs_null_buffer(path which, const frame_job& job) {
   if (which == path::tile || which == path::bulk)
     use.source = use.destination = c->tiles_per_row > 0 && c->row_pairs > 0;
   return (use.source && job.source == nullptr) ||
-         (use.destination && job.destination == nullptr && job.destination_bytes > 0);
+         (use.destination && job.out.base == nullptr && job.out.bytes > 0);
 }
 
 // True for a frame that a quality path handled or that was only counted, false for a raw one.
@@ -154,8 +154,7 @@ call_result run_frame_call(ppl_context* c, out_format format, const bayer_call& 
   if (aligned(16, call.source, call.destination) && !c->P3_only) {
     result.ran = !call.lacks_buffer;
     if (result.ran)
-      result.ok =
-          dispatch({c, format, call.source, call.destination, output_bytes(c, format), c->out_pixels});
+      result.ok = dispatch({c, format, call.source, {call.destination, output_bytes(c, format), nullptr}});
     else
       ++c->n_frame;
   }

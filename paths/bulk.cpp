@@ -27,7 +27,7 @@ void lay_out(bulk_frame& f) {
   const int64_t first = upwards ? int64_t{bytes} * c.out_pixels - below * row : 0;
   f.luma = {first + bytes * inset, upwards ? -row : row};
   if (format != out_format::i420) return;
-  const int64_t chroma = f.job->chroma_offset + (upwards ? c.out_quarter_pixels - below * half : 0) +
+  const int64_t chroma = f.context->out_pixels + (upwards ? c.out_quarter_pixels - below * half : 0) +
                          (f.mirrored ? half - f.pixels / 2 : 0);
   f.u = {chroma, upwards ? -half : half};
   f.v = {chroma + c.out_quarter_pixels, f.u.step};
@@ -44,9 +44,9 @@ bool all_inside(const bulk_frame& f) {
     return inside(g, n, bytes, first, last);
   };
   const int64_t bytes = int64_t{bytes_per_pixel(job.format)} * f.pixels;
-  if (job.format != out_format::i420) return whole(f.luma, rows, bytes, 0, job.destination_bytes);
-  const int64_t u = job.chroma_offset, v = u + c.out_quarter_pixels, end = v + c.out_quarter_pixels;
-  return end <= job.destination_bytes && whole(f.luma, rows, bytes, 0, u) &&
+  if (job.format != out_format::i420) return whole(f.luma, rows, bytes, 0, job.out.bytes);
+  const int64_t u = f.context->out_pixels, v = u + c.out_quarter_pixels, end = v + c.out_quarter_pixels;
+  return end <= job.out.bytes && whole(f.luma, rows, bytes, 0, u) &&
          whole(f.u, rows / 2, f.pixels / 2, u, v) && whole(f.v, rows / 2, f.pixels / 2, v, end);
 }
 
@@ -57,6 +57,7 @@ bulk_frame plan_frame(const frame_job& job) {
   f.context = c;
   f.cells = c->kernels->bulk;
   f.output = c->kernels->output;
+  f.rows = c->kernels->rows;
   f.grey = c->quality == 13;
   f.mirrored = c->h_mirror != 0;
   f.tiles = c->tiles_per_row;
