@@ -4,8 +4,7 @@
 #include "frame/scaler_kernels.h"
 #include "measure.h"
 #include "output/output_kernels.h"
-#include "rows/row_kernels.h"
-#include "paths/bulk_kernels.h"
+#include "paths/kernels.h"
 #include "platform/levels.h"
 #include "record/context.h"
 #include "tile/kernels.h"
@@ -102,9 +101,7 @@ demosaic_args demosaic(bench_rows& b) {
           .flat_g = nullptr,
           .flat_b = nullptr,
           .matrix = &b.matrix,
-          .luma = b.out.from(0),
-          .chroma = b.out.from(2),
-          .plane3 = nullptr,
+          .plane = {b.out.from(0), b.out.from(2), nullptr},
           .made = 3,
           .with_chroma = 3,
           .with_flat = 0,
@@ -172,31 +169,29 @@ constexpr block kBlocks[] = {
                                .odd_row = 0,
                                .width = kWidth});
      }},
-    {"tile/flat_test", 2 * kWidth,
+    {"paths/flat_test", 2 * kWidth,
      [](bench_rows& b) {
-       b.k().tile->flat_test({.context = &b.context(),
-                              .rows = b.in.from(0),
-                              .colour_rows = b.in.from(1),
-                              .mask = b.out[0],
-                              .r = b.out[1],
-                              .g = b.out[2],
-                              .b = b.out[3],
-                              .odd_row = 0,
-                              .width = kWidth});
+       b.k().paths->flat_test({.context = &b.context(),
+                               .rows = b.in.from(0),
+                               .colour_rows = b.in.from(1),
+                               .mask = b.out[0],
+                               .r = b.out[1],
+                               .g = b.out[2],
+                               .b = b.out[3],
+                               .odd_row = 0,
+                               .width = kWidth});
      }},
     {"tile/demosaic_gradient", 2 * kWidth, [](bench_rows& b) { b.k().tile->demosaic_gradient(demosaic(b)); }},
     {"tile/demosaic_bilinear", 2 * kWidth, [](bench_rows& b) { b.k().tile->demosaic_bilinear(demosaic(b)); }},
     {"tile/demosaic_directed", 2 * kWidth, [](bench_rows& b) { b.k().tile->demosaic_directed(demosaic(b)); }},
-    {"tile/mosaic_edge", 2 * kWidth,
+    {"paths/mosaic_edge", 2 * kWidth,
      [](bench_rows& b) {
-       b.k().tile->mosaic_edge({.context = &b.context(),
-                                .rows = {b.out[4], b.out[5], b.out[6], b.out[7]},
-                                .matrix = &b.matrix,
-                                .luma = {b.out[0], b.out[1]},
-                                .chroma = {b.out[2], b.out[3]},
-                                .plane3 = {},
-                                .three_planes = 0,
-                                .width = kWidth});
+       b.k().paths->mosaic_edge({.context = &b.context(),
+                                 .rows = {b.out[4], b.out[5], b.out[6], b.out[7]},
+                                 .matrix = &b.matrix,
+                                 .plane = {{b.out[0], b.out[1]}, {b.out[2], b.out[3]}, {}},
+                                 .three_planes = 0,
+                                 .width = kWidth});
      }},
     {"tile/noise_filter", 2 * kWidth,
      [](bench_rows& b) {
@@ -224,11 +219,11 @@ constexpr block kBlocks[] = {
                            .width = kWidth});
      }},
 
-    {"output/copy", kWidth, [](bench_rows& b) { b.k().rows->copy(b.out[0], b.in[0], kWidth, false); }},
+    {"output/copy", kWidth, [](bench_rows& b) { b.k().output->copy(b.out[0], b.in[0], kWidth, false); }},
     {"output/copy reversed", kWidth,
-     [](bench_rows& b) { b.k().rows->copy(b.out[0], b.in[0], kWidth, true); }},
+     [](bench_rows& b) { b.k().output->copy(b.out[0], b.in[0], kWidth, true); }},
     {"output/halve", kWidth,
-     [](bench_rows& b) { b.k().rows->halve(b.out[0], b.in[0], kWidth / 2, false); }},
+     [](bench_rows& b) { b.k().output->halve(b.out[0], b.in[0], kWidth / 2, false); }},
     {"output/widen", kWidth,
      [](bench_rows& b) {
        b.k().output->widen(b.out[0], b.in[0], kWidth, {9, false, 0});
@@ -237,7 +232,7 @@ constexpr block kBlocks[] = {
      [](bench_rows& b) {
        b.k().output->widen(b.out[0], b.in[0], kWidth, {9, true, 16});
      }},
-    {"output/mean", kWidth, [](bench_rows& b) { b.k().rows->mean(b.out[0], b.in[0], b.in[1], kWidth); }},
+    {"output/mean", kWidth, [](bench_rows& b) { b.k().output->mean(b.out[0], b.in[0], b.in[1], kWidth); }},
     {"output/unbias", kWidth, [](bench_rows& b) { b.k().output->unbias(b.out[0], b.in[0], kWidth); }},
     // The words of one row serve two rows of I420.
     {"output/split_words", 2 * kWidth,
@@ -273,9 +268,9 @@ constexpr block kBlocks[] = {
     {"output/rgb32 of planes", kWidth,
      [](bench_rows& b) { b.k().output->rgb32(b.out[0], colours(b, rgb_source::planes), kWidth, false); }},
 
-    {"bulk/cells_to_yuv", 2 * kWidth, [](bench_rows& b) { b.k().bulk->cells_to_yuv(cells(b)); }},
-    {"bulk/cells_to_words", 2 * kWidth, [](bench_rows& b) { b.k().bulk->cells_to_words(cells(b)); }},
-    {"bulk/cells_to_rgb", 2 * kWidth, [](bench_rows& b) { b.k().bulk->cells_to_rgb(cells(b)); }},
+    {"paths/cells_to_yuv", 2 * kWidth, [](bench_rows& b) { b.k().paths->cells_to_yuv(cells(b)); }},
+    {"paths/cells_to_words", 2 * kWidth, [](bench_rows& b) { b.k().paths->cells_to_words(cells(b)); }},
+    {"paths/cells_to_rgb", 2 * kWidth, [](bench_rows& b) { b.k().paths->cells_to_rgb(cells(b)); }},
 
     {"convert/copy", kWidth, [](bench_rows& b) { b.k().convert->copy(b.out[0], b.in[0], 2 * kWidth); }},
     {"convert/fill", kWidth, [](bench_rows& b) { b.k().convert->fill(b.out[0], 2 * kWidth, 16, 128); }},

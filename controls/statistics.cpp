@@ -1,4 +1,5 @@
 // Read-out of a frame's statistics. Most getters lead into the record; the centre-weighted ones compute.
+#include "paths/qualities.h"
 #include "record/context.h"
 
 using namespace ppl;
@@ -17,9 +18,9 @@ const uint32_t* words(const rgb32& means) {
   return &means.r;
 }
 
-// Quality 3 fills no cells: what is known of its frames is the whole-frame mean.
-bool without_cells(const ppl_context* c) {
-  return c->quality == 3;
+// Where a quality fills no cells, what is known of its frames is the mean of the whole frame.
+bool centre_from_frame(const ppl_context* c) {
+  return quality_of(*c).centre_from_frame;
 }
 
 uint32_t sum(const ppl_context* c, const uint8_t* cells, int count, int component) {
@@ -31,7 +32,7 @@ uint32_t sum(const ppl_context* c, const uint8_t* cells, int count, int componen
 // 48 parts of the grid's mean, one part per ring cell and k parts per central cell: with its share in the grid's
 // mean a central cell counts k + 1 times.
 const uint32_t* centre_weighted(const ppl_context* c, uint32_t k, uint32_t* result) {
-  if (without_cells(c)) return words(c->whole_frame_means);
+  if (centre_from_frame(c)) return words(c->whole_frame_means);
   for (int i = 0; i < 3; ++i) {
     const uint32_t total =
         48u * words(c->all_windows_means)[i] + k * sum(c, kCentral, 4, i) + sum(c, kRing, 20, i);
@@ -65,7 +66,7 @@ const uint32_t* ppl_rgb_means_whole_frame(const ppl_context* c) {
 }
 
 const uint32_t* ppl_rgb_means_whole_frame_4pts(const ppl_context* c) {
-  if (without_cells(c)) return words(c->whole_frame_means);
+  if (centre_from_frame(c)) return words(c->whole_frame_means);
   for (int i = 0; i < 3; ++i) result_4pts[i] = sum(c, kCentral, 4, i) >> 2;
   return result_4pts;
 }

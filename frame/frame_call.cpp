@@ -1,6 +1,6 @@
 #include "frame/frame_call.h"
 
-#include "frame/geometry.h"
+#include "paths/paths.h"
 #include "record/output_plan.h"
 
 namespace ppl {
@@ -64,82 +64,34 @@ void roll_up_statistics(ppl_context* c) {
   roll_up_counted(c->qual_means, c->qual_count, static_cast<uint32_t>(c->stats_scale));
 }
 
-// What a frame of one quality runs, and by which factor its statistics are made up for the border they miss.
-enum class path : uint8_t { raw, count_only, tile, bulk };
-struct choice {
-  path which;
-  stats_scale_entry scale;  // of the tile and bulk paths
-};
-
-choice choose(const ppl_context* c, out_format format) {
-  constexpr choice count_only = {path::count_only, kScaleQuality0};
-  const bool rgb32 = format == out_format::rgb32;
-  const bool packed = format == out_format::yuyv || format == out_format::uyvy;
-  const bool medium = c->medium_filter_enabled != 0;
-  if (c->frame_stride < c->frame_width) return count_only;
-  switch (c->quality) {
-    case 0:
-      return {path::tile, medium ? kScaleQuality0Medium : kScaleQuality0};
-    case 1:
-      return {path::tile, medium ? kScaleQuality1Medium : kScaleQuality1};
-    case 2:
-      return {path::tile, medium ? kScaleQuality2Medium : kScaleQuality2};
-    case 3:
-      // A quarter of the size is refused: no path makes such a picture.
-      return c->decimation > 1 ? count_only : choice{path::bulk, kScaleQuality3};
-    case 10:
-      return {path::tile, kScaleQuality10};
-    case 11:
-      return {path::tile, kScaleQuality11};
-    case 12:
-      return {path::tile, kScaleQuality12};
-    case 13:
-      return rgb32 || packed || c->decimation > 1 ? count_only : choice{path::bulk, kScaleQuality13};
-    case 15:
-      return rgb32 ? count_only : choice{path::tile, kScaleQuality15};
-    case 5:
-    case 6:
-    case 7:
-    case 8:
-    case 14:
-      return count_only;
-    default:  // 4 and 9
-      return {path::raw, kScaleQuality0};
-  }
-}
-
-bool needs_null_buffer(path which, const frame_job& job) {
+// The road of a frame: its quality's, but only counted where the quality does not run, rows of the source overlap, or a
+// buffer that it needs is null.
+int road_of(const frame_job& job, const quality_row& quality) {
   const ppl_context* c = job.context;
-  buffer_use use = {};
-  if (which == path::raw) use = raw_path_use(job);
-  if (which == path::tile || which == path::bulk)
-    use.source = use.destination = c->tiles_per_row > 0 && c->row_pairs > 0;
-  return (use.source && job.source == nullptr) ||
-         (use.destination && job.out.base == nullptr && job.out.bytes > 0);
+  const int road = quality.facts().road;
+  if (road == PPL_ROAD_COUNTED || c->frame_stride < c->frame_width) return PPL_ROAD_COUNTED;
+  // A raw frame of another size draws nothing, but answers as raw.
+  if (road != PPL_ROAD_RAW && !ppl_quality_runs(quality.quality, uint32_t(job.format), c->decimation))
+    return PPL_ROAD_COUNTED;
+  const bool visited = c->tiles_per_row > 0 && c->row_pairs > 0;
+  const buffer_use use = road == PPL_ROAD_RAW ? raw_path_use(job) : buffer_use{visited, visited};
+  const bool lacks = (use.source && job.source == nullptr) ||
+                     (use.destination && job.destination == nullptr && job.destination_bytes > 0);
+  return lacks ? PPL_ROAD_COUNTED : road;
 }
 
-// True for a frame that a quality path handled or that was only counted, false for a raw one.
-bool dispatch(const frame_job& job) {
+// True for a frame that a quality's path handled or that was only counted, false for a raw one.
+bool quality_dispatch(const frame_job& job) {
   ppl_context* c = job.context;
-  choice chosen = choose(c, job.format);
-  if (needs_null_buffer(chosen.which, job)) chosen.which = path::count_only;
-  switch (chosen.which) {
-    case path::raw:
-      run_raw_path(job);
-      break;
-    case path::count_only:
-      break;
-    case path::tile:
-      run_tile_path(job);
-      c->stats_scale = c->stats_scale_table[chosen.scale];
-      break;
-    case path::bulk:
-      run_bulk_path(job);
-      c->stats_scale = c->stats_scale_table[chosen.scale];
-      break;
-  }
+  const quality_row& quality = quality_of(*c);
+  const int road = road_of(job, quality);
+  if (road == PPL_ROAD_RAW) run_raw_path(job);
+  if (road == PPL_ROAD_CELLS) run_cells_path(job, quality);
+  if (road == PPL_ROAD_WALK) run_walked_path(job, quality);
+  if (road == PPL_ROAD_CELLS || road == PPL_ROAD_WALK)
+    c->stats_scale = c->stats_scale_table[quality.form(c->medium_filter_enabled != 0).stats_scale];
   ++c->n_frame;
-  return chosen.which != path::raw;
+  return road != PPL_ROAD_RAW;
 }
 
 }  // namespace
@@ -154,7 +106,8 @@ call_result run_frame_call(ppl_context* c, out_format format, const bayer_call& 
   if (aligned(16, call.source, call.destination) && !c->P3_only) {
     result.ran = !call.lacks_buffer;
     if (result.ran)
-      result.ok = dispatch({c, format, call.source, {call.destination, output_bytes(c, format), nullptr}});
+      result.ok = quality_dispatch(
+          {c, format, call.source, call.destination, output_bytes(c, format), c->out_pixels});
     else
       ++c->n_frame;
   }

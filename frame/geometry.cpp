@@ -1,25 +1,32 @@
 #include "frame/geometry.h"
 
+#include "paths/qualities.h"
+
 namespace ppl {
 namespace {
 
 constexpr uint32_t kLargestExtent = 2048;
 constexpr int32_t kNoBorder = 1024;  // the factor of a path that collects everywhere
-constexpr int32_t kUnwritten = -1;
 
-// Columns and rows without statistics, both sides together, per entry of stats_scale_table.
-struct border {
-  int32_t columns, rows;
+// Entries of stats_scale_table that no quality reads.
+struct unread_entry {
+  uint8_t entry;
+  int8_t columns, rows;
 };
-constexpr border kBorders[kStatsScales] =
-    {
-        {64, 12},        {64, 12},        {64, 12}, {48, 12}, {48, 12},
-        {32, 8},         {0, 0},          {0, 0},  // qualities 3 and 12: the constant
-        {kUnwritten, 0}, {kUnwritten, 0}, {0, 4},   {64, 12}, {48, 12},
-        {48, 12},        {64, 12},        {80, 16}, {64, 16}, {48, 12},
-};
+constexpr unread_entry kUnreadEntries[] = {{1, 64, 12}, {2, 64, 12}, {3, 48, 12}, {10, 0, 4}, {13, 48, 12}};
 // Below this size some border would leave nothing of the frame.
 constexpr int32_t kSmallestBorderedWidth = 81, kSmallestBorderedHeight = 17;
+
+void set_scale(ppl_context* c, uint8_t entry, int32_t columns, int32_t rows) {
+  if (columns == kNotWritten) return;
+  int32_t& scale = c->stats_scale_table[entry];
+  scale = kNoBorder;
+  const bool bordered =
+      c->frame_width >= kSmallestBorderedWidth && c->frame_height >= kSmallestBorderedHeight;
+  if (!bordered || (columns == 0 && rows == 0)) return;
+  const int32_t reached = (c->frame_height - rows) * (c->frame_width - columns) / 4;
+  scale = (c->frame_pixels << 8) / (reached ? reached : 1);
+}
 
 int32_t wrapping_add(int32_t a, int32_t b) {
   return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
@@ -119,22 +126,18 @@ bool rebuild_frame_tables(ppl_context* c) {
   return true;
 }
 
-// 256 x 4 x (frame area / area with statistics): statistics are taken from a quarter of the mosaic.
+// tiles_per_row and row_pairs, and for each border without statistics its factor: 256 x 4 x (frame area / area within
+// the border), as statistics take a quarter of the mosaic.
 bool rebuild_stats_scales(ppl_context* c) {
   c->tiles_per_row = c->frame_width / 16;
   c->row_pairs = c->frame_height / 2;
-  const bool bordered =
-      c->frame_width >= kSmallestBorderedWidth && c->frame_height >= kSmallestBorderedHeight;
-  for (int i = 0; i < kStatsScales; ++i) {
-    const border b = kBorders[i];
-    if (b.columns == kUnwritten) continue;
-    if (!bordered || (b.columns == 0 && b.rows == 0)) {
-      c->stats_scale_table[i] = kNoBorder;
-      continue;
-    }
-    const int32_t reached = (c->frame_height - b.rows) * (c->frame_width - b.columns) / 4;
-    c->stats_scale_table[i] = (c->frame_pixels << 8) / (reached ? reached : 1);
-  }
+  for (const unread_entry& e : kUnreadEntries) set_scale(c, e.entry, e.columns, e.rows);
+  for (const quality_row& q : quality_rows)
+    if (q.facts().statistics != PPL_STATISTICS_NONE)
+      for (int medium = 0; medium < 2; ++medium) {
+        const quality_form& form = q.form(medium != 0);
+        set_scale(c, form.stats_scale, form.border_columns, form.border_rows);
+      }
   return true;
 }
 

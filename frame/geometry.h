@@ -6,22 +6,6 @@
 
 namespace ppl {
 
-// Entries of stats_scale_table. Nothing reads the others.
-enum stats_scale_entry : uint8_t {
-  kScaleQuality0 = 0,
-  kScaleQuality1 = 4,
-  kScaleQuality2 = 5,
-  kScaleQuality3 = 6,
-  kScaleQuality12 = 7,
-  kScaleQuality13 = 8,  // always 0: what quality 13 leaves in the cells counts for nothing
-  kScaleQuality10 = 11,
-  kScaleQuality11 = 12,
-  kScaleQuality15 = 14,
-  kScaleQuality0Medium = 15,
-  kScaleQuality1Medium = 16,
-  kScaleQuality2Medium = 17,
-};
-
 // A width or height of the frame after decimation d: shifted down for d >= 0, up for d < 0.
 constexpr int32_t decimated(int32_t extent, int32_t d) {
   return d >= 0 ? extent >> d : static_cast<int32_t>(static_cast<uint32_t>(extent) << -d);

@@ -8,7 +8,10 @@
 
 #include <stdint.h>
 
-#ifdef __cplusplus
+#if defined(__cplusplus) && __cplusplus >= 201703L
+#define PPL_HELPER_TABLE inline constexpr
+#define PPL_HELPER_INLINE static constexpr
+#elif defined(__cplusplus)
 #define PPL_HELPER_TABLE static constexpr
 #define PPL_HELPER_INLINE static constexpr
 #else

@@ -6,18 +6,16 @@
 
 namespace ppl {
 
-struct row_kernels;       // rows/row_kernels.h
 struct tile_kernels;      // tile/kernels.h
-struct bulk_kernels;      // paths/bulk_kernels.h
+struct path_kernels;      // paths/kernels.h
 struct output_kernels;    // output/output_kernels.h
 struct convert_kernels;   // convert/convert_kernels.h
 struct scaler_kernels;    // frame/scaler_kernels.h
 
 struct kernels {
   const char* name;
-  const row_kernels* rows;
   const tile_kernels* tile;
-  const bulk_kernels* bulk;
+  const path_kernels* paths;
   const output_kernels* output;
   const convert_kernels* convert;
   const scaler_kernels* scaler;
@@ -26,9 +24,8 @@ struct kernels {
 // The tables of one level.
 #define PPL_DECLARE_LEVEL(level)            \
   namespace level {                         \
-  extern const row_kernels row_table;       \
   extern const tile_kernels tile_table;     \
-  extern const bulk_kernels bulk_table;     \
+  extern const path_kernels path_table;     \
   extern const output_kernels output_table; \
   extern const convert_kernels convert_table; \
   extern const scaler_kernels scaler_table; \

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "level.h"
+#include "paths/kernels.h"
 #include "platform/levels.h"
 #include "ppl.h"
 #include "record/context.h"
@@ -408,18 +409,18 @@ TEST_F(Blocks, GreenFillOfAFlatMosaicLosesOneOfOddValues) {
 // ---- flat test
 
 TEST_F(Blocks, FlatTestPassesAtItsThreshold) {
-  at_every_level([](ppl_context& c, const ppl::tile_kernels& k) {
+  at_every_level([](ppl_context& c, const ppl::tile_kernels&) {
     row_store m(6), out(4);
     const auto flat_at = [&](int column, int odd_row) {
-      k.flat_test({.context = &c,
-                   .rows = m.from(0),
-                   .colour_rows = m.from(1),
-                   .mask = out[0],
-                   .r = out[1],
-                   .g = out[2],
-                   .b = out[3],
-                   .odd_row = odd_row,
-                   .width = kWidth});
+      c.kernels->paths->flat_test({.context = &c,
+                                   .rows = m.from(0),
+                                   .colour_rows = m.from(1),
+                                   .mask = out[0],
+                                   .r = out[1],
+                                   .g = out[2],
+                                   .b = out[3],
+                                   .odd_row = odd_row,
+                                   .width = kWidth});
       EXPECT_EQ(out[0][column], out[0][column + 1]);
       return out[0][column] == 255;
     };

@@ -7,23 +7,10 @@
 #pragma once
 
 #include "simd/simd-inl.h"
+#include "tile/edge_band-inl.h"
 #include "tile/kernels.h"
 
 namespace ppl::PPL_LEVEL {
-
-// The controls of an edge filter: the dead band's two ends, and the factor with 5 fraction bits.
-struct edge_band {
-  vec_i16 low, high, factor;
-  explicit edge_band(const ppl_context& c)
-      : low(c.edge_threshold_vector), high(c.edge_threshold2_vector), factor(c.edge_factor_vector) {}
-};
-
-// What a gradient `e` adds, if its size lies within the band.
-template <class V>
-PPL_INLINE V edge_gain(const edge_band& band, V e, V size) {
-  const auto inside = gt_s16(size, repeat16<V>(&band.low)) & gt_s16(repeat16<V>(&band.high), size);
-  return keep(inside, sra16<5>(mullo16(e, repeat16<V>(&band.factor))));
-}
 
 // Four times e stays within 4080, and the band's ends within 6120, so the product's high half is (e * factor) >> 5. An
 // upper end above 1020 needs no test.

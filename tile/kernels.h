@@ -74,16 +74,6 @@ struct green_args {
   int32_t width;
 };
 
-// tile/flat_test-inl.h: rows r - 2 .. r + 3 for the test, r - 1 .. r + 2 for the colours
-struct flat_args {
-  const ppl_context* context;
-  const uint8_t* const* rows;
-  const uint8_t* const* colour_rows;
-  uint8_t *mask, *r, *g, *b;  // row storage, one 16-bit lane for two columns
-  int32_t odd_row;
-  int32_t width;
-};
-
 // A colour matrix as the conversions load it: rows of R, G, B coefficients, 6 fraction bits.
 struct colour_matrix {
   vec_i16 coef[9];
@@ -97,9 +87,7 @@ struct demosaic_args {
   const uint8_t* const* green;
   const uint8_t *flat_mask, *flat_r, *flat_g, *flat_b;
   const colour_matrix* matrix;
-  uint8_t* const* luma;    // Y, or the matrix' first row
-  uint8_t* const* chroma;  // words. Three planes: the second row
-  uint8_t* const* plane3;  // three planes: the third row; else null
+  uint8_t* const* plane[3];  // Y and chroma words; three planes: the matrix' rows. plane[2] may be null
   row_bits made, with_chroma, with_flat;
   int32_t odd_row;
   int32_t width;
@@ -123,18 +111,6 @@ struct edge_args {
   int32_t width;
 };
 
-// tile/mosaic_edge-inl.h: the two rows of a row pair with the rows around them, in place
-struct mosaic_edge_args {
-  const ppl_context* context;
-  uint8_t* rows[4];  // 2p - 1 .. 2p + 2; 2p and 2p + 1 are overwritten with Y but for three planes
-  const colour_matrix* matrix;
-  uint8_t* luma[2];      // Y, or the matrix' first row
-  uint8_t* chroma[2];    // words; may be null. Three planes: the second row
-  uint8_t* plane3[2];    // three planes: the third row
-  int32_t three_planes;  // no Y enters the neighbourhood
-  int32_t width;
-};
-
 // tile/chroma_smoothing-inl.h: rows r - 1 ...
 struct smooth_args {
   const uint8_t* const* chroma;
@@ -151,11 +127,9 @@ struct tile_kernels {
   void (*statistics)(const statistics_args&);
   void (*median)(const median_args&);
   void (*green_fill)(const green_args&);
-  void (*flat_test)(const flat_args&);
-  void (*demosaic_gradient)(const demosaic_args&);  // quality 15
-  void (*demosaic_bilinear)(const demosaic_args&);  // quality 2
-  void (*demosaic_directed)(const demosaic_args&);  // qualities 0, 1, 10, 11
-  void (*mosaic_edge)(const mosaic_edge_args&);     // quality 12
+  void (*demosaic_gradient)(const demosaic_args&);
+  void (*demosaic_bilinear)(const demosaic_args&);
+  void (*demosaic_directed)(const demosaic_args&);
   void (*noise_filter)(const noise_args&);
   void (*edge)(const edge_args&);
   void (*smooth)(const smooth_args&);

@@ -3,12 +3,10 @@
 #include "tile/chroma_smoothing-inl.h"
 #include "tile/demosaic-inl.h"
 #include "tile/edge-inl.h"
-#include "tile/flat_test-inl.h"
 #include "tile/front_end-inl.h"
 #include "tile/green_fill-inl.h"
 #include "tile/kernels.h"
 #include "tile/median-inl.h"
-#include "tile/mosaic_edge-inl.h"
 #include "tile/noise_filter-inl.h"
 #include "tile/statistics-inl.h"
 
@@ -21,11 +19,9 @@ const tile_kernels tile_table = {
     .statistics = statistics,
     .median = median,
     .green_fill = green_fill,
-    .flat_test = flat_test,
     .demosaic_gradient = demosaic_gradient,
     .demosaic_bilinear = demosaic_bilinear,
     .demosaic_directed = demosaic_directed,
-    .mosaic_edge = mosaic_edge,
     .noise_filter = noise_filter,
     .edge = edge,
     .smooth = smooth,

@@ -1,92 +1,118 @@
-// The one walk of all tile qualities: a frame from top to bottom, some rows a step, every block at its own lag.
+// The walk: a frame from top to bottom, some rows a step, stage after stage, each at its own lag.
 //
-// A quality is a line in a table (tile/paths.h) from which the walk lists its stages. A stage reads rows of some
-// rings, `above` rows up and `below` rows down from the rows it makes, and writes rows of others. Lags and
-// ring lengths follow from that: a stage lags behind the producer of what it reads by `below` rows, and a ring holds
-// every row from the oldest still to be read to the newest. No stage knows where it stands: outside the frame it is
-// handed mirrored rows, and the columns beside a row are mirrored once, when the row is made (the pads).
+// A stage makes rows of some rings from rows of others, `reach` rows above and below the rows that it makes. Lags and
+// ring lengths follow from that: a stage lags `reach` rows behind the producer of what it reads, and a ring holds every
+// row from the oldest still to be read to the newest. No stage knows where in the frame it is: outside of it it is
+// handed mirrored rows, and the columns beside a row are mirrored once, when the row is made (tile/pads.h).
+//
+// Which stages a frame goes through, the last of them the format's, is for paths/ to say.
 #pragma once
 
 #include <stdint.h>
 
-#include "output/output.h"
 #include "record/context.h"
-#include "record/job.h"
 #include "tile/kernels.h"
-#include "tile/paths.h"
+#include "tile/rings.h"
 
 namespace ppl {
 
-enum ring_id : uint8_t {
-  kRaw,        // front-end output where a medium filter follows
-  kMosaic,     // the mosaic that reconstruction reads
-  kGreen,      // the same with a green value at every site
-  kLuma,       // Y; three planes: the first
-  kChroma,     // chroma words; three planes: the second
-  kPlane3,     // three planes: the third
-  kLumaNf,     // luma after the noise filter
-  kChromaNf,   // chroma words after it
-  kLumaOut,    // finished luma
-  kChromaOut,  // finished chroma words
-  kRings
-};
-
-// Row storage for `rows` consecutive rows of the frame, at most 14 of them; row r stands at place r mod rows. The
-// places are listed twice over, so that the pointers of consecutive rows are consecutive too, wherever they begin.
-struct row_ring {
-  uint8_t** places;
-  uint32_t rows;
-  uint32_t reciprocal;  // 65536 / rows, rounded up: exact quotients below 65536 / 13
-  row_ring() = default;
-  row_ring(uint8_t** list, uint8_t* base, int32_t pitch, uint32_t n)
-      : places(list), rows(n), reciprocal(n > 0 ? (65536u + n - 1) / n : 0) {
-    for (uint32_t i = 0; i < n; ++i) list[i] = list[i + n] = base + static_cast<ptrdiff_t>(i) * pitch;
-  }
-  // The pointers of rows r, r + 1 ..., up to `rows` of them; r >= -rows.
-  uint8_t* const* from(int r) const {
-    const uint32_t place = static_cast<uint32_t>(r) + rows;
-    return places + (place - (place * reciprocal >> 16) * rows);
-  }
-};
-// With two rows a step: of all rings of a path that stand in the record's ring_pool; of the third plane's, which stands
-// in its scratch area.
-constexpr int kPoolRows = 27, kPlane3Rows = 3;
-constexpr int kMostRows = 8;  // a step
-
 struct walk;
-struct ring_read {
-  ring_id ring;
-  uint8_t above, below;
+struct stage;
+using stage_body = void (*)(walk&, const stage&, int first);
+
+// What a stage is, whatever rings it works on.
+struct stage_kind {
+  stage_body run;         // makes rows first, first + 1 ... of a step, those of them inside the frame
+  uint8_t reach[4] = {};  // of each ring that it reads
+  enum : uint8_t { any_row, even_row, odd_row } first = any_row;
+  bool two_rows = false;  // a step is two rows: row pairs or blocks follow one another
 };
+
+// A stage of a frame.
 struct stage {
-  void (*run)(walk&, int first);  // makes rows first, first + 1 ... of a step, those of them inside the frame
-  int lag;
+  stage_body run;
+  uint8_t lag;  // rows
+  ring_id reads[4], writes[3];
+};
+
+// The stages in the order of their work, and the rings that they need with two rows a step.
+struct stage_list {
+  stage stages[8] = {};
+  uint8_t n_stages = 0;
+  bool two_rows = false;
+  uint8_t producer_lag[kRings] = {};
+  uint8_t ring_rows[kRings] = {};
+  bool neighbours_read[kRings] = {};  // the ring's rows need what is beside them
+
+  [[gnu::noinline]] constexpr void add(const stage_kind& kind, const ring_id (&reads)[4],
+                                       const ring_id (&writes)[3]) {
+    int lag = 0;
+    for (int i = 0; i < 4; ++i) {
+      if (reads[i] == no_ring) continue;
+      const int behind = producer_lag[reads[i]] + kind.reach[i];
+      if (behind > lag) lag = behind;
+    }
+    if (kind.first != stage_kind::any_row && (lag & 1) != (kind.first == stage_kind::odd_row)) ++lag;
+    stage& s = stages[n_stages++];
+    s.run = kind.run;
+    s.lag = static_cast<uint8_t>(lag);
+    for (int i = 0; i < 4; ++i) {
+      const ring_id ring = s.reads[i] = reads[i];
+      if (ring == no_ring) continue;
+      const int rows = lag - producer_lag[ring] + kind.reach[i] + 2;
+      if (rows > ring_rows[ring]) ring_rows[ring] = static_cast<uint8_t>(rows);
+      if (kind.reach[i] > 0) neighbours_read[ring] = true;
+    }
+    for (int i = 0; i < 3; ++i) {
+      const ring_id ring = s.writes[i] = writes[i];
+      if (ring != no_ring) producer_lag[ring] = static_cast<uint8_t>(lag);
+    }
+    two_rows |= kind.two_rows;
+  }
+
+  // With two rows a step everything has its place.
+  constexpr bool fits() const {
+    int rows = 0;
+    for (int ring = 0; ring < kRings; ++ring) rows += ring != third_plane_ring ? ring_rows[ring] : 0;
+    return rows <= kPoolRows && ring_rows[third_plane_ring] <= kThirdPlaneRows;
+  }
+};
+
+// Statistics belong to an output position: row pairs 1 .. N - 1 - bottom, tiles 1 .. T - 1 - right. They are taken from
+// the samples that pass the front end at that moment, some row pairs further down and tiles further right.
+struct statistics_rule {
+  bool plain_only;  // sums of the grid and the frame alone
+  uint8_t lead_row_pairs, lead_tiles, bottom, right;
+};
+
+// Colours that take the place of reconstructed ones in flat areas: rows of a mask and of R, G, B, one 16-bit lane for
+// two columns, and the rows of the frame that they reach.
+struct flat_rows {
+  uint8_t *mask, *r, *g, *b;  // null: none
+  int first, last, skipped;
+  bool reach(int row) const { return mask != nullptr && row >= first && row <= last && row != skipped; }
 };
 
 // Rows that a format takes: bit r mod 4, repeated.
 constexpr row_bits kEveryRow = 0xffffffffu, kEvenRows = 0x55555555u, kEverySecondEvenRow = 0x44444444u;
 
-// The stages of a path, in the order of their work, and what rings they need with two rows a step.
-struct stage_list {
-  stage stages[6] = {};
-  int n_stages = 0;
-  int producer_lag[kRings] = {};
-  int ring_rows[kRings] = {};
-};
-
+// A frame on its way. The first part is for who starts the walk to fill in.
 struct walk {
-  const frame_job* job;
   ppl_context* context;
   const tile_kernels* kernels;
-  const path_traits* path;
+  uint8_t* source;
   int tiles, row_pairs, width, height;
-  int step;           // rows: 2, 4 or 8
+  statistics_rule statistics;
+  int first_filtered_row_pair;  // by the medium filter
+  void (*tile_kernels::*demosaic)(const demosaic_args&);
   bool three_planes;  // the conversion forms planes instead of luma and chroma words
-  uint8_t *flat_mask, *flat_r, *flat_g, *flat_b;  // one row each; null while no flat colours apply
-  row_ring rings[kRings];
   colour_matrix matrix;
-  output_writer writer;
-  row_bits luma_put_out, chroma_put_out;
+  flat_rows flat;
+  row_bits luma_rows, chroma_rows;  // those that the format takes
+
+  const stage_list* plan;
+  int step;  // rows: 2, 4 or 8
+  row_ring rings[kRings];
 
   // Rows outside the frame are its rows mirrored about the border row, as often as a small frame needs.
   int mirrored(int r) const {
@@ -94,7 +120,6 @@ struct walk {
     return r;
   }
   bool inside(int r) const { return r >= 0 && r < height; }
-  uint8_t* row(ring_id ring, int r) const { return *rings[ring].from(mirrored(r)); }
 
   // What a step at row `first` reads of a ring: its rows and `reach` more above and below. Where some lie outside the
   // frame `list` gets the pointers of their mirror images.
@@ -113,6 +138,15 @@ struct walk {
     if (first + step > height) rows &= (1u << (height - first)) - 1;
     return rows & choice >> (first & 3);
   }
+
+  template <class T = uint8_t>
+  T* scratch(int offset) const {
+    return static_cast<T*>(static_cast<void*>(context->scratch + offset));
+  }
+  uint8_t* scratch_row(int row) const { return scratch(64 + row * kRowPitch); }
 };
+
+// Takes the frame through the stages, with its statistics.
+void run_walk(walk& w, const stage_list& plan);
 
 }  // namespace ppl

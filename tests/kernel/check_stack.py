@@ -7,7 +7,7 @@ A kernel stack is 24 KB in all and belongs to everything above the library too. 
 bytes, from the unwind data, and 8 for every return address. Recursion, frames of variable size and code that touches
 the stack without unwind data are errors.
 
-An indirect call is taken to reach every function that stands in a level's tables (tile, bulk, output, convert,
+An indirect call is taken to reach every function that stands in a level's tables (tile, path, output, convert,
 scaler); if its address visibly comes from a field of such a table, the functions in that field. All other functions whose address
 is taken must be covered by POINTERS below, which tells by their parameters which callers reach them.
 """
@@ -18,12 +18,12 @@ import sys
 from code_map import CodeMap
 from pe_image import Image
 
-TABLE = re.compile(r"(?:sse2|sse41)\d+(?:tile|bulk|output|convert|scaler)_tableE$")
+TABLE = re.compile(r"(?:sse2|sse41)\d+(?:tile|path|output|convert|scaler)_tableE$")
 # Callers, and the end of the mangled names of what they call through pointers that the code hands around.
 POINTERS = [
-    (r"run_tile_path", r"ERNS_4walkEi"),
+    (r"run_walk", r"ERNS_4walkERKNS_5stageEi"),
     (r"output_stage", r"ERNS_13output_writerEiRKNS_13finished_rowsE"),
-    (r"run_bulk_path", r"ERKNS0_10bulk_frameE\w*"),
+    (r"run_cells_path", r"ERKNS0_10cell_frameE\w*"),
     (r"run_raw_path|draw_top_down|draw_bottom_up", r"PKhRKNS0_4spanE"),
 ]
 

@@ -2,9 +2,9 @@
 //
 // Row pair p makes rows 4p and 4p + 2 of luma (or of the format) and row 2p of chroma; all others are rounded-up means
 // of the rows beside them. A picture that runs upwards has row r of these one place above the bottom.
-#include "paths/bulk.h"
+#include "paths/cells.h"
 
-namespace ppl::bulk {
+namespace ppl::cells {
 namespace {
 
 // The rows of a row pair once widened, and those of the row pair before. In place they stand in the frame; in a
@@ -20,7 +20,7 @@ uint8_t* aside(ppl_context* c, int set) {
   return set == 0 ? packed_row(c, 0) : c->scratch + kLensBytes + (set - 1) * kAsideBytes;
 }
 
-doubled_rows rows_of(const bulk_frame& f, int p) {
+doubled_rows rows_of(const cell_frame& f, int p) {
   if (f.place == placing::in_place) {
     const bool chroma = f.job->format == out_format::i420;
     const auto of = [&](const row_grid& g, int row) { return chroma ? at(f, g, row) : nullptr; };
@@ -36,42 +36,42 @@ doubled_rows rows_of(const bulk_frame& f, int p) {
 }
 
 // Stores one row as the rounded-up mean of two others (of one and itself: as it is), cut to the frame.
-void put_mean(const bulk_frame& f, const row_grid& g, int row, const uint8_t* a, const uint8_t* b, int n) {
-  if (f.place == placing::in_place) return f.rows->mean(at(f, g, row), a, b, n);
+void put_mean(const cell_frame& f, const row_grid& g, int row, const uint8_t* a, const uint8_t* b, int n) {
+  if (f.place == placing::in_place) return f.output->mean(at(f, g, row), a, b, n);
   const int64_t to = g.start + row * g.step;
-  for (int64_t i = to < 0 ? -to : 0; i < n && to + i < f.job->out.bytes; ++i)
-    f.job->out.base[to + i] = static_cast<uint8_t>((a[i] + b[i] + 1) >> 1);
+  for (int64_t i = to < 0 ? -to : 0; i < n && to + i < f.job->destination_bytes; ++i)
+    f.job->destination[to + i] = static_cast<uint8_t>((a[i] + b[i] + 1) >> 1);
 }
-void put_aside(const bulk_frame& f, const row_grid& g, int row, const uint8_t* a, int n) {
+void put_aside(const cell_frame& f, const row_grid& g, int row, const uint8_t* a, int n) {
   if (f.place == placing::clipped) put_mean(f, g, row, a, a, n);
 }
 
 // A picture that runs upwards has its first row twice, the copy below it; one that runs downwards its last row.
-void put_copy(const bulk_frame& f, const row_grid& g, int p, int rows, const uint8_t* first,
+void put_copy(const cell_frame& f, const row_grid& g, int p, int rows, const uint8_t* first,
               const uint8_t* last, int n) {
   if (g.step < 0 && p == 0) put_mean(f, g, -1, first, first, n);
   if (g.step > 0 && p == f.row_pairs - 1) put_mean(f, g, rows * p + rows - 1, last, last, n);
 }
 
 // Rows 4p and 4p + 2 are the row pair's own, those between and before them means; in chroma, row 2p is.
-void put_luma(const bulk_frame& f, int p, const doubled_rows& d, int n) {
+void put_luma(const cell_frame& f, int p, const doubled_rows& d, int n) {
   put_aside(f, f.luma, 4 * p, d.first, n);
   put_aside(f, f.luma, 4 * p + 2, d.second, n);
   put_mean(f, f.luma, 4 * p + 1, d.first, d.second, n);
 }
-void put_luma_before(const bulk_frame& f, int p, const doubled_rows& d, int n) {
+void put_luma_before(const cell_frame& f, int p, const doubled_rows& d, int n) {
   if (p > 0) put_mean(f, f.luma, 4 * p - 1, d.before, d.first, n);
 }
 
 // A plane widened, in tiles of so many samples.
-void widen(const bulk_frame& f, uint8_t* to, const uint8_t* from, int n, uint8_t tile) {
+void widen(const cell_frame& f, uint8_t* to, const uint8_t* from, int n, uint8_t tile) {
   f.output->widen(to, from, n, {from[0], f.mirrored, tile});
 }
 
-void double_i420(const bulk_frame& f, int p) {
+void double_i420(const cell_frame& f, int p) {
   const cell_rows a = cells_of(f);
   const doubled_rows d = rows_of(f, p);
-  f.cells->cells_to_yuv(a);
+  f.kernels->cells_to_yuv(a);
   widen(f, d.first, a.luma[0], f.columns, kTile);
   widen(f, d.second, a.luma[1], f.columns, kTile);
   widen(f, d.u, a.u, f.columns / 2, kTile / 2);
@@ -92,14 +92,14 @@ void double_i420(const bulk_frame& f, int p) {
 }
 
 // The other formats: planes are widened, then joined to rows.
-void double_joined(const bulk_frame& f, int p) {
+void double_joined(const cell_frame& f, int p) {
   ppl_context* const c = f.context;
   const cell_rows a = cells_of(f);
   const doubled_rows d = rows_of(f, p);
   uint8_t* const to[2] = {d.first, d.second};
   uint8_t* const wide[3] = {wide_row(c, 0), wide_row(c, 1), wide_row(c, 2)};
   if (is_rgb(f.job->format)) {
-    f.cells->cells_to_rgb(a);
+    f.kernels->cells_to_rgb(a);
     widen(f, wide[0], a.r, f.columns, kTile);
     widen(f, wide[2], a.b, f.columns, kTile);
     for (int i = 0; i < 2; ++i) {
@@ -107,7 +107,7 @@ void double_joined(const bulk_frame& f, int p) {
       f.output->rgb24(to[i], {rgb_source::planes, {wide[0], wide[1], wide[2]}}, f.pixels, false);
     }
   } else {
-    f.cells->cells_to_words(a);
+    f.kernels->cells_to_words(a);
     f.output->widen_words(wide[1], a.words, f.columns / 2, f.mirrored);
     for (int i = 0; i < 2; ++i) {
       widen(f, wide[0], a.luma[i], f.columns, kTile);
@@ -122,8 +122,8 @@ void double_joined(const bulk_frame& f, int p) {
 
 }  // namespace
 
-void double_row_pair(const bulk_frame& f, int row_pair) {
+void double_row_pair(const cell_frame& f, int row_pair) {
   (f.job->format == out_format::i420 ? double_i420 : double_joined)(f, row_pair);
 }
 
-}  // namespace ppl::bulk
+}  // namespace ppl::cells

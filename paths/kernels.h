@@ -8,6 +8,7 @@
 #include <stdint.h>
 
 #include "record/context.h"
+#include "tile/kernels.h"
 
 namespace ppl {
 
@@ -22,10 +23,32 @@ struct cell_rows {
   uint8_t *r, *g[2], *b;  // width each; red and blue serve both rows
 };
 
-struct bulk_kernels {
+// paths/flat_test-inl.h: rows r - 2 .. r + 3 for the test, r - 1 .. r + 2 for the colours
+struct flat_args {
+  const ppl_context* context;
+  const uint8_t* const* rows;
+  const uint8_t* const* colour_rows;
+  uint8_t *mask, *r, *g, *b;  // row storage, one 16-bit lane for two columns
+  int32_t odd_row;
+  int32_t width;
+};
+
+// paths/mosaic_edge-inl.h: the two rows of a row pair with the rows around them, in place
+struct mosaic_edge_args {
+  const ppl_context* context;
+  uint8_t* rows[4];  // 2p - 1 .. 2p + 2; 2p and 2p + 1 are overwritten with Y but for three planes
+  const colour_matrix* matrix;
+  uint8_t* plane[3][2];  // of each row Y and chroma words, which may be null; three planes: the matrix' rows
+  int32_t three_planes;  // no Y enters the neighbourhood
+  int32_t width;
+};
+
+struct path_kernels {
   void (*cells_to_yuv)(const cell_rows&);    // luma, u, v
   void (*cells_to_words)(const cell_rows&);  // luma, words
   void (*cells_to_rgb)(const cell_rows&);
+  void (*flat_test)(const flat_args&);
+  void (*mosaic_edge)(const mosaic_edge_args&);
 };
 
 }  // namespace ppl

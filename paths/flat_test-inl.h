@@ -7,8 +7,8 @@
 // sites at even columns (Gr), odd ones those at odd columns (Gb).
 #pragma once
 
+#include "paths/kernels.h"
 #include "simd/simd-inl.h"
-#include "tile/kernels.h"
 
 namespace ppl::PPL_LEVEL {
 

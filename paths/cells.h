@@ -1,22 +1,21 @@
 // Qualities 3 and 13: row pair by row pair, each cell from its own four samples, with no neighbourhood.
 //
 // Every row pair passes the front end in place; then its rows are brought to planes, and the planes to rows of the
-// format (bulk_rows.cpp), the latter by the kernels of the output stage. Three ways lead into the caller's frame,
+// format (cell_rows.cpp), the latter by the kernels of the output stage. Three ways lead into the caller's frame,
 // chosen once per frame:
 //   in place   the ordinary frame: rows stand where the mirrors and the decimation put them, all of them inside
 //   by groups  the pointers of the plan, moved literally, 32 columns of two rows at a time, every store clipped:
-//              pictures whose pointers drift, and black lines that push rows out of the frame (bulk_groups.cpp)
-//   clipped    the doubled picture (bulk_doubled.cpp) where not all of its rows are inside
+//              pictures whose pointers drift, and black lines that push rows out of the frame (cell_groups.cpp)
+//   clipped    the doubled picture (cell_doubled.cpp) where not all of its rows are inside
 #pragma once
 
 #include "output/output_kernels.h"
-#include "paths/bulk_kernels.h"
+#include "paths/kernels.h"
 #include "record/context.h"
 #include "record/job.h"
-#include "rows/row_kernels.h"
 #include "tile/kernels.h"
 
-namespace ppl::bulk {
+namespace ppl::cells {
 
 // Row storage in the record's ring pool: rows of a plane, of a doubled plane, and of a format.
 constexpr int kPlanePitch = 2048 + 128, kWidePitch = 4096 + 128, kPackedPitch = 8192;
@@ -47,6 +46,9 @@ inline uint8_t* packed_row(ppl_context* c, int row) {
 // RGB planes stand where the YUV ones do.
 constexpr plane_row kG0 = kLuma0, kG1 = kLuma1, kR = kU, kB = kV;
 
+constexpr bool is_rgb(out_format f) {
+  return f == out_format::rgb24 || f == out_format::rgb32;
+}
 enum class placing : uint8_t { in_place, by_groups, clipped };
 
 // Rows of a plane: row r of the picture begins at start + r * step.
@@ -54,14 +56,14 @@ struct row_grid {
   int64_t start, step;
 };
 
-struct bulk_frame {
+struct cell_frame {
   const frame_job* job;
   ppl_context* context;
-  const bulk_kernels* cells;     // cells to planes
+  const path_kernels* kernels;   // cells to planes
   const output_kernels* output;  // planes to rows of a format
-  const row_kernels* rows;
-  bool grey;      // quality 13
-  bool mirrored;  // rows run from right to left
+  bool grey;                     // the samples themselves
+  bool ranges;                   // qual and qAE figures, histograms
+  bool mirrored;                 // rows run from right to left
   bool halved, doubled;
   placing place;
   int tiles, row_pairs;
@@ -77,19 +79,19 @@ struct made_rows {
   uint8_t *u, *v;
 };
 
-inline byte_order order_of(const bulk_frame& f) {
+inline byte_order order_of(const cell_frame& f) {
   return f.job->format == out_format::yuyv ? byte_order::yuyv : byte_order::uyvy;
 }
-inline uint8_t* at(const bulk_frame& f, const row_grid& g, int row) {
-  return f.job->out.base + g.start + row * g.step;
+inline uint8_t* at(const cell_frame& f, const row_grid& g, int row) {
+  return f.job->destination + g.start + row * g.step;
 }
 
 // The cell kernels' rows in row storage.
-cell_rows cells_of(const bulk_frame& f);
+cell_rows cells_of(const cell_frame& f);
 // Brings the row pair in row storage to finished rows in the order of memory, halved and reversed as the frame is.
-void put_rows(const bulk_frame& f, const made_rows& out);
+void put_rows(const cell_frame& f, const made_rows& out);
 // A row pair of a doubled picture, with the rows between and, where it is due, the copy at the end.
-void double_row_pair(const bulk_frame& f, int row_pair);
+void double_row_pair(const cell_frame& f, int row_pair);
 
 // The moving pointers of a frame by groups.
 struct group_walk {
@@ -97,7 +99,7 @@ struct group_walk {
   int32_t chroma_group, chroma_row_step;
   int64_t luma, u, v;
 };
-group_walk start_groups(const bulk_frame& f);
-void place_groups(const bulk_frame& f, group_walk& walk, int row_pair);
+group_walk start_groups(const cell_frame& f);
+void place_groups(const cell_frame& f, group_walk& walk, int row_pair);
 
-}  // namespace ppl::bulk
+}  // namespace ppl::cells

@@ -1,9 +1,9 @@
 // From the mosaic in row storage to finished rows of a format.
-#include "paths/bulk.h"
+#include "paths/cells.h"
 
-namespace ppl::bulk {
+namespace ppl::cells {
 
-cell_rows cells_of(const bulk_frame& f) {
+cell_rows cells_of(const cell_frame& f) {
   ppl_context* const c = f.context;
   cell_rows a = {};
   a.context = c;
@@ -29,22 +29,22 @@ void fill(uint8_t* to, int n, uint8_t value) {
 }
 
 // One row of RGB from planes.
-void put_rgb(const bulk_frame& f, uint8_t* to, const uint8_t* r, const uint8_t* g, const uint8_t* b) {
+void put_rgb(const cell_frame& f, uint8_t* to, const uint8_t* r, const uint8_t* g, const uint8_t* b) {
   const output_kernels& k = *f.output;
   rgb_source from = {rgb_source::planes, {r, g, b}};
   if (f.halved) {
     for (int i = 0; i < 3; ++i) {
       uint8_t* const half = wide_row(f.context, i);
-      f.rows->halve(half, from.plane[i], f.pixels, false);
+      k.halve(half, from.plane[i], f.pixels, false);
       from.plane[i] = half;
     }
   }
   (f.job->format == out_format::rgb24 ? k.rgb24 : k.rgb32)(to, from, f.pixels, f.mirrored);
 }
 
-void put_grey(const bulk_frame& f, const made_rows& out) {
+void put_grey(const cell_frame& f, const made_rows& out) {
   ppl_context* const c = f.context;
-  const auto take = f.halved ? f.rows->halve : f.rows->copy;
+  const auto take = f.halved ? f.output->halve : f.output->copy;
   for (int i = 0; i < 2; ++i) {
     if (out.row[i] == nullptr) continue;
     const uint8_t* const s = plane(c, kEven + i);
@@ -59,17 +59,17 @@ void put_grey(const bulk_frame& f, const made_rows& out) {
   }
 }
 
-void put_i420(const bulk_frame& f, const made_rows& out) {
+void put_i420(const cell_frame& f, const made_rows& out) {
   cell_rows a = cells_of(f);
   if (!f.halved && !f.mirrored) {  // in the same order and size: straight into the frame
     a.luma[0] = out.row[0];
     a.luma[1] = out.row[1];
     a.u = out.u;
     a.v = out.v;
-    return f.cells->cells_to_yuv(a);
+    return f.kernels->cells_to_yuv(a);
   }
-  f.cells->cells_to_yuv(a);
-  const auto take = f.halved ? f.rows->halve : f.rows->copy;
+  f.kernels->cells_to_yuv(a);
+  const auto take = f.halved ? f.output->halve : f.output->copy;
   for (int i = 0; i < 2; ++i)
     if (out.row[i] != nullptr) take(out.row[i], a.luma[i], f.pixels, f.mirrored);
   if (out.u != nullptr) {
@@ -79,9 +79,9 @@ void put_i420(const bulk_frame& f, const made_rows& out) {
 }
 
 // Both rows of a cell carry its chroma; halved, every second cell's.
-void put_packed(const bulk_frame& f, const made_rows& out) {
+void put_packed(const cell_frame& f, const made_rows& out) {
   const cell_rows a = cells_of(f);
-  f.cells->cells_to_words(a);
+  f.kernels->cells_to_words(a);
   const auto pack = f.halved ? f.output->pack_halved : f.output->pack;
   for (int i = 0; i < 2; ++i)
     if (out.row[i] != nullptr) pack(out.row[i], a.luma[i], a.words, f.pixels, f.mirrored, order_of(f));
@@ -89,14 +89,14 @@ void put_packed(const bulk_frame& f, const made_rows& out) {
 
 }  // namespace
 
-void put_rows(const bulk_frame& f, const made_rows& out) {
+void put_rows(const cell_frame& f, const made_rows& out) {
   if (f.grey) return put_grey(f, out);
   if (f.job->format == out_format::i420) return put_i420(f, out);
   if (!is_rgb(f.job->format)) return put_packed(f, out);
   const cell_rows a = cells_of(f);
-  f.cells->cells_to_rgb(a);
+  f.kernels->cells_to_rgb(a);
   for (int i = 0; i < 2; ++i)
     if (out.row[i] != nullptr) put_rgb(f, out.row[i], a.r, a.g[i], a.b);
 }
 
-}  // namespace ppl::bulk
+}  // namespace ppl::cells

@@ -1,11 +1,12 @@
-#include "paths/bulk.h"
+#include "paths/cells.h"
 
+#include "paths/paths.h"
 #include "platform/levels.h"
 #include "tile/lens_rows.h"
 #include "tile/statistics_sums.h"
 
 namespace ppl {
-namespace bulk {
+namespace cells {
 namespace {
 
 bool inside(const row_grid& g, int rows, int64_t bytes, int64_t first, int64_t last) {
@@ -16,7 +17,7 @@ bool inside(const row_grid& g, int rows, int64_t bytes, int64_t first, int64_t l
 
 // Where the rows of the picture stand. A frame that runs upwards starts at its last row; when doubled, one row
 // above it, for the copy of the first row belongs below.
-void lay_out(bulk_frame& f) {
+void lay_out(cell_frame& f) {
   const ppl_context& c = *f.context;
   const out_format format = f.job->format;
   const int bytes = bytes_per_pixel(format);
@@ -27,7 +28,7 @@ void lay_out(bulk_frame& f) {
   const int64_t first = upwards ? int64_t{bytes} * c.out_pixels - below * row : 0;
   f.luma = {first + bytes * inset, upwards ? -row : row};
   if (format != out_format::i420) return;
-  const int64_t chroma = f.context->out_pixels + (upwards ? c.out_quarter_pixels - below * half : 0) +
+  const int64_t chroma = f.job->chroma_offset + (upwards ? c.out_quarter_pixels - below * half : 0) +
                          (f.mirrored ? half - f.pixels / 2 : 0);
   f.u = {chroma, upwards ? -half : half};
   f.v = {chroma + c.out_quarter_pixels, f.u.step};
@@ -35,7 +36,7 @@ void lay_out(bulk_frame& f) {
 
 // Do all rows stand inside their planes? One row more for the copy at the end of a doubled picture, which stands
 // behind the last row, or below the first.
-bool all_inside(const bulk_frame& f) {
+bool all_inside(const cell_frame& f) {
   const ppl_context& c = *f.context;
   const frame_job& job = *f.job;
   const int rows = f.doubled ? 4 * f.row_pairs : f.halved ? f.row_pairs : 2 * f.row_pairs;
@@ -44,21 +45,21 @@ bool all_inside(const bulk_frame& f) {
     return inside(g, n, bytes, first, last);
   };
   const int64_t bytes = int64_t{bytes_per_pixel(job.format)} * f.pixels;
-  if (job.format != out_format::i420) return whole(f.luma, rows, bytes, 0, job.out.bytes);
-  const int64_t u = f.context->out_pixels, v = u + c.out_quarter_pixels, end = v + c.out_quarter_pixels;
-  return end <= job.out.bytes && whole(f.luma, rows, bytes, 0, u) &&
+  if (job.format != out_format::i420) return whole(f.luma, rows, bytes, 0, job.destination_bytes);
+  const int64_t u = job.chroma_offset, v = u + c.out_quarter_pixels, end = v + c.out_quarter_pixels;
+  return end <= job.destination_bytes && whole(f.luma, rows, bytes, 0, u) &&
          whole(f.u, rows / 2, f.pixels / 2, u, v) && whole(f.v, rows / 2, f.pixels / 2, v, end);
 }
 
-bulk_frame plan_frame(const frame_job& job) {
+cell_frame plan_frame(const frame_job& job, const quality_row& q) {
   ppl_context* const c = job.context;
-  bulk_frame f = {};
+  cell_frame f = {};
   f.job = &job;
   f.context = c;
-  f.cells = c->kernels->bulk;
+  f.kernels = c->kernels->paths;
   f.output = c->kernels->output;
-  f.rows = c->kernels->rows;
-  f.grey = c->quality == 13;
+  f.grey = q.grey;
+  f.ranges = (q.facts().statistics & PPL_STATISTICS_RANGES) != 0;
   f.mirrored = c->h_mirror != 0;
   f.tiles = c->tiles_per_row;
   f.row_pairs = c->row_pairs;
@@ -77,17 +78,17 @@ bulk_frame plan_frame(const frame_job& job) {
 
 // ---- front end and statistics
 
-const uint8_t* tone_of(const bulk_frame& f) {
+const uint8_t* tone_of(const cell_frame& f) {
   return f.grey ? f.context->yuv_contrast_gamma_table : f.context->rgb_gamma_table;
 }
 
-void front_end(const bulk_frame& f, int row_pair) {
+void front_end(const cell_frame& f, int row_pair) {
   ppl_context* const c = f.context;
   const int r = 2 * row_pair;
   uint8_t* const even = f.job->source + int64_t{r} * c->frame_stride;
   uint8_t* const odd = even + c->frame_stride;
   const bool collect = c->mean_collection != 0 && (row_pair & 1) != 0;
-  const bool full = collect && !f.grey;  // grey takes plain sums only
+  const bool full = collect && f.ranges;
   uint16_t* const spare = static_cast<uint16_t*>(static_cast<void*>(c->scratch));
   const auto row_if = [&](bool wanted, plane_row row) { return wanted ? plane(c, row) : nullptr; };
   const tile_kernels& k = *c->kernels->tile;
@@ -132,7 +133,7 @@ void finish_statistics(ppl_context* c) {
 
 // ---- in place
 
-void place_rows(const bulk_frame& f, int p) {
+void place_rows(const cell_frame& f, int p) {
   made_rows out = {};
   if (f.halved) {
     // One luma row for each row pair; a chroma row for two, from the first.
@@ -153,11 +154,11 @@ void place_rows(const bulk_frame& f, int p) {
 }
 
 }  // namespace
-}  // namespace bulk
+}  // namespace cells
 
-void run_bulk_path(const frame_job& job) {
-  using namespace bulk;
-  const bulk_frame f = plan_frame(job);
+void run_cells_path(const frame_job& job, const quality_row& quality) {
+  using namespace cells;
+  const cell_frame f = plan_frame(job, quality);
   if (f.tiles <= 0 || f.row_pairs <= 0) return;
   group_walk groups = start_groups(f);
   job.context->kernels->tile->prepare_tone(*job.context, tone_of(f));

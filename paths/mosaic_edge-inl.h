@@ -13,13 +13,20 @@
 // column of every tile is finished by now.
 #pragma once
 
+#include "paths/kernels.h"
 #include "simd/simd-inl.h"
-#include "tile/edge-inl.h"
-#include "tile/kernels.h"
+#include "tile/edge_band-inl.h"
 
 namespace ppl::PPL_LEVEL {
 
 namespace mosaic_edge_detail {
+
+// What a gradient `e` adds, if its size lies within the band.
+template <class V>
+PPL_INLINE V edge_gain(const edge_band& band, V e, V size) {
+  const auto inside = gt_s16(size, repeat16<V>(&band.low)) & gt_s16(repeat16<V>(&band.high), size);
+  return keep(inside, sra16<5>(mullo16(e, repeat16<V>(&band.factor))));
+}
 
 // A column of samples, one in each of the rows 2p - 1 .. 2p + 2, as row 2p and row 2p + 1 have to do with it.
 template <class V>
@@ -101,14 +108,14 @@ PPL_INLINE void mosaic_edge_rows(const mosaic_edge_args& a) {
     for (int i = 0; i < 2; ++i) {
       e_even[i] = sharpened(band, i, evens[i + 1], previous, even_columns, odd_columns);
       const V y = join_clamp8(grey.at<0>(e_even[i]), y_odd[i]);
-      store(a.luma[i] + x, y);
+      store(a.plane[0][i] + x, y);
       if constexpr (kThreePlanes) {
-        store(a.chroma[i] + x, join_clamp8(grey.at<1>(e_even[i]), grey.at<1>(e_odd[i])));
-        store(a.plane3[i] + x, join_clamp8(grey.at<2>(e_even[i]), grey.at<2>(e_odd[i])));
+        store(a.plane[1][i] + x, join_clamp8(grey.at<1>(e_even[i]), grey.at<1>(e_odd[i])));
+        store(a.plane[2][i] + x, join_clamp8(grey.at<2>(e_even[i]), grey.at<2>(e_odd[i])));
       } else {
         store(a.rows[i + 1] + x, y);
-        if (a.chroma[i] != nullptr)
-          store(a.chroma[i] + x, join_clamp8(grey.at<1>(e_even[i]), grey.at<2>(e_even[i])));
+        if (a.plane[1][i] != nullptr)
+          store(a.plane[1][i] + x, join_clamp8(grey.at<1>(e_even[i]), grey.at<2>(e_even[i])));
       }
     }
   });

@@ -1,6 +1,8 @@
 // The vector code of qualities 3 and 13 for one level.
-#include "paths/bulk_kernels.h"
+#include "paths/kernels.h"
 
+#include "paths/flat_test-inl.h"
+#include "paths/mosaic_edge-inl.h"
 #include "platform/levels.h"
 #include "simd/simd-inl.h"
 
@@ -94,11 +96,13 @@ void cells_to_rgb(const cell_rows& a) {
 
 }  // namespace
 
-extern const bulk_kernels bulk_table;
-const bulk_kernels bulk_table = {
+extern const path_kernels path_table;
+const path_kernels path_table = {
     .cells_to_yuv = cells_to_yuv,
     .cells_to_words = cells_to_words,
     .cells_to_rgb = cells_to_rgb,
+    .flat_test = flat_test,
+    .mosaic_edge = mosaic_edge,
 };
 
 }  // namespace ppl::PPL_LEVEL

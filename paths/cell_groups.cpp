@@ -1,8 +1,8 @@
 // Groups of 32 columns in two rows along the plan's pointers, wherever these lead; what falls outside is dropped.
-#include "paths/bulk.h"
+#include "paths/cells.h"
 #include "record/output_plan.h"
 
-namespace ppl::bulk {
+namespace ppl::cells {
 namespace {
 
 template <class Plan>
@@ -25,11 +25,12 @@ void take_plan(group_walk& w, const Plan& p) {
 }
 
 void put_clipped(const frame_job& job, int64_t to, const uint8_t* from, int n) {
-  for (int64_t i = to < 0 ? -to : 0; i < n && to + i < job.out.bytes; ++i) job.out.base[to + i] = from[i];
+  for (int64_t i = to < 0 ? -to : 0; i < n && to + i < job.destination_bytes; ++i)
+    job.destination[to + i] = from[i];
 }
 
 // Stores two finished rows group by group: in each, tile by tile, first row before second, luma before U before V.
-void store_groups(const bulk_frame& f, const made_rows& rows, group_walk& w) {
+void store_groups(const cell_frame& f, const made_rows& rows, group_walk& w) {
   const frame_job& job = *f.job;
   const int tile_bytes = kTile * bytes_per_pixel(job.format), tiles = f.pixels / kTile, groups = tiles / 2;
   // The rows were made in the order of memory: under the mirror the walk's first tile is their last.
@@ -56,12 +57,12 @@ void store_groups(const bulk_frame& f, const made_rows& rows, group_walk& w) {
 
 }  // namespace
 
-group_walk start_groups(const bulk_frame& f) {
+group_walk start_groups(const cell_frame& f) {
   const output_plan& plan = f.context->plan;
   const start_offsets start = output_start(f.context, f.job->format);
   group_walk w = {};
   w.luma = start.bulk;
-  w.u = f.context->out_pixels + start.bulk_chroma;
+  w.u = f.job->chroma_offset + start.bulk_chroma;
   w.v = w.u + f.context->out_quarter_pixels;
   switch (f.job->format) {
     case out_format::i420:
@@ -82,7 +83,7 @@ group_walk start_groups(const bulk_frame& f) {
 }
 
 // Rows are made aside. A halved group takes two row pairs, and its chroma from the first.
-void place_groups(const bulk_frame& f, group_walk& walk, int p) {
+void place_groups(const cell_frame& f, group_walk& walk, int p) {
   ppl_context* const c = f.context;
   made_rows rows = {{packed_row(c, 0), packed_row(c, 1)}, nullptr, nullptr};
   if (f.job->format == out_format::i420) {  // behind the luma, which fills a quarter of a packed row
@@ -102,4 +103,4 @@ void place_groups(const bulk_frame& f, group_walk& walk, int p) {
   if ((p & 1) != 0) store_groups(f, rows, walk);
 }
 
-}  // namespace ppl::bulk
+}  // namespace ppl::cells
