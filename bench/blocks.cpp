@@ -219,11 +219,10 @@ constexpr block kBlocks[] = {
                            .width = kWidth});
      }},
 
-    {"output/copy", kWidth, [](bench_rows& b) { b.k().output->copy(b.out[0], b.in[0], kWidth, false); }},
-    {"output/copy reversed", kWidth,
+    {"rows/copy", kWidth, [](bench_rows& b) { b.k().output->copy(b.out[0], b.in[0], kWidth, false); }},
+    {"rows/copy reversed", kWidth,
      [](bench_rows& b) { b.k().output->copy(b.out[0], b.in[0], kWidth, true); }},
-    {"output/halve", kWidth,
-     [](bench_rows& b) { b.k().output->halve(b.out[0], b.in[0], kWidth / 2, false); }},
+    {"rows/halve", kWidth, [](bench_rows& b) { b.k().output->halve(b.out[0], b.in[0], kWidth / 2, false); }},
     {"output/widen", kWidth,
      [](bench_rows& b) {
        b.k().output->widen(b.out[0], b.in[0], kWidth, {9, false, 0});
@@ -232,7 +231,7 @@ constexpr block kBlocks[] = {
      [](bench_rows& b) {
        b.k().output->widen(b.out[0], b.in[0], kWidth, {9, true, 16});
      }},
-    {"output/mean", kWidth, [](bench_rows& b) { b.k().output->mean(b.out[0], b.in[0], b.in[1], kWidth); }},
+    {"rows/mean", kWidth, [](bench_rows& b) { b.k().output->mean(b.out[0], b.in[0], b.in[1], kWidth); }},
     {"output/unbias", kWidth, [](bench_rows& b) { b.k().output->unbias(b.out[0], b.in[0], kWidth); }},
     // The words of one row serve two rows of I420.
     {"output/split_words", 2 * kWidth,
@@ -272,8 +271,7 @@ constexpr block kBlocks[] = {
     {"paths/cells_to_words", 2 * kWidth, [](bench_rows& b) { b.k().paths->cells_to_words(cells(b)); }},
     {"paths/cells_to_rgb", 2 * kWidth, [](bench_rows& b) { b.k().paths->cells_to_rgb(cells(b)); }},
 
-    {"convert/copy", kWidth, [](bench_rows& b) { b.k().convert->copy(b.out[0], b.in[0], 2 * kWidth); }},
-    {"convert/fill", kWidth, [](bench_rows& b) { b.k().convert->fill(b.out[0], 2 * kWidth, 16, 128); }},
+    {"rows/fill", kWidth, [](bench_rows& b) { b.k().rows->fill(b.out[0], 2 * kWidth, 16, 128); }},
     {"convert/double_pair", 2 * kWidth,
      [](bench_rows& b) {
        uint8_t* const out[4] = {b.out[0], b.out[1], b.out[2], b.out[3]};
@@ -308,10 +306,10 @@ constexpr block kBlocks[] = {
      [](bench_rows& b) { b.k().convert->twelve_bit[0](b.out[0], b.out[1], b.in[0], kWidth / 32); }},
 
     {"scaler/prepare (per output of a line)", kWidth, [](bench_rows& b) { columns(b); }},
-    {"scaler/split", kWidth,
-     [](bench_rows& b) { b.k().scaler->split(b.in[0], b.out[0], b.out[1], b.out[2], kWidth); }},
-    {"scaler/join", kWidth,
-     [](bench_rows& b) { b.k().scaler->join(b.out[0], b.in[0], b.in[1], b.in[2], kWidth); }},
+    {"rows/split", kWidth,
+     [](bench_rows& b) { b.k().rows->split(b.out[0], b.out[1], b.out[2], b.in[0], kWidth); }},
+    {"rows/join", kWidth,
+     [](bench_rows& b) { b.k().rows->join(b.out[0], b.in[0], b.in[1], b.in[2], kWidth); }},
     {"scaler/blend", kWidth,
      [](bench_rows& b) { b.k().scaler->blend(b.in[0], b.in[1], 77, b.out[0], kWidth); }},
 };
