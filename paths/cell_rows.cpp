@@ -28,14 +28,16 @@ void fill(uint8_t* to, int n, uint8_t value) {
   for (int i = 0; i < n; ++i) to[i] = value;
 }
 
-// One row of RGB from planes.
+// One row of RGB from planes. Halved, RGB24 takes the even columns and mirrors them; RGB32 mirrors before it takes
+// every second column, and so comes to the odd ones.
 void put_rgb(const cell_frame& f, uint8_t* to, const uint8_t* r, const uint8_t* g, const uint8_t* b) {
   const output_kernels& k = *f.output;
   rgb_source from = {rgb_source::planes, {r, g, b}};
   if (f.halved) {
+    const int first = f.mirrored && f.job->format == out_format::rgb32 ? 1 : 0;
     for (int i = 0; i < 3; ++i) {
       uint8_t* const half = wide_row(f.context, i);
-      k.halve(half, from.plane[i], f.pixels, false);
+      k.halve(half, from.plane[i] + first, f.pixels, false);
       from.plane[i] = half;
     }
   }

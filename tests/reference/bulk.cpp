@@ -234,7 +234,8 @@ void walk_i420(const state& s, int width, int height, canvas& out, Luma&& luma, 
   }
 }
 
-// Rows of a picture that takes the sites (step * yo, step * xo): every site, or the B sites when halved.
+// Rows of a picture that takes the sites (step * yo, step * xo): every site, or the B sites when halved. Halved RGB32
+// is mirrored before its columns are picked, so that they are those of the Gb sites.
 void put_cells(const state& s, const cells& c, format kind, canvas& out) {
   const int step = s.decimation > 0 ? 2 : 1;
   const int width = 2 * c.columns / step, height = 2 * c.rows / step;
@@ -255,8 +256,9 @@ void put_cells(const state& s, const cells& c, format kind, canvas& out) {
   for (int yo = 0; yo < height; ++yo) {
     const int y = step * yo;
     if (kind == format::rgb24 || kind == format::rgb32) {
+      const int site = kind == format::rgb32 && h && step == 2 ? 1 : 0;
       const auto plane_row = [&](size_t row) {
-        return row_of([&](int xo) { return c.colour(row, y, step * xo); }, width);
+        return row_of([&](int xo) { return c.colour(row, y, step * xo + site); }, width);
       };
       to.main.put(yo, pixels(kind == format::rgb24 ? 3 : 4, plane_row(0), plane_row(1), plane_row(2)));
       continue;
