@@ -7,6 +7,7 @@
 #include "paths/kernels.h"
 #include "platform/levels.h"
 #include "record/context.h"
+#include "rows/row_kernels.h"
 #include "tile/kernels.h"
 
 namespace {
@@ -219,10 +220,9 @@ constexpr block kBlocks[] = {
                            .width = kWidth});
      }},
 
-    {"rows/copy", kWidth, [](bench_rows& b) { b.k().output->copy(b.out[0], b.in[0], kWidth, false); }},
-    {"rows/copy reversed", kWidth,
-     [](bench_rows& b) { b.k().output->copy(b.out[0], b.in[0], kWidth, true); }},
-    {"rows/halve", kWidth, [](bench_rows& b) { b.k().output->halve(b.out[0], b.in[0], kWidth / 2, false); }},
+    {"rows/copy", kWidth, [](bench_rows& b) { b.k().rows->copy(b.out[0], b.in[0], kWidth, false); }},
+    {"rows/copy reversed", kWidth, [](bench_rows& b) { b.k().rows->copy(b.out[0], b.in[0], kWidth, true); }},
+    {"rows/halve", kWidth, [](bench_rows& b) { b.k().rows->halve(b.out[0], b.in[0], kWidth / 2, false); }},
     {"output/widen", kWidth,
      [](bench_rows& b) {
        b.k().output->widen(b.out[0], b.in[0], kWidth, {9, false, 0});
@@ -231,7 +231,7 @@ constexpr block kBlocks[] = {
      [](bench_rows& b) {
        b.k().output->widen(b.out[0], b.in[0], kWidth, {9, true, 16});
      }},
-    {"rows/mean", kWidth, [](bench_rows& b) { b.k().output->mean(b.out[0], b.in[0], b.in[1], kWidth); }},
+    {"rows/mean", kWidth, [](bench_rows& b) { b.k().rows->mean(b.out[0], b.in[0], b.in[1], kWidth); }},
     {"output/unbias", kWidth, [](bench_rows& b) { b.k().output->unbias(b.out[0], b.in[0], kWidth); }},
     // The words of one row serve two rows of I420.
     {"output/split_words", 2 * kWidth,

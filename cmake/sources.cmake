@@ -3,7 +3,7 @@
 # PPL_CORE_SOURCES: plain code, compiled once for the baseline processor.
 # PPL_KERNEL_SOURCES: vector code (*_kernels.cpp), compiled once per level; PPL_LEVEL names the level.
 get_filename_component(PPL_ROOT "${CMAKE_CURRENT_LIST_DIR}/.." ABSOLUTE)
-file(GLOB PPL_CORE_SOURCES CONFIGURE_DEPENDS ${PPL_ROOT}/record/*.cpp
+file(GLOB PPL_CORE_SOURCES CONFIGURE_DEPENDS ${PPL_ROOT}/record/*.cpp ${PPL_ROOT}/rows/*.cpp
   ${PPL_ROOT}/frame/*.cpp ${PPL_ROOT}/controls/*.cpp ${PPL_ROOT}/tile/*.cpp
   ${PPL_ROOT}/paths/*.cpp ${PPL_ROOT}/output/*.cpp ${PPL_ROOT}/convert/*.cpp)
 set(PPL_KERNEL_SOURCES ${PPL_CORE_SOURCES})

@@ -14,12 +14,11 @@ bool aligned(const conversion_call& call, uintptr_t to) {
 // Sizes are those of the call, whatever they are, and products wrap in 32 bits: no sizes have been looked at. There is
 // no picture without all that it is made from.
 void last_resort_picture(const conversion& conv, const ppl_context* c, const conversion_call& call) {
-  const convert_kernels& k = *c->kernels->convert;
+  const row_kernels& k = *c->kernels->rows;
   const uint32_t pixels = call.out_width * call.out_height;
-  const bool rgb = conv.to == out_format::rgb24 || conv.to == out_format::rgb32;
   const uint8_t* const picture = call.source[call.sources == 1 ? kFrame : kKept];
   const uint8_t* const other = conv.to == out_format::i420 ? picture : call.source[kLater];
-  if (call.output == nullptr || (!rgb && (picture == nullptr || other == nullptr))) return;
+  if (call.output == nullptr || (!is_rgb(conv.to) && (picture == nullptr || other == nullptr))) return;
   switch (conv.to) {
     case out_format::rgb24:
       k.fill(call.output, pixels * 3, 255, 255);
@@ -28,13 +27,13 @@ void last_resort_picture(const conversion& conv, const ppl_context* c, const con
       k.fill(call.output, pixels * 4, 255, 255);
       break;
     case out_format::i420:
-      k.copy(call.output, picture, pixels);
+      k.copy(call.output, picture, pixels, false);
       k.fill(call.output + pixels, pixels / 2, 128, 128);
       break;
     case out_format::yuyv:
     case out_format::uyvy:
-      k.copy(call.output, picture, pixels);
-      k.copy(call.output + pixels, other, pixels);
+      k.copy(call.output, picture, pixels, false);
+      k.copy(call.output + pixels, other, pixels, false);
       break;
   }
 }
@@ -71,8 +70,8 @@ bool run_process(const conversion& conv, ppl_context* c, const conversion_call& 
   // The caller has room for what it asked for, or for the picture of the context where that is larger.
   const int64_t asked = frame_bytes(conv.to, call.out_width, call.out_height);
   const int64_t own = output_bytes(c, conv.to);
-  const conversion_job job = {conv, c, call, asked > own ? asked : own};
-  switch (job.bytes > 0 && has_what_it_needs(conv, c, call) ? conv.how : method::count_only) {
+  const conversion_job job = {conv, c, call, {call.output, asked > own ? asked : own, nullptr}};
+  switch (job.out.bytes > 0 && has_what_it_needs(conv, c, call) ? conv.how : method::count_only) {
     case method::progressive:
       convert_progressive(job);
       break;

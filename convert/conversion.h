@@ -16,7 +16,7 @@ enum class method : uint8_t {
 };
 
 struct conversion {
-  layout from;
+  byte_order from;
   out_format to;
   method how;
 };
@@ -36,12 +36,12 @@ bool run_wrapper(const conversion& conv, ppl_context* c, const conversion_call& 
 // The process form: sizes, alignment to 16, picture, frame count.
 bool run_process(const conversion& conv, ppl_context* c, const conversion_call& call);
 
-// A conversion about to write a picture: geometry is settled, addresses are aligned. bytes: of the destination.
+// A conversion about to write a picture: geometry is settled, addresses are aligned.
 struct conversion_job {
   const conversion& conv;
   ppl_context* context;
   const conversion_call& call;
-  int64_t bytes;
+  destination out;
 };
 void convert_progressive(const conversion_job& job);
 void convert_twelve_bit(const conversion_job& job);

@@ -7,11 +7,9 @@
 
 #include <stdint.h>
 
-namespace ppl {
+#include "record/format.h"
 
-// Which byte of a 16-bit word is luma: the low one in YUYV, the high one in UYVY.
-enum class layout : uint8_t { yuyv = 0, uyvy = 1 };
-constexpr int kLayouts = 2;
+namespace ppl {
 
 // What the motion test of one row looks at.
 struct blend_rows {
@@ -27,17 +25,14 @@ struct plane_rows {
 };
 
 struct convert_kernels {
-  // Any number of bytes, any address.
-  void (*copy)(uint8_t* out, const uint8_t* in, int64_t bytes);
-  void (*fill)(uint8_t* out, int64_t bytes, uint8_t even, uint8_t odd);
-
   // Row operations. All means round up: (a + b + 1) >> 1.
   // The later row, its chroma bytes replaced by the mean of kept and below where the motion test says so. The kept
   // row goes to kept_out as it stands, if that is not null.
-  void (*blend[kLayouts])(uint8_t* out, uint8_t* kept_out, const blend_rows& rows, int pixels, int threshold);
+  void (*blend[kByteOrders])(uint8_t* out, uint8_t* kept_out, const blend_rows& rows, int pixels,
+                             int threshold);
   // in_pixels is a multiple of 16; out gets a half or a quarter of them, and up to 64 bytes of padding behind.
-  void (*shrink_2[kLayouts])(uint8_t* out, const uint8_t* in, int in_pixels);
-  void (*shrink_4[kLayouts])(uint8_t* out, const uint8_t* in, int in_pixels);
+  void (*shrink_2[kByteOrders])(uint8_t* out, const uint8_t* in, int in_pixels);
+  void (*shrink_4[kByteOrders])(uint8_t* out, const uint8_t* in, int in_pixels);
   // Twice the pixels, YUYV only.
   void (*widen)(uint8_t* out, const uint8_t* in, int in_pixels);
   // Both rows widened to K and L, between them and the widened row before their means: mean(K, before), K,
@@ -47,11 +42,11 @@ struct convert_kernels {
 
   // Row sinks.
   void (*swap)(uint8_t* out, const uint8_t* in, int pixels);  // the two bytes of every word change places
-  void (*rgb24[kLayouts])(uint8_t* out, const uint8_t* in, int pixels);
+  void (*rgb24[kByteOrders])(uint8_t* out, const uint8_t* in, int pixels);
   // Luma of both rows and the mean of their chroma; [1] with each output row reversed.
-  void (*planes[kLayouts][2])(const plane_rows& out, const uint8_t* in_0, const uint8_t* in_1, int pixels);
+  void (*planes[kByteOrders][2])(const plane_rows& out, const uint8_t* in_0, const uint8_t* in_1, int pixels);
 
-  // Units of 48 bytes of the 12-bit layout to 32 luma bytes and 16 mixed chroma bytes each; [1] with the units in
+  // Units of 48 bytes of the 12-bit byte_order to 32 luma bytes and 16 mixed chroma bytes each; [1] with the units in
   // reversed order and luma reversed.
   void (*twelve_bit[2])(uint8_t* luma, uint8_t* chroma, const uint8_t* in, int units);
 };

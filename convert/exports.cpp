@@ -6,7 +6,7 @@ using namespace ppl;
 
 namespace {
 
-constexpr auto kYUYV = layout::yuyv, kUYVY = layout::uyvy;
+constexpr auto kYUYV = byte_order::yuyv, kUYVY = byte_order::uyvy;
 constexpr auto kI420 = out_format::i420, kRGB24 = out_format::rgb24, kRGB32 = out_format::rgb32;
 constexpr auto kToYUYV = out_format::yuyv, kToUYVY = out_format::uyvy;
 constexpr auto kWhole = method::progressive, kMotion = method::motion, kWeave = method::weave;

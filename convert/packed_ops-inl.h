@@ -9,18 +9,18 @@ namespace ppl::PPL_LEVEL {
 // ---- 4:2:2 words
 
 // Luma (chroma) of each word as an unsigned 16-bit lane.
-template <layout L, class V>
+template <byte_order L, class V>
 PPL_INLINE V luma16(V a) {
-  return L == layout::yuyv ? even(a) : odd(a);
+  return L == byte_order::yuyv ? even(a) : odd(a);
 }
-template <layout L, class V>
+template <byte_order L, class V>
 PPL_INLINE V chroma16(V a) {
-  return L == layout::yuyv ? odd(a) : even(a);
+  return L == byte_order::yuyv ? odd(a) : even(a);
 }
 // The luma bytes of one and the chroma bytes of the other.
-template <layout L, class V>
+template <byte_order L, class V>
 PPL_INLINE V with_chroma(V luma, V chroma) {
-  return L == layout::yuyv ? even_odd(luma, chroma) : even_odd(chroma, luma);
+  return L == byte_order::yuyv ? even_odd(luma, chroma) : even_odd(chroma, luma);
 }
 template <class V>
 PPL_INLINE V swap_bytes(V a) {
@@ -88,20 +88,20 @@ template <class M>
 struct two_masks {
   M first, second;
 };
-template <layout L, int N>
+template <byte_order L, int N>
 PPL_INLINE vec<N> chroma_mask(mask16<N> m) {
-  return keep(m, set16<vec<N>>(L == layout::yuyv ? 0xff00 : 0x00ff));
+  return keep(m, set16<vec<N>>(L == byte_order::yuyv ? 0xff00 : 0x00ff));
 }
-template <layout L>
+template <byte_order L>
 PPL_INLINE two_masks<vec<16>> chroma_masks(mask8<16> m) {
   two_masks<vec<16>> both;
   const vec<16> none = zero<vec<16>>();
-  interleave8(L == layout::yuyv ? none : to_vec(m), L == layout::yuyv ? to_vec(m) : none, both.first,
+  interleave8(L == byte_order::yuyv ? none : to_vec(m), L == byte_order::yuyv ? to_vec(m) : none, both.first,
               both.second);
   return both;
 }
 // The words of b, with chroma from a where the mask tells so.
-template <layout L, int N>
+template <byte_order L, int N>
 PPL_INLINE vec<N> select_chroma(vec<N> chroma, vec<N> a, vec<N> b) {
   return select(to_mask8(chroma), a, b);
 }
@@ -133,10 +133,10 @@ PPL_INLINE mask8<32> gt_s8(vec<32> a, vec<32> b) {
 PPL_INLINE vec<32> pack_s8(vec<32> lo, vec<32> hi) {
   return {_mm256_permute4x64_epi64(_mm256_packs_epi16(lo.v, hi.v), 0xd8)};
 }
-template <layout L>
+template <byte_order L>
 PPL_INLINE two_masks<vec<32>> chroma_masks(mask8<32> m) {
   const __m256i none = _mm256_setzero_si256(), halves = _mm256_permute4x64_epi64(m.m, 0xd8);
-  const __m256i even = L == layout::yuyv ? none : halves, odd = L == layout::yuyv ? halves : none;
+  const __m256i even = L == byte_order::yuyv ? none : halves, odd = L == byte_order::yuyv ? halves : none;
   return {{_mm256_unpacklo_epi8(even, odd)}, {_mm256_unpackhi_epi8(even, odd)}};
 }
 #endif
@@ -170,15 +170,15 @@ PPL_INLINE vec<64> pack_s8(vec<64> lo, vec<64> hi) {
   return {_mm512_permutexvar_epi64(order, _mm512_packs_epi16(lo.v, hi.v))};
 }
 // Here a mask is a bit a word.
-template <layout L>
+template <byte_order L>
 PPL_INLINE mask16<64> chroma_mask(mask16<64> m) {
   return m;
 }
-template <layout L>
+template <byte_order L>
 PPL_INLINE two_masks<mask16<64>> chroma_masks(mask8<64> m) {
   return {{static_cast<__mmask32>(m.m)}, {static_cast<__mmask32>(m.m >> 32)}};
 }
-template <layout L>
+template <byte_order L>
 PPL_INLINE vec<64> select_chroma(mask16<64> m, vec<64> a, vec<64> b) {
   return select(m, with_chroma<L>(b, a), b);
 }
@@ -199,9 +199,9 @@ struct byte_table {
   alignas(N) uint8_t at[N];
 };
 template <int N>
-constexpr byte_table<N> apart(layout from, bool luma_first) {
+constexpr byte_table<N> apart(byte_order from, bool luma_first) {
   byte_table<N> t = {};
-  const int luma = from == layout::yuyv ? 0 : 1, chroma = 1 - luma;
+  const int luma = from == byte_order::yuyv ? 0 : 1, chroma = 1 - luma;
   const int luma_at = luma_first ? 0 : N / 2, u_at = luma_first ? N / 2 : 0, v_at = u_at + N / 4;
   for (int i = 0; i < N / 2; i++) t.at[luma_at + i] = static_cast<uint8_t>(2 * i + luma);
   for (int i = 0; i < N / 4; i++) t.at[u_at + i] = static_cast<uint8_t>(4 * i + chroma);
@@ -212,7 +212,7 @@ constexpr byte_table<N> apart(layout from, bool luma_first) {
 PPL_INLINE vec<16> lower_upper(vec<16> a, vec<16> b) {
   return {_mm_blend_epi16(a.v, b.v, 0xf0)};
 }
-template <layout L, bool LumaFirst>
+template <byte_order L, bool LumaFirst>
 PPL_INLINE vec<16> take_apart(vec<16> a) {
   static constexpr byte_table<16> order = apart<16>(L, LumaFirst);
   return {_mm_shuffle_epi8(a.v, load<vec<16>>(order.at).v)};
@@ -230,7 +230,7 @@ PPL_INLINE void split_chroma(vec<16> a, vec<16> b, vec<16>& u, vec<16>& v) {
 PPL_INLINE vec<32> lower_upper(vec<32> a, vec<32> b) {
   return {_mm256_blend_epi32(a.v, b.v, 0xcc)};
 }
-template <layout L, bool LumaFirst>
+template <byte_order L, bool LumaFirst>
 PPL_INLINE vec<32> take_apart(vec<32> a) {
   static constexpr byte_table<16> order = apart<16>(L, LumaFirst);
   return {_mm256_shuffle_epi8(a.v, repeat16<vec<32>>(order.at).v)};
@@ -251,7 +251,7 @@ PPL_INLINE void split_chroma(vec<32> a, vec<32> b, vec<32>& u, vec<32>& v) {
 PPL_INLINE vec<64> lower_upper(vec<64> a, vec<64> b) {
   return {_mm512_mask_blend_epi64(0xf0, a.v, b.v)};
 }
-template <layout L, bool LumaFirst>
+template <byte_order L, bool LumaFirst>
 PPL_INLINE vec<64> take_apart(vec<64> a) {
   static constexpr byte_table<64> order = apart<64>(L, LumaFirst);
   return {_mm512_permutexvar_epi8(load<vec<64>>(order.at).v, a.v)};
@@ -265,23 +265,23 @@ PPL_INLINE void split_chroma(vec<64> a, vec<64> b, vec<64>& u, vec<64>& v) {
 }
 #endif
 // V::size pixels of a row are two vectors: their luma.
-template <layout L, class V>
+template <byte_order L, class V>
 PPL_INLINE V luma_bytes(V first, V second) {
   return luma_in_order(lower_upper(take_apart<L, true>(first), take_apart<L, false>(second)));
 }
 // The mean of their chroma with that of b0, b1 of another row, in an order that split_chroma() undoes.
-template <layout L, class V>
+template <byte_order L, class V>
 PPL_INLINE V mean_chroma(V a0, V a1, V b0, V b1) {
   return avg8(lower_upper(take_apart<L, false>(a1), take_apart<L, true>(a0)),
               lower_upper(take_apart<L, false>(b1), take_apart<L, true>(b0)));
 }
 #else
 // The same without a byte shuffle: U and V in turn.
-template <layout L>
+template <byte_order L>
 PPL_INLINE vec<16> luma_bytes(vec<16> first, vec<16> second) {
   return pack_u8(luma16<L>(first), luma16<L>(second));
 }
-template <layout L>
+template <byte_order L>
 PPL_INLINE vec<16> mean_chroma(vec<16> a0, vec<16> a1, vec<16> b0, vec<16> b1) {
   return pack_u8(chroma16<L>(avg8(a0, b0)), chroma16<L>(avg8(a1, b1)));
 }

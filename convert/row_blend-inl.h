@@ -24,7 +24,7 @@ namespace ppl::PPL_LEVEL {
 
 constexpr int kByteLimit = 126;  // the largest half threshold that spans in bytes are compared with
 
-template <layout L, bool PassKept, class V>
+template <byte_order L, bool PassKept, class V>
 PPL_INLINE void blend_with(uint8_t* out, uint8_t* kept_out, const blend_rows& rows, int bytes,
                            int threshold) {
   const uint8_t *const kept = rows.kept, *const below = rows.below;
@@ -79,7 +79,7 @@ PPL_INLINE void blend_with(uint8_t* out, uint8_t* kept_out, const blend_rows& ro
   step(none);
 }
 
-template <layout L, bool PassKept>
+template <byte_order L, bool PassKept>
 PPL_INLINE void blend_widest(uint8_t* out, uint8_t* kept_out, const blend_rows& rows, int bytes,
                              int threshold) {
   if constexpr (kWidth > 32) {  // rows are multiples of 32 bytes
@@ -91,7 +91,7 @@ PPL_INLINE void blend_widest(uint8_t* out, uint8_t* kept_out, const blend_rows& 
   blend_with<L, PassKept, wide>(out, kept_out, rows, bytes, threshold);
 }
 
-template <layout L>
+template <byte_order L>
 static void blend_row(uint8_t* out, uint8_t* kept_out, const blend_rows& rows, int pixels, int threshold) {
   if (pixels == 0) return;
   if (kept_out != nullptr) {

@@ -7,7 +7,7 @@
 namespace ppl::PPL_LEVEL {
 
 // V::size pixels of both rows: stores luma, gives the mean chroma for split_chroma().
-template <layout L, bool Mirror, class V>
+template <byte_order L, bool Mirror, class V>
 PPL_INLINE V store_luma(uint8_t* luma_0, uint8_t* luma_1, const uint8_t* in_0, const uint8_t* in_1) {
   const V a0 = loadu<V>(in_0), a1 = loadu<V>(in_0 + V::size);
   const V b0 = loadu<V>(in_1), b1 = loadu<V>(in_1 + V::size);
@@ -28,7 +28,7 @@ PPL_INLINE void fetch_ahead(const uint8_t* out, ptrdiff_t done) {
   }
 }
 
-template <layout L, bool Mirror>
+template <byte_order L, bool Mirror>
 static void planes_rows(const plane_rows& out, const uint8_t* in_0, const uint8_t* in_1, int pixels) {
   uint8_t *const luma_0 = out.luma[0], *const luma_1 = out.luma[1], *const u = out.u, *const v = out.v;
   constexpr int n = kWidth;

@@ -12,9 +12,9 @@
 namespace ppl::PPL_LEVEL {
 
 #ifdef __SSSE3__
-template <layout L, class V>
+template <byte_order L, class V>
 PPL_INLINE bgr16<V> colours(V packed) {
-  constexpr bool yuyv = L == layout::yuyv;
+  constexpr bool yuyv = L == byte_order::yuyv;
   // Pairs of bytes times pairs of coefficients: luma with nothing, U with V. No sum leaves 16 bits.
   const V above_black = subs_u8(packed, set16<V>(yuyv ? 16 : 16 << 8));
   const V y = madd8(above_black, set16<V>(yuyv ? 74 : 74 << 8));
@@ -26,7 +26,7 @@ PPL_INLINE bgr16<V> colours(V packed) {
           r = madd8(set16<V>(102 << 8), uv);
   return {sra16<6>(add16(y, b)), sra16<6>(sub16(y, g)), sra16<6>(add16(y, r))};
 }
-template <layout L>
+template <byte_order L>
 static void rgb24_row(uint8_t* out, const uint8_t* in, int pixels) {
   walk_exact(pixels, [&]<class V>(int x) {
     V first, second;
@@ -36,7 +36,7 @@ static void rgb24_row(uint8_t* out, const uint8_t* in, int pixels) {
 }
 #else
 // Two pixels that share their chroma in the same lane of two vectors.
-template <layout L>
+template <byte_order L>
 static void rgb24_row(uint8_t* out, const uint8_t* in, int pixels) {
   using V = vec16;
   const V times_74 = factor16<V>(74), times_129 = factor16<V>(129), times_25 = factor16<V>(25),

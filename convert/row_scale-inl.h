@@ -9,14 +9,14 @@
 namespace ppl::PPL_LEVEL {
 
 // One macropixel from each pair: its lumas are the means within the two, its chroma the mean between them.
-template <layout L, class V>
+template <byte_order L, class V>
 PPL_INLINE V join_macropixels(V even_ones, V odd_ones) {
   const V low = avg8(even_ones, srl32<16>(even_ones)), high = avg8(odd_ones, sll32<16>(odd_ones));
   const V low_half = set32<V>(0x0000ffff);
   return with_chroma<L>((low & low_half) | andnot(low_half, high), avg8(even_ones, odd_ones));
 }
 
-template <layout L>
+template <byte_order L>
 static void shrink_row_2(uint8_t* out, const uint8_t* in, int in_pixels) {
   walk_exact(in_pixels, [&]<class V>(int x) {
     const V a = loadu<V>(in + 2 * x), b = loadu<V>(in + 2 * x + V::size);
@@ -25,7 +25,7 @@ static void shrink_row_2(uint8_t* out, const uint8_t* in, int in_pixels) {
 }
 
 // The same on the even macropixels alone.
-template <layout L>
+template <byte_order L>
 static void shrink_row_4(uint8_t* out, const uint8_t* in, int in_pixels) {
   const int bytes = in_pixels / 2;
   walk_exact(bytes & ~15, [&]<class V>(int x) {

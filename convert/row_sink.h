@@ -1,13 +1,12 @@
 // Where finished rows go: the end that all conversions share.
 //
-// A conversion hands over finished rows of packed 4:2:2 in image order, by pointer: a row of the caller's source
-// as it stands, or one that it made where make_row() told it. The sink packs them in the format of the picture and
-// keeps the place of the next row.
+// A conversion hands over finished rows of packed 4:2:2 in image order: a row of the caller's source as it is, or one
+// that it made where make_row() told it. The sink packs them in the format of the picture.
 //
-// The destination is a run of bytes. Black line counts are not tested when they are set, so a picture's rows can lie
-// outside it, and the planes of I420 on top of one another. Whether that is so is found out once, when the sink is
-// opened: a direct sink stores whole rows where they belong; any other prepares its rows in row storage and
-// carries over what falls inside the destination, in steps of 32 pixels: luma, U, V.
+// Black line counts are not tested when they are set, so a picture's rows can lie outside the destination, and the
+// planes of I420 on top of one another. Whether that is so is found out once, when the sink is opened: a direct sink
+// stores whole rows where they belong; any other prepares its rows in row storage and carries over what falls inside
+// the destination, in steps of 32 pixels: luma, U, V.
 #pragma once
 
 #include <stdint.h>
@@ -15,57 +14,60 @@
 #include "convert/convert_kernels.h"
 #include "platform/levels.h"
 #include "record/context.h"
+#include "record/destination.h"
 #include "record/job.h"
+#include "rows/row_kernels.h"
 
 namespace ppl {
 
-// Row storage of a call, laid over the record's rings.
-struct row_storage {
-  uint8_t *blended, *widened_before, *made[4], *staging;
-};
-row_storage lay_out_rows(ppl_context* c);
+// Row storage of a call, laid over the record's rings: rows 0 to 3 are the sink's, the others its caller's.
+constexpr int kSinkRows = 4;
+inline uint8_t* ring_row(ppl_context* c, int i) {
+  return c->ring_pool + i * kRingSlotBytes;
+}
 
 struct row_sink {
   const convert_kernels* kernels;
-  row_storage rows;
-  layout from;
+  const row_kernels* rows;
+  ppl_context* context;
+  byte_order from;
   out_format to;
   bool mirrored;       // I420 only: rows come out reversed
-  bool direct;         // every store lies inside the destination and inside its own plane
+  bool direct;         // every image row lies inside the destination, and inside its own plane
+  bool in_place;       // rows may be made where they belong
   int pixels, padded;  // of a row; padded: rounded up to whole tiles
-  uint8_t* base;       // destination
-  int64_t bytes;
-  int64_t at, step;  // the next row (I420: luma), bytes from base, and what leads to the one after it
-  int64_t u, v, chroma_step;
+  destination out;
+  picture_rows places;
+  int64_t row;                   // the next one's place in `places`
   const uint8_t* first_of_pair;  // I420: the row that waits for its second
-  int put;                       // rows so far
 };
 
-// The rows a picture is made of. Counts are those really drawn: never negative.
-struct picture_rows {
-  int64_t top_black, image, bottom_black;
+// What a picture is drawn on and how. The mirrors are for I420 alone.
+struct canvas {
+  byte_order from;
+  out_format to;
+  destination out;
+  int pixels;  // of a row
+  bool h_mirror, v_mirror;
 };
-
-// A sink at the first row of the picture: the first row in memory, for RGB24 the last. h_mirror and v_mirror are
-// for I420 alone.
-row_sink open_sink(ppl_context* c, layout from, out_format to, uint8_t* base, int64_t bytes, int pixels,
-                   bool h_mirror, bool v_mirror);
-// To be called with the sink at its first row, black ones included. image_shift: how far the first image row lies
-// from the place behind the top black lines.
-void find_out_whether_direct(row_sink& sink, const ppl_context* c, const picture_rows& rows,
-                             int64_t image_shift);
+// A sink for image rows first_row .. first_row + image_rows - 1. Row 0 is the first in memory, for RGB24 the last.
+row_sink open_sink(ppl_context* c, const canvas& on, int64_t first_row, int64_t image_rows);
 
 // Where the next row may be made, or one of the three behind it. Good until four rows later.
 uint8_t* make_row(const row_sink& sink, int ahead = 0);
-// Whether that is the picture itself.
-bool makes_rows_in_place(const row_sink& sink);
+// The next row has been made there.
+void put_made_row(row_sink& sink);
 void put_row(row_sink& sink, const uint8_t* row);
-// Flat rows; in I420 two at a time, an odd last one is not drawn. RGB24 has 0 for any colour.
-void put_flat_rows(row_sink& sink, int64_t count, uint8_t luma, uint8_t chroma);
+// Flat rows from row `first` on; in I420 two at a time, an odd last one is not drawn. RGB24 has 0 for any colour.
+void put_flat_rows(const row_sink& sink, int64_t first, int64_t count, uint8_t luma, uint8_t chroma);
 
-// What of these bytes falls inside the destination.
-void store_inside(const row_sink& sink, int64_t at, const uint8_t* bytes, int64_t count);
-// The same for the luma and chroma of prepared rows, in steps of 32 pixels, from the side where the rows begin.
-void store_planes_inside(const row_sink& sink, const plane_rows& prepared);
+// Where to make the next two rows and their chroma: in the destination if the sink is direct, else in row storage.
+plane_rows make_pair(const row_sink& sink);
+// The two rows have been made there, and `made` tells of which planes.
+void store_pair(const row_sink& sink, const plane_rows& made);  // what of it falls inside the destination
+inline void put_made_pair(row_sink& sink, const plane_rows& made) {
+  if (!sink.direct) store_pair(sink, made);
+  sink.row = (sink.row | 1) + 1;
+}
 
 }  // namespace ppl

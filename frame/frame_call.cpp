@@ -76,7 +76,7 @@ int road_of(const frame_job& job, const quality_row& quality) {
   const bool visited = c->tiles_per_row > 0 && c->row_pairs > 0;
   const buffer_use use = road == PPL_ROAD_RAW ? raw_path_use(job) : buffer_use{visited, visited};
   const bool lacks = (use.source && job.source == nullptr) ||
-                     (use.destination && job.destination == nullptr && job.destination_bytes > 0);
+                     (use.destination && job.out.base == nullptr && job.out.bytes > 0);
   return lacks ? PPL_ROAD_COUNTED : road;
 }
 
@@ -106,8 +106,8 @@ call_result run_frame_call(ppl_context* c, out_format format, const bayer_call& 
   if (aligned(16, call.source, call.destination) && !c->P3_only) {
     result.ran = !call.lacks_buffer;
     if (result.ran)
-      result.ok = quality_dispatch(
-          {c, format, call.source, call.destination, output_bytes(c, format), c->out_pixels});
+      result.ok =
+          quality_dispatch({c, format, call.source, {call.destination, output_bytes(c, format), nullptr}});
     else
       ++c->n_frame;
   }

@@ -2,6 +2,7 @@
 
 #include "frame/scaler_kernels.h"
 #include "platform/levels.h"
+#include "rows/row_kernels.h"
 
 namespace ppl {
 namespace {
@@ -40,6 +41,28 @@ scaler_columns plan_columns(ppl_context* c, const scaler_plane& p, uint32_t coun
   return columns;
 }
 
+// Outputs first .. first + count - 1 of a line.
+inline void pass(const kernels& k, const scaler_columns& columns, const uint8_t* row, uint8_t* line,
+                 uint32_t first, uint32_t count) {
+  if (columns.way == scaler_way::copied)
+    k.rows->copy(line, row + first, count, false);
+  else if (columns.way == scaler_way::halved)
+    k.rows->halve(line, row + 2 * first, count, false);
+  else
+    k.scaler->line(columns, row, line, first, count);
+}
+
+// blend(top, bottom, weight); weight 0 reads nothing of bottom.
+void blend(const ppl_context* c, const uint8_t* top, const uint8_t* bottom, uint32_t weight, uint8_t* out,
+           uint32_t bytes) {
+  if (weight == 0)
+    c->kernels->rows->copy(out, top, bytes, false);
+  else if (weight == 128)
+    c->kernels->rows->mean(out, top, bottom, bytes);
+  else
+    c->kernels->scaler->blend(top, bottom, weight, out, bytes);
+}
+
 struct source_row {
   const uint8_t* at;
   int64_t left;  // bytes up to the end of the source
@@ -58,16 +81,15 @@ struct planar_pass {
   uint32_t reach;  // bytes from the start of a row that the pass may read
 
   void operator()(uint32_t row, uint8_t* line) const {
-    const scaler_kernels& k = *context->kernels->scaler;
     source_row r = row_of(*plane, row);
     if (r.left < reach) {
       uint8_t* const padded = context->scratch + kLumaRow;
       const uint32_t inside = r.left < 0 ? 0 : static_cast<uint32_t>(r.left);
-      k.blend(r.at, r.at, 0, padded, inside);  // a copy
+      context->kernels->rows->copy(padded, r.at, inside, false);
       for (uint32_t i = inside; i < reach; ++i) padded[i] = 0;
       r.at = padded;
     }
-    k.line(columns, r.at, line, 0, columns.count);
+    pass(*context->kernels, columns, r.at, line, 0, columns.count);
   }
 };
 
@@ -80,16 +102,16 @@ struct packed_pass {
   uint32_t reach;  // source pixels that any position may use; even
 
   void operator()(uint32_t row, uint8_t* line) const {
-    const scaler_kernels& k = *context->kernels->scaler;
+    const kernels& k = *context->kernels;
     uint8_t* const y = context->scratch + kLumaRow;
     uint8_t* const u = context->scratch + kURow;
     uint8_t* const v = context->scratch + kVRow;
     const source_row r = row_of(*plane, row);
     if (columns.way == scaler_way::copied && r.left >= 2 * columns.count)
-      return k.line(columns, r.at, line, 0, 2 * columns.count);
+      return k.rows->copy(line, r.at, 2 * columns.count, false);
     const uint32_t inside = r.left < 0 ? 0 : r.left / 2 < reach ? static_cast<uint32_t>(r.left / 2) : reach;
     const uint32_t whole = inside & ~31u;
-    k.split(r.at, y, u, v, whole);
+    k.rows->split(y, u, v, r.at, whole);
     const auto sample = [&](uint32_t i) { return i < r.left ? r.at[i] : uint8_t{0}; };
     for (uint32_t x = whole; x < reach; x += 2) {
       y[x] = sample(2 * x);
@@ -102,10 +124,10 @@ struct packed_pass {
     uint8_t* const run_v = run_u + kRunPixels / 2;
     for (uint32_t first = 0; first < columns.count; first += kRunPixels) {
       const uint32_t left = columns.count - first, n = left < kRunPixels ? left : kRunPixels;
-      k.line(columns, y, run, first, n);
-      k.line(columns, u, run_u, first / 2, n / 2);
-      k.line(columns, v, run_v, first / 2, n / 2);
-      k.join(line + 2 * first, run, run_u, run_v, n);
+      pass(k, columns, y, run, first, n);
+      pass(k, columns, u, run_u, first / 2, n / 2);
+      pass(k, columns, v, run_v, first / 2, n / 2);
+      k.rows->join(line + 2 * first, run, run_u, run_v, n);
     }
   }
 };
@@ -116,7 +138,6 @@ struct packed_pass {
 // not needed again, is passed to its place at once.
 template <class Pass>
 void walk_rows(ppl_context* c, const scaler_plane& p, bool whole_groups, const Pass& read) {
-  const scaler_kernels& k = *c->kernels->scaler;
   constexpr uint32_t kNone = ~0u;
   uint32_t held[2] = {kNone, kNone};
   const auto line_of = [&](uint32_t row) {
@@ -141,7 +162,7 @@ void walk_rows(ppl_context* c, const scaler_plane& p, bool whole_groups, const P
     }
     const uint8_t* const top = line_of(index);
     const uint8_t* const bottom = alone || index == last ? top : line_of(index + 1);
-    k.blend(top, bottom, weight, out, room < pitch ? static_cast<uint32_t>(room) : pitch);
+    blend(c, top, bottom, weight, out, room < pitch ? static_cast<uint32_t>(room) : pitch);
   }
 }
 

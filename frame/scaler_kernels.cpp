@@ -96,16 +96,6 @@ void prepare(scaler_columns& c) {
   }
 }
 
-void copied_line(const uint8_t* row, uint8_t* out, int count) {
-  walk_exact(count, [&]<class V>(int x) { storeu(out + x, loadu<V>(row + x)); });
-}
-
-void halved_line(const uint8_t* row, uint8_t* out, int count) {
-  walk_exact(count, [&]<class V>(int x) {
-    storeu(out + x, even_bytes(loadu<V>(row + 2 * x), loadu<V>(row + 2 * x + V::size)));
-  });
-}
-
 // `last`: the sample in the row that has no right neighbour, counted from here.
 void doubled_line(const uint8_t* row, uint8_t* out, int count, int last) {
   const auto pairs = [&]<class V>(int x, V& first, V& second) {
@@ -228,10 +218,6 @@ void single_line(const scaler_columns& c, const uint8_t* row, uint8_t* out, uint
 void line(const scaler_columns& c, const uint8_t* row, uint8_t* out, uint32_t first, uint32_t count) {
   const int n = static_cast<int>(count);
   switch (c.way) {
-    case scaler_way::copied:
-      return copied_line(row + first, out, n);
-    case scaler_way::halved:
-      return halved_line(row + 2 * first, out, n);
     case scaler_way::doubled:
       return doubled_line(row + first / 2, out, n,
                           static_cast<int>(c.limit > first / 2 ? c.limit - first / 2 : 0));
@@ -246,32 +232,6 @@ void line(const scaler_columns& c, const uint8_t* row, uint8_t* out, uint32_t fi
     default:
       return single_line(c, row, out, first, n);
   }
-}
-
-// ---- packed lines
-
-void split(const uint8_t* row, uint8_t* y, uint8_t* u, uint8_t* v, uint32_t pixels) {
-  walk_exact(static_cast<int>(pixels / 2), [&]<class V>(int x) {
-    V words[4];
-    for (int k = 0; k < 4; ++k) words[k] = loadu<V>(row + 4 * x + V::size * k);
-    storeu(y + 2 * x, even_bytes(words[0], words[1]));
-    storeu(y + 2 * x + V::size, even_bytes(words[2], words[3]));
-    const V lo = odd_bytes(words[0], words[1]), hi = odd_bytes(words[2], words[3]);
-    storeu(u + x, even_bytes(lo, hi));
-    storeu(v + x, odd_bytes(lo, hi));
-  });
-}
-
-void join(uint8_t* line, const uint8_t* y, const uint8_t* u, const uint8_t* v, uint32_t pixels) {
-  walk_exact(static_cast<int>(pixels / 2), [&]<class V>(int x) {
-    V chroma[2], first, second;
-    interleave8(loadu<V>(u + x), loadu<V>(v + x), chroma[0], chroma[1]);
-    for (int k = 0; k < 2; ++k) {
-      interleave8(loadu<V>(y + 2 * x + V::size * k), chroma[k], first, second);
-      storeu(line + 4 * x + 2 * V::size * k, first);
-      storeu(line + 4 * x + 2 * V::size * k + V::size, second);
-    }
-  });
 }
 
 // ---- vertical pass
@@ -296,23 +256,16 @@ PPL_INLINE V blend_rows(V a, V b, int f) {
 
 void blend(const uint8_t* top, const uint8_t* bottom, uint32_t weight, uint8_t* out, uint32_t bytes) {
   const int whole = static_cast<int>(bytes & ~15u), f = static_cast<int>(weight);
-  if (f == 0) {
-    copied_line(top, out, whole);
-  } else if (f == 128) {
-    walk_exact(whole,
-               [&]<class V>(int x) { storeu(out + x, avg8(loadu<V>(top + x), loadu<V>(bottom + x))); });
-  } else {
-    walk_exact(whole, [&]<class V>(int x) {
-      storeu(out + x, blend_rows(loadu<V>(top + x), loadu<V>(bottom + x), f));
-    });
-  }
+  walk_exact(whole, [&]<class V>(int x) {
+    storeu(out + x, blend_rows(loadu<V>(top + x), loadu<V>(bottom + x), f));
+  });
   for (uint32_t x = static_cast<uint32_t>(whole); x < bytes; ++x)
-    out[x] = f == 0 ? top[x] : blend_one(top[x], bottom[x], weight);
+    out[x] = blend_one(top[x], bottom[x], weight);
 }
 
 }  // namespace
 
 extern const scaler_kernels scaler_table;
-const scaler_kernels scaler_table = {prepare, line, split, join, blend};
+const scaler_kernels scaler_table = {.prepare = prepare, .line = line, .blend = blend};
 
 }  // namespace ppl::PPL_LEVEL

@@ -6,18 +6,22 @@
 // The YUV that leaves the element is full-range BT.601, as its colorimetry says: the library's own chroma, the plain
 // colour differences, is brought to that scale by way of the sensor matrix. BGR leaves top row first.
 //
-// Widths are multiples of 32, heights even; up to 2016 x 2048.
+// Widths are multiples of 32, heights even; up to 2016 x 2048. A buffer holds one frame, rows back to back.
 #include <gst/base/gstbasetransform.h>
 #include <gst/gst.h>
 #include <gst/video/video.h>
 #include <ppl.h>
+#include <ppl_qualities.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <mutex>
 #include <new>
+#include <string>
 #include <tuple>
+
+#include "flat_colours.h"
 
 #define PPL_TYPE_BAYER (ppl_bayer_get_type())
 G_DECLARE_FINAL_TYPE(PplBayer, ppl_bayer, PPL, BAYER, GstBaseTransform)
@@ -52,7 +56,7 @@ struct Control {
 // By property; low and high of 0 and 1 make a switch.
 constexpr Control controls[properties] = {
     {},
-    {"quality", "Reconstruction: 15, or 0, 1, 2, 3, 10, 11, 12", 0, 15, 15},
+    {"quality", "Reconstruction: 15, or 0, 1, 2, 3, 10, 11; 12, 13 grey; 4 the raw mosaic", 0, 15, 15},
     {"black-level", "Black level of all four sites, in sample steps", 0, 255, 0},
     {"red-gain", "White balance, 256 is 1.0", 0, 2047, 256},
     {"green-gain", "White balance, 256 is 1.0", 0, 2047, 256},
@@ -73,10 +77,51 @@ bool is_switch(const Control& control) {
 
 constexpr char sink_caps[] =
     "video/x-bayer, format=bggr, width=[32, 2016, 32], height=[2, 2048, 2], framerate=[0/1, 2147483647/1]";
-constexpr char source_caps[] =
-    "video/x-raw, format={I420, YUY2, UYVY}, colorimetry=1:4:7:1, width=[32, 2016, 32], height=[2, 2048, 2], "
-    "framerate=[0/1, 2147483647/1]; "
-    "video/x-raw, format=BGR, width=[32, 2016, 32], height=[2, 2048, 2], framerate=[0/1, 2147483647/1]";
+
+// What the element makes: the library's frame and call behind each of GStreamer's formats.
+struct Output {
+  GstVideoFormat format;
+  ppl_format frame;
+  Call call;
+  const char* caps;
+};
+#define SOURCE_SIZES ", width=[32, 2016, 32], height=[2, 2048, 2], framerate=[0/1, 2147483647/1]"
+constexpr Output outputs[] = {
+    {GST_VIDEO_FORMAT_I420, PPL_FORMAT_I420, ppl_process_blrtoi420,
+     "video/x-raw, format=I420, colorimetry=1:4:7:1" SOURCE_SIZES},
+    {GST_VIDEO_FORMAT_YUY2, PPL_FORMAT_YUYV, ppl_process_blrtoyuyv,
+     "video/x-raw, format=YUY2, colorimetry=1:4:7:1" SOURCE_SIZES},
+    {GST_VIDEO_FORMAT_UYVY, PPL_FORMAT_UYVY, ppl_process_blrtouyvy,
+     "video/x-raw, format=UYVY, colorimetry=1:4:7:1" SOURCE_SIZES},
+    {GST_VIDEO_FORMAT_BGR, PPL_FORMAT_RGB24, ppl_process_blrtorgb24, "video/x-raw, format=BGR" SOURCE_SIZES},
+};
+
+bool makes(int quality, const Output& output) {
+  return ppl_quality_is_whole(static_cast<uint32_t>(quality), 0, output.frame, PPL_SIZE_SAME, 0, 0) != 0;
+}
+
+bool is_raw(int quality) {
+  return ppl_quality_table[quality].road == PPL_ROAD_RAW;
+}
+
+// The formats that a quality makes, with commas between them; empty if it makes no picture.
+std::string formats_of(int quality) {
+  std::string list;
+  for (const Output& output : outputs)
+    if (makes(quality, output))
+      list += (list.empty() ? "" : ", ") + std::string(gst_video_format_to_string(output.format));
+  return list;
+}
+
+// The caps of all outputs of a quality. Of one that makes no picture all there are: pads link then, and the start of
+// the element tells the reason.
+GstCaps* source_caps(int wanted) {
+  GstCaps* all = gst_caps_new_empty();
+  const bool any = formats_of(wanted).empty();
+  for (const Output& output : outputs)
+    if (any || makes(wanted, output)) gst_caps_append(all, gst_caps_from_string(output.caps));
+  return all;
+}
 
 std::mutex pool;  // ppl_init must not run twice at a time
 
@@ -112,8 +157,9 @@ struct State {
   ppl_context* context = nullptr;
   int values[properties] = {};
   bool changed = true;
+  int applied_quality = -1;
   GstVideoInfo info = {};
-  Call call = nullptr;
+  const Output* output = nullptr;
   Block source, frame;
   std::mutex lock;
 };
@@ -132,8 +178,10 @@ namespace {
 void apply_controls(State& s) {
   ppl_context* c = s.context;
   const int* v = s.values;
-  const bool rgb = s.call == ppl_process_blrtorgb24;
+  const bool rgb = s.output->frame == PPL_FORMAT_RGB24;
   const auto u = [v](Property p) { return static_cast<uint32_t>(v[p]); };
+  if (s.applied_quality == 10 || s.applied_quality == 11) forget_flat_colours(c);
+  s.applied_quality = v[quality];
   ppl_set_quality(c, u(quality));
   ppl_set_optical_black_b_gb_gr_r(c, u(black_level), u(black_level), u(black_level), u(black_level));
   ppl_set_rgb_gain(c, u(red_gain), u(green_gain), u(blue_gain));
@@ -160,6 +208,7 @@ void set_property(GObject* object, guint id, const GValue* value, GParamSpec*) {
   const std::lock_guard guard(s.lock);
   s.values[id] = is_switch(controls[id]) ? g_value_get_boolean(value) : g_value_get_int(value);
   s.changed = true;
+  if (id == quality) gst_base_transform_reconfigure_src(GST_BASE_TRANSFORM(object));
 }
 
 void get_property(GObject* object, guint id, GValue* value, GParamSpec*) {
@@ -176,14 +225,29 @@ void finalize(GObject* object) {
   G_OBJECT_CLASS(ppl_bayer_parent_class)->finalize(object);
 }
 
+int quality_of(State& s) {
+  const std::lock_guard guard(s.lock);
+  return s.values[quality];
+}
+
 gboolean start(GstBaseTransform* base) {
   State& s = *PPL_BAYER(base)->state;
+  const int wanted = quality_of(s);
+  if (formats_of(wanted).empty()) {
+    GST_ELEMENT_ERROR(base, LIBRARY, SETTINGS,
+                      ("quality %d makes no picture; use 0 to 4, 9 to 13 or 15", wanted), (nullptr));
+    return FALSE;
+  }
   const std::lock_guard guard(pool);
   s.context = ppl_init();
   s.changed = true;
-  if (!s.context)
+  s.applied_quality = -1;
+  if (!s.context) {
     GST_ELEMENT_ERROR(base, RESOURCE, TOO_LAZY, ("all eight contexts of the library are in use"), (nullptr));
-  return s.context != nullptr;
+    return FALSE;
+  }
+  forget_flat_colours(s.context);  // of the context's last owner
+  return TRUE;
 }
 
 gboolean stop(GstBaseTransform* base) {
@@ -194,8 +258,9 @@ gboolean stop(GstBaseTransform* base) {
 }
 
 // The same size and rate on the other side.
-GstCaps* transform_caps(GstBaseTransform*, GstPadDirection from, GstCaps* caps, GstCaps* filter) {
-  GstCaps* all = gst_caps_from_string(from == GST_PAD_SINK ? source_caps : sink_caps);
+GstCaps* transform_caps(GstBaseTransform* base, GstPadDirection from, GstCaps* caps, GstCaps* filter) {
+  GstCaps* all = from == GST_PAD_SINK ? source_caps(quality_of(*PPL_BAYER(base)->state))
+                                      : gst_caps_from_string(sink_caps);
   GstCaps* result = gst_caps_new_empty();
   for (guint i = 0; i < gst_caps_get_size(caps); ++i)
     for (guint j = 0; j < gst_caps_get_size(all); ++j) {
@@ -229,24 +294,39 @@ gboolean get_unit_size(GstBaseTransform*, GstCaps* caps, gsize* size) {
   return TRUE;
 }
 
+// One frame of one side is one frame of the other; transform() looks whether it is one.
+gboolean transform_size(GstBaseTransform* base, GstPadDirection, GstCaps*, gsize, GstCaps* other,
+                        gsize* size) {
+  return get_unit_size(base, other, size);
+}
+
+// Where nothing can be agreed on the reason is told: a quality that does not make what follows takes.
+gboolean sink_event(GstBaseTransform* base, GstEvent* event) {
+  const bool caps = GST_EVENT_TYPE(event) == GST_EVENT_CAPS;
+  const gboolean done = GST_BASE_TRANSFORM_CLASS(ppl_bayer_parent_class)->sink_event(base, event);
+  if (caps && !done) {
+    const int wanted = quality_of(*PPL_BAYER(base)->state);
+    GstCaps* taken = gst_pad_peer_query_caps(GST_BASE_TRANSFORM_SRC_PAD(base), nullptr);
+    gchar* listed = gst_caps_to_string(taken);
+    GST_ELEMENT_ERROR(base, CORE, NEGOTIATION,
+                      ("nothing that quality %d makes is taken by what follows: it makes %s", wanted,
+                       formats_of(wanted).c_str()),
+                      ("what follows takes %s", listed));
+    g_free(listed);
+    gst_caps_unref(taken);
+  }
+  return done;
+}
+
 gboolean set_caps(GstBaseTransform* base, GstCaps*, GstCaps* out) {
   State& s = *PPL_BAYER(base)->state;
   const std::lock_guard guard(s.lock);
   if (!gst_video_info_from_caps(&s.info, out)) return FALSE;
-  switch (GST_VIDEO_INFO_FORMAT(&s.info)) {
-    case GST_VIDEO_FORMAT_I420:
-      s.call = ppl_process_blrtoi420;
-      break;
-    case GST_VIDEO_FORMAT_YUY2:
-      s.call = ppl_process_blrtoyuyv;
-      break;
-    case GST_VIDEO_FORMAT_UYVY:
-      s.call = ppl_process_blrtouyvy;
-      break;
-    default:
-      s.call = ppl_process_blrtorgb24;
-      break;
-  }
+  const auto found = std::find_if(std::begin(outputs), std::end(outputs), [&](const Output& output) {
+    return output.format == GST_VIDEO_INFO_FORMAT(&s.info);
+  });
+  if (found == std::end(outputs)) return FALSE;
+  s.output = found;
   const gsize pixels = static_cast<gsize>(s.info.width) * static_cast<gsize>(s.info.height);
   s.source.resize(pixels);
   s.frame.resize(GST_VIDEO_INFO_SIZE(&s.info));
@@ -254,25 +334,56 @@ gboolean set_caps(GstBaseTransform* base, GstCaps*, GstCaps* out) {
   return TRUE;
 }
 
+// Why no frame can be made at the controls in force; empty if one can.
+std::string refusal(const State& s) {
+  const int q = s.values[quality];
+  const std::string made = formats_of(q), number = std::to_string(q);
+  if (made.empty()) return "quality " + number + " makes no picture; use 0 to 4, 9 to 13 or 15";
+  if (!makes(q, *s.output))
+    return "quality " + number + " makes no " + gst_video_format_to_string(s.output->format) + ", but " +
+           made;
+  if (is_raw(q) && (s.values[h_mirror] || s.values[v_mirror]))
+    return "quality " + number + " is the mosaic as it is: it has no mirrors";
+  return {};
+}
+
+// GStreamer's RGB has its top row first. The library's mirror turns it for all but the raw qualities.
+void turn_rows(uint8_t* frame, gsize row, gsize rows) {
+  for (gsize y = 0; y < rows / 2; ++y)
+    std::swap_ranges(frame + y * row, frame + (y + 1) * row, frame + (rows - 1 - y) * row);
+}
+
 // The library writes into its source, so it gets a copy; the result goes straight out if the buffer is aligned.
 GstFlowReturn transform(GstBaseTransform* base, GstBuffer* in, GstBuffer* out) {
   State& s = *PPL_BAYER(base)->state;
   const std::lock_guard guard(s.lock);
-  if (s.changed) apply_controls(s);
-  const auto width = static_cast<uint32_t>(s.info.width), height = static_cast<uint32_t>(s.info.height);
-  const gsize size = GST_VIDEO_INFO_SIZE(&s.info);
-  if (gst_buffer_extract(in, 0, s.source.data(), gsize{width} * height) != gsize{width} * height) {
-    GST_ELEMENT_ERROR(base, STREAM, WRONG_TYPE, ("a buffer holds less than one frame"), (nullptr));
+  if (const std::string why = refusal(s); !why.empty()) {
+    GST_ELEMENT_ERROR(base, LIBRARY, SETTINGS, ("%s", why.c_str()), (nullptr));
     return GST_FLOW_ERROR;
   }
+  if (s.changed) apply_controls(s);
+  const auto width = static_cast<uint32_t>(s.info.width), height = static_cast<uint32_t>(s.info.height);
+  const gsize size = GST_VIDEO_INFO_SIZE(&s.info), held = gst_buffer_get_size(in);
+  if (held != gsize{width} * height) {
+    GST_ELEMENT_ERROR(base, STREAM, WRONG_TYPE,
+                      ("a buffer holds %" G_GSIZE_FORMAT " bytes, a frame of %u x %u has %" G_GSIZE_FORMAT,
+                       held, width, height, gsize{width} * height),
+                      (nullptr));
+    return GST_FLOW_ERROR;
+  }
+  gst_buffer_extract(in, 0, s.source.data(), held);
   GstMapInfo map;
   if (!gst_buffer_map(out, &map, GST_MAP_WRITE)) return GST_FLOW_ERROR;
   const bool direct = map.size >= size && reinterpret_cast<uintptr_t>(map.data) % 16 == 0;
   uint8_t* frame = direct ? map.data : s.frame.data();
-  const uint8_t done = s.call(s.context, s.source.data(), frame, width, height, width);
+  const uint32_t before = ppl_n_frame(s.context);
+  const bool done = s.output->call(s.context, s.source.data(), frame, width, height, width) ||
+                    is_raw(s.values[quality]);  // they answer false although they make their picture
+  const bool made = done && ppl_n_frame(s.context) != before;
+  if (is_raw(s.values[quality]) && s.output->frame == PPL_FORMAT_RGB24) turn_rows(frame, 3 * width, height);
   if (!direct) memcpy(map.data, frame, std::min<gsize>(map.size, size));
   gst_buffer_unmap(out, &map);
-  if (done) return GST_FLOW_OK;
+  if (made) return GST_FLOW_OK;
   GST_ELEMENT_ERROR(base, STREAM, FORMAT, ("the library refuses a %u x %u frame", width, height), (nullptr));
   return GST_FLOW_ERROR;
 }
@@ -305,9 +416,9 @@ static void ppl_bayer_class_init(PplBayerClass* type) {
   GstElementClass* element = GST_ELEMENT_CLASS(type);
   gst_element_class_set_static_metadata(element, "Bayer reconstruction", "Filter/Converter/Video",
                                         "Turns raw Bayer frames into finished ones", "ppl");
-  for (const auto& [name, direction, caps] :
-       {std::tuple{"sink", GST_PAD_SINK, sink_caps}, std::tuple{"src", GST_PAD_SRC, source_caps}}) {
-    GstCaps* allowed = gst_caps_from_string(caps);
+  for (const auto& [name, direction, allowed] :
+       {std::tuple{"sink", GST_PAD_SINK, gst_caps_from_string(sink_caps)},
+        std::tuple{"src", GST_PAD_SRC, source_caps(0)}}) {
     gst_element_class_add_pad_template(element,
                                        gst_pad_template_new(name, direction, GST_PAD_ALWAYS, allowed));
     gst_caps_unref(allowed);
@@ -317,10 +428,12 @@ static void ppl_bayer_class_init(PplBayerClass* type) {
   base->stop = stop;
   base->transform_caps = transform_caps;
   base->get_unit_size = get_unit_size;
+  base->transform_size = transform_size;
+  base->sink_event = sink_event;
   base->set_caps = set_caps;
   base->transform = transform;
 }
 
 #define PACKAGE "ppl"
-GST_PLUGIN_DEFINE(GST_VERSION_MAJOR, GST_VERSION_MINOR, ppl, "Bayer reconstruction", plugin_init, PPL_ELEMENT_VERSION,
-                  "unknown", "ppl", "ppl")
+GST_PLUGIN_DEFINE(GST_VERSION_MAJOR, GST_VERSION_MINOR, ppl, "Bayer reconstruction", plugin_init,
+                  PPL_ELEMENT_VERSION, "unknown", "ppl", "ppl")

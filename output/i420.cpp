@@ -6,157 +6,95 @@
 //   doubled        each row widened to means and samples by turns and put on every second row, U and V bytes
 //                  twice; then the rows between are filled with means of their neighbours
 #include "output/output.h"
-#include "output/output_kernels.h"
 
 namespace ppl {
 
 namespace {
 
-struct planes {
-  uint8_t *u, *v;
-};
-
-planes chroma_at(const output_writer& w, int64_t at) {
-  return {w.base + at, w.base + at + w.context->out_quarter_pixels};
+// A doubled block begins 16 bytes before its place under the mirror.
+int64_t block_back(const output_writer& w) {
+  return w.decimation < 0 && w.h_mirror ? -16 : 0;
 }
 
-// What a doubled row takes for the sample left of its first one.
-uint8_t outside_sample(const output_writer& w, const uint8_t* row) {
-  return w.h_mirror ? 0 : row[0];
+void put_luma(output_writer& w, const finished_rows& rows, int first_tile, int tiles) {
+  const output_plan& plan = w.context->plan;
+  const int d = w.decimation, bytes_of_block = d < 0 ? 32 : 16;
+  const auto [blocks, x] = blocks_of(first_tile, tiles, d > 0 ? 2 : 1);
+  if (blocks == 0) return;
+  const int n = blocks * bytes_of_block;
+  const int64_t at = run_start(w.luma + block_back(w), blocks, plan.i420.luma_tile_step);
+  const int64_t pitch = (d < 0 ? 2 : 1) * int64_t{plan.i420_pitch.row_pitch};
+  uint8_t block[32];
+  for (int i = 0; i < (d > 0 ? 1 : 2); ++i) {
+    const uint8_t* const row = rows.plane[0][i];
+    uint8_t* const to = making_place(w, at + i * pitch, block);
+    if (d < 0)
+      w.kernels->widen(to, row + x, n / 2, {left_of(w, row, x), w.h_mirror, 0});
+    else
+      (d == 0 ? w.rows->copy : w.rows->halve)(to, row + x, n, w.h_mirror);
+    settle(w, at + i * pitch, block, n);
+  }
+  w.luma += int64_t{blocks} * plan.i420.luma_tile_step;
 }
 
-// ---- ordinary frames: one run for each row
-
-void put_rows(output_writer& w, int p, const finished_rows& rows) {
+void put_chroma(output_writer& w, const finished_rows& rows, int first_tile, int tiles) {
   const output_plan& plan = w.context->plan;
   const output_kernels& k = *w.kernels;
   const int d = w.decimation;
-  const int luma_blocks = d > 0 ? w.tiles / 2 : w.tiles;
-  const int chroma_blocks = d > 0 ? w.tiles / 4 : w.tiles / 2;
-  // A doubled block begins 16 bytes before its place under the mirror.
-  const int64_t back = d < 0 && w.h_mirror ? -16 : 0;
-  uint8_t* const luma = w.base + run_start(w.luma + back, luma_blocks, plan.i420.luma_tile_step);
-  const planes uv = chroma_at(w, run_start(w.chroma + back, chroma_blocks, plan.i420.chroma_tile_step));
-  const int64_t pitch = plan.i420_pitch.row_pitch;
-  if (d == 0) {
-    k.copy(luma, rows.plane[0][0], w.width, w.h_mirror);
-    k.copy(luma + pitch, rows.plane[0][1], w.width, w.h_mirror);
-    k.split_words(uv.u, uv.v, rows.plane[1][0], w.width / 2, w.h_mirror);
-  } else if (d > 0) {
-    k.halve(luma, rows.plane[0][0], w.width / 2, w.h_mirror);
-    if ((p & 1) != 0) k.split_every_second(uv.u, uv.v, rows.plane[1][0], w.width / 4, w.h_mirror);
-  } else {
-    k.widen(luma, rows.plane[0][0], w.width, {outside_sample(w, rows.plane[0][0]), w.h_mirror, 0});
-    k.widen(luma + 2 * pitch, rows.plane[0][1], w.width,
-            {outside_sample(w, rows.plane[0][1]), w.h_mirror, 0});
-    k.split_doubled(uv.u, uv.v, rows.plane[1][0], w.width / 2, w.h_mirror);
-  }
-  w.luma += int64_t{luma_blocks} * plan.i420.luma_tile_step;
-  if (d <= 0 || (p & 1) != 0) w.chroma += int64_t{chroma_blocks} * plan.i420.chroma_tile_step;
-}
-
-// ---- all other frames: tile by tile, clipped
-
-void put_tiles(output_writer& w, int p, const finished_rows& rows) {
-  const output_plan& plan = w.context->plan;
-  const output_kernels& k = *w.kernels;
-  const int64_t pitch = plan.i420_pitch.row_pitch;
-  const int64_t v_plane = w.context->out_quarter_pixels;
-  const bool h = w.h_mirror;
-  uint8_t a[32], b[32];
-  for (int t = 0; t < w.tiles; ++t) {
-    const int x = t * kTileColumns;
-    if (w.decimation == 0) {
-      for (int i = 0; i < 2; ++i) {
-        k.copy(a, rows.plane[0][i] + x, 16, h);
-        put_inside(w, w.luma + i * pitch, a, 16);
-      }
-      w.luma += plan.i420.luma_tile_step;
-      if ((t & 1) != 0) {
-        k.split_words(a, b, rows.plane[1][0] + x - 16, 16, h);
-        put_inside(w, w.chroma, a, 16);
-        put_inside(w, w.chroma + v_plane, b, 16);
-        w.chroma += plan.i420.chroma_tile_step;
-      }
-    } else if (w.decimation > 0) {
-      if ((t & 1) != 0) {
-        k.halve(a, rows.plane[0][0] + x - 16, 16, h);
-        put_inside(w, w.luma, a, 16);
-        w.luma += plan.i420.luma_tile_step;
-      }
-      if ((t & 3) == 3 && (p & 1) != 0) {
-        k.split_every_second(a, b, rows.plane[1][0] + x - 48, 16, h);
-        put_inside(w, w.chroma, a, 16);
-        put_inside(w, w.chroma + v_plane, b, 16);
-        w.chroma += plan.i420.chroma_tile_step;
-      }
-    } else {
-      const int64_t back = h ? -16 : 0;
-      for (int i = 0; i < 2; ++i) {
-        const uint8_t* const row = rows.plane[0][i] + x;
-        k.widen(a, row, 16, {t == 0 ? outside_sample(w, row) : row[-1], h, 0});
-        put_inside(w, w.luma + back + 2 * i * pitch, a, 32);
-      }
-      w.luma += plan.i420.luma_tile_step;
-      if ((t & 1) != 0) {
-        k.split_doubled(a, b, rows.plane[1][0] + x - 16, 16, h);
-        put_inside(w, w.chroma + back, a, 32);
-        put_inside(w, w.chroma + back + v_plane, b, 32);
-        w.chroma += plan.i420.chroma_tile_step;
-      }
-    }
-  }
+  const auto [blocks, x] = blocks_of(first_tile, tiles, d > 0 ? 4 : 2);
+  if (blocks == 0) return;
+  const int64_t u = run_start(w.chroma + block_back(w), blocks, plan.i420.chroma_tile_step);
+  const int64_t v = u + w.context->out_quarter_pixels;
+  uint8_t u_block[32], v_block[32];
+  const auto split = d == 0 ? k.split_words : d > 0 ? k.split_every_second : k.split_doubled;
+  split(making_place(w, u, u_block), making_place(w, v, v_block), rows.plane[1][0] + x, 16 * blocks,
+        w.h_mirror);
+  settle(w, u, u_block, d < 0 ? 32 : 16);
+  settle(w, v, v_block, d < 0 ? 32 : 16);
+  w.chroma += int64_t{blocks} * plan.i420.chroma_tile_step;
 }
 
 // ---- the rows between, at double size
 
-// `at` is a place in the row as the tiles' pointers give it: the row's first byte, under the mirror its last block.
-int64_t row_start(const output_writer& w, int64_t at, int row_bytes) {
-  return w.h_mirror ? at + 16 - row_bytes : at;
-}
-
-void fill_gaps(output_writer& w, int p) {
+void fill_gaps(const output_writer& w, int p) {
   const auto& plan = w.context->plan.i420;
-  const int width = w.context->out_width;
-  const int64_t v_plane = w.context->out_quarter_pixels;
+  const int width = w.context->out_width, half = width / 2;
   const int64_t mirror = w.h_mirror ? 16 : 0;  // the luma fill figures carry a "less 16" of their own
-  fill_row(w, row_start(w, w.luma + plan.luma_fill_1 + mirror, width), width, width);
+  fill_row(w, row_start(w, w.luma + plan.luma_fill_1 + mirror, width, 16), width, width);
   if (p == 0) return;
-  fill_row(w, row_start(w, w.luma + plan.luma_fill_2 + mirror, width), width, width);
-  const int64_t u = row_start(w, w.chroma + plan.chroma_fill, width / 2);
-  fill_row(w, u, width / 2, width / 2);
-  fill_row(w, u + v_plane, width / 2, width / 2);
+  fill_row(w, row_start(w, w.luma + plan.luma_fill_2 + mirror, width, 16), width, width);
+  const int64_t u = row_start(w, w.chroma + plan.chroma_fill, half, 16);
+  fill_row(w, u, half, half);
+  fill_row(w, u + w.context->out_quarter_pixels, half, half);
 }
 
-void repeat_last_row(output_writer& w) {
+void repeat_last_row(const output_writer& w) {
   const auto& plan = w.context->plan.i420;
-  const int width = w.context->out_width;
+  const int width = w.context->out_width, half = width / 2;
   const int64_t v_plane = w.context->out_quarter_pixels;
-  repeat_row(w, row_start(w, w.luma + plan.luma_last_target, width),
-             row_start(w, w.luma + plan.luma_last_source, width), width);
-  const int64_t from = row_start(w, w.chroma + plan.chroma_last_source, width / 2);
-  const int64_t to = row_start(w, w.chroma + plan.chroma_last_target, width / 2);
-  repeat_row(w, to, from, width / 2);
-  repeat_row(w, to + v_plane, from + v_plane, width / 2);
-}
-
-void put(output_writer& w, int p, const finished_rows& rows) {
-  const auto& plan = w.context->plan.i420;
-  w.ordinary ? put_rows(w, p, rows) : put_tiles(w, p, rows);
-  w.luma += plan.luma_row_step;
-  if (w.decimation <= 0 || (p & 1) != 0) w.chroma += plan.chroma_row_step;
-  if (!w.fills_gaps) return;
-  fill_gaps(w, p);
-  if (p == w.row_pairs - 1) repeat_last_row(w);
+  repeat_row(w, row_start(w, w.luma + plan.luma_last_target, width, 16),
+             row_start(w, w.luma + plan.luma_last_source, width, 16), width);
+  const int64_t from = row_start(w, w.chroma + plan.chroma_last_source, half, 16);
+  const int64_t to = row_start(w, w.chroma + plan.chroma_last_target, half, 16);
+  repeat_row(w, to, from, half);
+  repeat_row(w, to + v_plane, from + v_plane, half);
 }
 
 }  // namespace
 
-void start_i420(output_writer& w, const frame_job& job) {
-  const start_offsets start = output_start(w.context, out_format::i420);
-  w.put = put;
-  w.luma = start.stage;
-  w.chroma = job.chroma_offset + start.stage_chroma;
+void put_i420(output_writer& w, int p, const finished_rows& rows) {
+  const auto& plan = w.context->plan.i420;
+  const bool has_chroma = w.decimation <= 0 || (p & 1) != 0;
+  const int tiles = tiles_at_once(w);
+  for (int t = 0; t < w.tiles; t += tiles) {
+    put_luma(w, rows, t, tiles);
+    if (has_chroma) put_chroma(w, rows, t, tiles);
+  }
+  w.luma += plan.luma_row_step;
+  if (has_chroma) w.chroma += plan.chroma_row_step;
+  if (!w.fills_gaps) return;
+  fill_gaps(w, p);
+  if (p == w.row_pairs - 1) repeat_last_row(w);
 }
 
 }  // namespace ppl

@@ -3,8 +3,8 @@
 // Positions are byte offsets from the frame's base and move by the output plan alone. In an ordinary frame every row
 // of tiles is one run of bytes inside the frame, and the writer stores whole rows without a test. In all others
 // (pointers that drift or overlap at odd tile counts, decimation 2, black lines that do not fit) it goes tile by
-// tile, in the order of the plan, and keeps the bytes that would land outside from the caller's memory: those within
-// a row of the frame go to a margin in the record, where the filling of a row at the frame's edge finds them.
+// tile, in the order of the plan, every store cut to the frame: what lands outside within a row of it goes to a margin
+// in the record, where the filling of a row at the frame's edge finds it.
 #pragma once
 
 #include <stddef.h>
@@ -12,16 +12,17 @@
 
 #include "output/output_kernels.h"
 #include "record/context.h"
+#include "record/destination.h"
 #include "record/job.h"
 #include "record/output_plan.h"
 #include "record/quality.h"
+#include "rows/row_kernels.h"
 
 namespace ppl {
 
 constexpr int kTileColumns = 16;
 constexpr int kPlanePitch = 2048 + 64;
-constexpr int kMargin = 3 * 2 * 2048;  // bytes of a doubled RGB24 row
-constexpr int kOutputScratch = 64 + 9 * kPlanePitch + 2 * kMargin;
+constexpr int kOutputScratch = 64 + 9 * kPlanePitch + 2 * destination::kMargin;
 
 // The two rows of a row pair as the path's last block left them: planes of the quality's rgb_form where the format is
 // RGB, else Y and chroma words, which hold U, V with 128 added.
@@ -33,16 +34,16 @@ struct finished_rows {
 struct output_writer {
   void (*put)(output_writer&, int row_pair, const finished_rows& rows);
   const output_kernels* kernels;
+  const row_kernels* rows;
   const ppl_context* context;
-  uint8_t* base;
-  int64_t bytes;                    // of the frame that the caller handed over
+  out_format format;
+  destination out;
   int64_t luma;                     // next tile's place; packed and RGB formats use this one alone
   int64_t chroma;                   // I420: next U block's place; V lies out_quarter_pixels behind
   int32_t tiles, row_pairs, width;  // width: 16 * tiles
   int32_t decimation;
   quality_rules quality;
   uint8_t* planes;  // 9 rows of kPlanePitch bytes in the record's scratch
-  uint8_t* margin;  // kMargin bytes that stand for those in front of the frame, then those behind it
   bool h_mirror;
   bool ordinary;                 // every row is one run inside the frame
   bool fills_gaps;               // doubled: rows between are interpolated
@@ -52,41 +53,56 @@ struct output_writer {
 
 output_writer make_writer(const frame_job& job, quality_rules quality);
 
-// One for each format; they fill in what depends on it.
-void start_i420(output_writer& w, const frame_job& job);
-void start_packed(output_writer& w, const frame_job& job);
-void start_rgb24(output_writer& w, const frame_job& job);
-void start_rgb32(output_writer& w, const frame_job& job);
+// The writers' put, for each format.
+void put_i420(output_writer& w, int row_pair, const finished_rows& rows);
+void put_packed(output_writer& w, int row_pair, const finished_rows& rows);
+void put_rgb24(output_writer& w, int row_pair, const finished_rows& rows);
+void put_rgb32(output_writer& w, int row_pair, const finished_rows& rows);
 
-// Where the byte at an offset lives: in the frame, in a margin, or nowhere (null).
-inline uint8_t* place_of(const output_writer& w, int64_t at) {
-  if (at >= 0 && at < w.bytes) return w.base + at;
-  if (at < 0 && at >= -kMargin) return w.margin + kMargin + at;
-  if (at >= w.bytes && at < w.bytes + kMargin) return w.margin + kMargin + (at - w.bytes);
-  return nullptr;
+// ---- what they are made of
+
+// Rows are made of blocks of one or more tiles. An ordinary frame takes all blocks of a row in one go, any other takes
+// tile after tile: how many tiles at a time.
+inline int tiles_at_once(const output_writer& w) {
+  return w.ordinary ? w.tiles : 1;
 }
-inline void put_inside(const output_writer& w, int64_t at, const uint8_t* from, int n) {
-  for (int i = 0; i < n; ++i)
-    if (uint8_t* const to = place_of(w, at + i)) *to = from[i];
+// Of tiles first .. first + tiles - 1: how many blocks of `group` tiles end in them, and the column of the first.
+struct block_run {
+  int blocks, column;
+};
+constexpr block_run blocks_of(int first, int tiles, int group) {
+  return {(first + tiles) / group - first / group, first / group * group * kTileColumns};
+}
+// The lowest address of a run of `count` blocks that starts at `at` and steps by `step` bytes.
+constexpr int64_t run_start(int64_t at, int count, int64_t step) {
+  return step < 0 ? at + (count - 1) * step : at;
+}
+// Where to make a run: its place in an ordinary frame, else the memory for one block, from where settle() stores it.
+inline uint8_t* making_place(const output_writer& w, int64_t at, uint8_t* block) {
+  return w.ordinary ? w.out.base + at : block;
+}
+inline void settle(const output_writer& w, int64_t at, const uint8_t* block, int n) {
+  if (!w.ordinary) w.out.store(at, block, n);
+}
+
+// What a doubled row has to the left of its sample at column x.
+inline uint8_t left_of(const output_writer& w, const uint8_t* row, int x) {
+  return x > 0 ? row[x - 1] : w.h_mirror ? 0 : row[0];
+}
+
+// The first byte of the row of `n` bytes in which the tiles' pointers give `at`: under the mirror they give the row's
+// last block, of so many bytes.
+inline int64_t row_start(const output_writer& w, int64_t at, int n, int block) {
+  return w.h_mirror ? at + block - n : at;
 }
 inline int byte_at(const output_writer& w, int64_t at) {
-  const uint8_t* const from = place_of(w, at);
+  const uint8_t* const from = w.out.place(at);
   return from != nullptr ? *from : 0;
 }
-// All of a run lies inside the frame.
-inline bool inside(const output_writer& w, int64_t at, int n) {
-  return at >= 0 && at + n <= w.bytes;
-}
-
 // Doubled pictures: the row of n bytes at `at` becomes the mean of the rows `pitch` bytes below and above it; the row
 // at `to` becomes a copy of that at `from`.
 void fill_row(const output_writer& w, int64_t at, int64_t pitch, int n);
 void repeat_row(const output_writer& w, int64_t to, int64_t from, int n);
-
-// The lowest address of a run of `count` tiles that starts at `at` and steps by `step` bytes.
-constexpr int64_t run_start(int64_t at, int count, int64_t step) {
-  return step < 0 ? at + (count - 1) * step : at;
-}
 
 // RGB24 and RGB32: what the pixels of row i are made from, from column x on.
 rgb_source rgb_source_of(const output_writer& w, const finished_rows& rows, int i, int x);

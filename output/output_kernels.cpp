@@ -25,20 +25,6 @@ PPL_INLINE void walk_run(uint8_t* to, int n, bool reversed, Step&& step) {
                    static_cast<size_t>(kBytes * rest));
 }
 
-void copy(uint8_t* to, const uint8_t* from, int n, bool reversed) {
-  walk_run<1>(to, n, reversed, [&]<class V>(uint8_t* at, int x) {
-    const V v = loadu<V>(from + x);
-    storeu(at, reversed ? reverse8(v) : v);
-  });
-}
-
-void halve(uint8_t* to, const uint8_t* from, int n, bool reversed) {
-  walk_run<1>(to, n, reversed, [&]<class V>(uint8_t* at, int x) {
-    const V v = even_bytes(loadu<V>(from + 2 * x), loadu<V>(from + 2 * x + V::size));
-    storeu(at, reversed ? reverse8(v) : v);
-  });
-}
-
 // Two runs interleaved by samples of kSample bytes. Reversed they are made in ascending order and turned as a whole
 // on the way out, so that b comes first there.
 template <int kSample, class V>
@@ -127,10 +113,6 @@ void split_doubled(uint8_t* u, uint8_t* v, const uint8_t* words, int n, bool rev
     put_twice(u, n, x, reversed, even_bytes(a, b));
     put_twice(v, n, x, reversed, odd_bytes(a, b));
   });
-}
-
-void mean(uint8_t* to, const uint8_t* a, const uint8_t* b, int n) {
-  walk_exact(n, [&]<class V>(int x) { storeu(to + x, avg8(loadu<V>(a + x), loadu<V>(b + x))); });
 }
 
 void unbias(uint8_t* to, const uint8_t* from, int n) {
@@ -267,10 +249,7 @@ void rgb_planes(uint8_t* const to[3], const rgb_source& from, int n) {
 
 extern const output_kernels output_table;
 const output_kernels output_table = {
-    .copy = copy,
-    .halve = halve,
     .widen = widen,
-    .mean = mean,
     .unbias = unbias,
     .split_words = split_words,
     .split_every_second = split_every_second,

@@ -1,15 +1,14 @@
-// The entry points of the output stage's vector code, which qualities 3 and 13 use too. Sources are row storage (see
-// tile/kernels.h) and may be read up to the next multiple of 64; destinations get exactly the bytes told and may be
-// the caller's memory. Counts are multiples of 16, but for runs whose count is called any. "reversed" writes a run end
-// for end.
+// The entry points of the output stage's vector code, which qualities 3 and 13 use too; copies and halves of single
+// planes are in rows/row_kernels.h. Sources are row storage (see tile/kernels.h) and may be read up to the next multiple
+// of 64; destinations get exactly the bytes told and may be the caller's memory. Counts are multiples of 16, but for
+// runs whose count is called any. "reversed" writes a run end for end.
 #pragma once
 
 #include <stdint.h>
 
-namespace ppl {
+#include "record/format.h"
 
-// Chroma as a row of words: U, V with 128 added for two columns.
-enum class byte_order : uint8_t { yuyv, uyvy };
+namespace ppl {
 
 // R, G, B of a row of pixels, or what they are made from: Y, U, V of every pixel, or Y and a row of words.
 struct rgb_source {
@@ -29,18 +28,12 @@ struct widen_rule {
 
 struct output_kernels {
   // ---- single planes
-  // n bytes as they are; any n.
-  void (*copy)(uint8_t* to, const uint8_t* from, int n, bool reversed);
-  // The bytes at even places of 2n; any n.
-  void (*halve)(uint8_t* to, const uint8_t* from, int n, bool reversed);
   // 2n bytes from n samples; any n.
   void (*widen)(uint8_t* to, const uint8_t* from, int n, widen_rule rule);
-  // Rounded-up means of two runs, which may be the caller's memory.
-  void (*mean)(uint8_t* to, const uint8_t* a, const uint8_t* b, int n);
   // Bytes with the top bit turned: 128 taken off again.
   void (*unbias)(uint8_t* to, const uint8_t* from, int n);
 
-  // ---- chroma words to planes: n U bytes and n V bytes from n words; every second of 2n words; each byte twice
+  // ---- chroma words (U, V with 128 added for two columns) to planes: n U bytes and n V bytes from n words; every second of 2n words; each byte twice
   void (*split_words)(uint8_t* u, uint8_t* v, const uint8_t* words, int n, bool reversed);
   void (*split_every_second)(uint8_t* u, uint8_t* v, const uint8_t* words, int n, bool reversed);
   void (*split_doubled)(uint8_t* u, uint8_t* v, const uint8_t* words, int n, bool reversed);

@@ -8,7 +8,6 @@
 //                  15 is not converted there: luma goes out as red, the bytes of the chroma words as green, those of
 //                  the unfiltered chroma words as blue, all without the 128.
 #include "output/output.h"
-#include "output/output_kernels.h"
 
 namespace ppl {
 
@@ -34,7 +33,7 @@ rgb_source finished_planes(const output_writer& w, const finished_rows& rows, in
   if (from.kind == rgb_source::planes) return from;
   const plane_rows to = scratch_planes(w);
   if (unconverted) {
-    w.kernels->copy(to.plane[0], rows.plane[0][i], w.width, false);
+    w.rows->copy(to.plane[0], rows.plane[0][i], w.width, false);
     w.kernels->unbias(to.plane[1], rows.plane[1][i], w.width);
     w.kernels->unbias(to.plane[2], rows.unfiltered_chroma[i], w.width);
   } else {
@@ -60,17 +59,13 @@ void put_doubled(const output_writer& w, const finished_rows& rows) {
   for (int i = 0; i < 2; ++i) {
     const plane_rows wide = wide_planes(w);
     widen_planes(w, finished_planes(w, rows, i, w.quality.rgb == rgb_form::yuv_words), wide);
-    const rgb_source from = {rgb_source::planes, {wide.plane[0], wide.plane[1], wide.plane[2]}};
     const int64_t at = run_start(w.luma + 2 * i * pitch, w.tiles, plan.rgb24.tile_step);
-    if (w.ordinary) {
-      w.kernels->rgb24(w.base + at, from, 2 * w.width, false);
-      continue;
-    }
+    const int pixels = w.ordinary ? 2 * w.width : 16;
     uint8_t block[48];
-    for (int x = 0; x < 2 * w.width; x += 16) {
+    for (int x = 0; x < 2 * w.width; x += pixels) {
       const rgb_source part = {rgb_source::planes, {wide.plane[0] + x, wide.plane[1] + x, wide.plane[2] + x}};
-      w.kernels->rgb24(block, part, 16, false);
-      put_inside(w, at + 3 * x, block, 48);
+      w.kernels->rgb24(making_place(w, at + 3 * x, block), part, pixels, false);
+      settle(w, at + 3 * x, block, 48);
     }
   }
 }
@@ -81,10 +76,10 @@ void put_halved_row(const output_writer& w, const finished_rows& rows) {
   const output_plan& plan = w.context->plan;
   const rgb_source full = finished_planes(w, rows, 0, false);
   const plane_rows half = wide_planes(w);
-  for (int i = 0; i < 3; ++i) w.kernels->halve(half.plane[i], full.plane[i], w.width / 2, w.h_mirror);
+  for (int i = 0; i < 3; ++i) w.rows->halve(half.plane[i], full.plane[i], w.width / 2, w.h_mirror);
   const rgb_source from = {rgb_source::planes, {half.plane[0], half.plane[1], half.plane[2]}};
   const int64_t at = run_start(w.luma, w.tiles, plan.rgb24.tile_step);
-  w.kernels->rgb24(w.base + at, from, w.width / 2, false);
+  w.kernels->rgb24(w.out.base + at, from, w.width / 2, false);
 }
 
 // Pairs of tiles are found by the alignment of the pair's place. Where that slips, a pair's earlier tile is the last
@@ -106,22 +101,19 @@ void put_halved_tiles(output_writer& w, const finished_rows& rows) {
       const uint8_t* const earlier = words || t == 0 ? w.held[i] : full.plane[i] + x - 16;
       __builtin_memcpy(pair[i], earlier, 16);
       __builtin_memcpy(pair[i] + 16, full.plane[i] + x, 16);
-      w.kernels->halve(half[i], pair[i], 16, w.h_mirror);
+      w.rows->halve(half[i], pair[i], 16, w.h_mirror);
     }
     w.kernels->rgb24(block, {rgb_source::planes, {half[0], half[1], half[2]}}, 16, false);
-    put_inside(w, at, block, 48);
+    w.out.store(at, block, 48);
   }
   if (words) return;
   const rgb_source odd_row = finished_planes(w, rows, 1, false);
   for (int i = 0; i < 3; ++i) __builtin_memcpy(w.held[i], odd_row.plane[i] + w.width - 16, 16);
 }
 
-// The first byte of the row in which the tiles' pointers give `at`.
-int64_t row_start(const output_writer& w, int64_t at) {
-  return w.h_mirror ? at + 96 - 3 * int64_t{w.context->out_width} : at;
-}
+}  // namespace
 
-void put(output_writer& w, int p, const finished_rows& rows) {
+void put_rgb24(output_writer& w, int p, const finished_rows& rows) {
   const auto& plan = w.context->plan.rgb24;
   if (w.decimation < 0)
     put_doubled(w, rows);
@@ -132,18 +124,11 @@ void put(output_writer& w, int p, const finished_rows& rows) {
   w.luma += int64_t{w.tiles - 1} * plan.tile_step + plan.row_step;
   if (w.decimation >= 0) return;
   const int n = 3 * w.context->out_width;
-  fill_row(w, row_start(w, w.luma + plan.fill_1), n, n);
-  if (p > 0) fill_row(w, row_start(w, w.luma + plan.fill_2), n, n);
+  fill_row(w, row_start(w, w.luma + plan.fill_1, n, 96), n, n);
+  if (p > 0) fill_row(w, row_start(w, w.luma + plan.fill_2, n, 96), n, n);
   if (p == w.row_pairs - 1)
-    repeat_row(w, row_start(w, w.luma + plan.last_target), row_start(w, w.luma + plan.last_source), n);
-}
-
-}  // namespace
-
-void start_rgb24(output_writer& w, const frame_job&) {
-  w.put = put;
-  w.luma = output_start(w.context, out_format::rgb24).stage;
-  w.wants_unfiltered_chroma = w.quality.rgb == rgb_form::yuv_words && w.decimation < 0;
+    repeat_row(w, row_start(w, w.luma + plan.last_target, n, 96),
+               row_start(w, w.luma + plan.last_source, n, 96), n);
 }
 
 }  // namespace ppl

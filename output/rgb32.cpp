@@ -6,7 +6,6 @@
 //                  tile at a tile step of 64, so that tiles overlap; each widened tile reads its neighbour back from
 //                  the bytes beside its place, whatever stands there. No rows between.
 #include "output/output.h"
-#include "output/output_kernels.h"
 
 namespace ppl {
 
@@ -20,10 +19,10 @@ void put_halved(output_writer& w, const finished_rows& rows) {
                             w.planes + 5 * kPlanePitch};
   w.kernels->rgb_planes(full, rgb_source_of(w, rows, 0, 0), w.width);
   const int n = (w.width / 2 + 15) / 16 * 16;
-  for (int i = 0; i < 3; ++i) w.kernels->halve(half[i], full[i] + (w.h_mirror ? 1 : 0), n, false);
+  for (int i = 0; i < 3; ++i) w.rows->halve(half[i], full[i] + (w.h_mirror ? 1 : 0), n, false);
   const int64_t at = run_start(w.luma, w.tiles, plan.rgb32.tile_step);
   if (w.ordinary && (w.tiles & 1) == 0) {
-    w.kernels->rgb32(w.base + at, {rgb_source::planes, {half[0], half[1], half[2]}}, n, w.h_mirror);
+    w.kernels->rgb32(w.out.base + at, {rgb_source::planes, {half[0], half[1], half[2]}}, n, w.h_mirror);
     return;
   }
   for (int t = 0; t < w.tiles; ++t) {
@@ -33,7 +32,7 @@ void put_halved(output_writer& w, const finished_rows& rows) {
       for (int k = 8; k < 16; ++k) part[i][k] = 0;
     }
     w.kernels->rgb32(block, {rgb_source::planes, {part[0], part[1], part[2]}}, 16, false);
-    put_inside(w, w.luma + int64_t{t} * plan.rgb32.tile_step, block, 32);
+    w.out.store(w.luma + int64_t{t} * plan.rgb32.tile_step, block, 32);
   }
 }
 
@@ -62,12 +61,14 @@ void put_doubled(output_writer& w, const finished_rows& rows) {
           block[6 * k + 3 + c] = static_cast<uint8_t>(s);
         }
       }
-      put_inside(w, at, block, 96);
+      w.out.store(at, block, 96);
     }
   }
 }
 
-void put(output_writer& w, int, const finished_rows& rows) {
+}  // namespace
+
+void put_rgb32(output_writer& w, int, const finished_rows& rows) {
   const auto& plan = w.context->plan.rgb32;
   if (w.decimation < 0)
     put_doubled(w, rows);
@@ -76,13 +77,6 @@ void put(output_writer& w, int, const finished_rows& rows) {
   else
     put_halved(w, rows);
   w.luma += int64_t{w.tiles - 1} * plan.tile_step + plan.row_step;
-}
-
-}  // namespace
-
-void start_rgb32(output_writer& w, const frame_job&) {
-  w.put = put;
-  w.luma = output_start(w.context, out_format::rgb32).stage;
 }
 
 }  // namespace ppl

@@ -37,10 +37,10 @@ doubled_rows rows_of(const cell_frame& f, int p) {
 
 // Stores one row as the rounded-up mean of two others (of one and itself: as it is), cut to the frame.
 void put_mean(const cell_frame& f, const row_grid& g, int row, const uint8_t* a, const uint8_t* b, int n) {
-  if (f.place == placing::in_place) return f.output->mean(at(f, g, row), a, b, n);
+  if (f.place == placing::in_place) return f.rows->mean(at(f, g, row), a, b, n);
   const int64_t to = g.start + row * g.step;
-  for (int64_t i = to < 0 ? -to : 0; i < n && to + i < f.job->destination_bytes; ++i)
-    f.job->destination[to + i] = static_cast<uint8_t>((a[i] + b[i] + 1) >> 1);
+  for (int64_t i = to < 0 ? -to : 0; i < n && to + i < f.job->out.bytes; ++i)
+    f.job->out.base[to + i] = static_cast<uint8_t>((a[i] + b[i] + 1) >> 1);
 }
 void put_aside(const cell_frame& f, const row_grid& g, int row, const uint8_t* a, int n) {
   if (f.place == placing::clipped) put_mean(f, g, row, a, a, n);

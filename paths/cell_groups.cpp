@@ -25,8 +25,7 @@ void take_plan(group_walk& w, const Plan& p) {
 }
 
 void put_clipped(const frame_job& job, int64_t to, const uint8_t* from, int n) {
-  for (int64_t i = to < 0 ? -to : 0; i < n && to + i < job.destination_bytes; ++i)
-    job.destination[to + i] = from[i];
+  for (int64_t i = to < 0 ? -to : 0; i < n && to + i < job.out.bytes; ++i) job.out.base[to + i] = from[i];
 }
 
 // Stores two finished rows group by group: in each, tile by tile, first row before second, luma before U before V.
@@ -62,7 +61,7 @@ group_walk start_groups(const cell_frame& f) {
   const start_offsets start = output_start(f.context, f.job->format);
   group_walk w = {};
   w.luma = start.bulk;
-  w.u = f.job->chroma_offset + start.bulk_chroma;
+  w.u = f.context->out_pixels + start.bulk_chroma;
   w.v = w.u + f.context->out_quarter_pixels;
   switch (f.job->format) {
     case out_format::i420:

@@ -37,7 +37,7 @@ void put_rgb(const cell_frame& f, uint8_t* to, const uint8_t* r, const uint8_t* 
     const int first = f.mirrored && f.job->format == out_format::rgb32 ? 1 : 0;
     for (int i = 0; i < 3; ++i) {
       uint8_t* const half = wide_row(f.context, i);
-      k.halve(half, from.plane[i] + first, f.pixels, false);
+      f.rows->halve(half, from.plane[i] + first, f.pixels, false);
       from.plane[i] = half;
     }
   }
@@ -46,7 +46,7 @@ void put_rgb(const cell_frame& f, uint8_t* to, const uint8_t* r, const uint8_t* 
 
 void put_grey(const cell_frame& f, const made_rows& out) {
   ppl_context* const c = f.context;
-  const auto take = f.halved ? f.output->halve : f.output->copy;
+  const auto take = f.halved ? f.rows->halve : f.rows->copy;
   for (int i = 0; i < 2; ++i) {
     if (out.row[i] == nullptr) continue;
     const uint8_t* const s = plane(c, kEven + i);
@@ -71,7 +71,7 @@ void put_i420(const cell_frame& f, const made_rows& out) {
     return f.kernels->cells_to_yuv(a);
   }
   f.kernels->cells_to_yuv(a);
-  const auto take = f.halved ? f.output->halve : f.output->copy;
+  const auto take = f.halved ? f.rows->halve : f.rows->copy;
   for (int i = 0; i < 2; ++i)
     if (out.row[i] != nullptr) take(out.row[i], a.luma[i], f.pixels, f.mirrored);
   if (out.u != nullptr) {

@@ -28,7 +28,7 @@ void lay_out(cell_frame& f) {
   const int64_t first = upwards ? int64_t{bytes} * c.out_pixels - below * row : 0;
   f.luma = {first + bytes * inset, upwards ? -row : row};
   if (format != out_format::i420) return;
-  const int64_t chroma = f.job->chroma_offset + (upwards ? c.out_quarter_pixels - below * half : 0) +
+  const int64_t chroma = f.context->out_pixels + (upwards ? c.out_quarter_pixels - below * half : 0) +
                          (f.mirrored ? half - f.pixels / 2 : 0);
   f.u = {chroma, upwards ? -half : half};
   f.v = {chroma + c.out_quarter_pixels, f.u.step};
@@ -45,9 +45,9 @@ bool all_inside(const cell_frame& f) {
     return inside(g, n, bytes, first, last);
   };
   const int64_t bytes = int64_t{bytes_per_pixel(job.format)} * f.pixels;
-  if (job.format != out_format::i420) return whole(f.luma, rows, bytes, 0, job.destination_bytes);
-  const int64_t u = job.chroma_offset, v = u + c.out_quarter_pixels, end = v + c.out_quarter_pixels;
-  return end <= job.destination_bytes && whole(f.luma, rows, bytes, 0, u) &&
+  if (job.format != out_format::i420) return whole(f.luma, rows, bytes, 0, job.out.bytes);
+  const int64_t u = f.context->out_pixels, v = u + c.out_quarter_pixels, end = v + c.out_quarter_pixels;
+  return end <= job.out.bytes && whole(f.luma, rows, bytes, 0, u) &&
          whole(f.u, rows / 2, f.pixels / 2, u, v) && whole(f.v, rows / 2, f.pixels / 2, v, end);
 }
 
@@ -58,6 +58,7 @@ cell_frame plan_frame(const frame_job& job, const quality_row& q) {
   f.context = c;
   f.kernels = c->kernels->paths;
   f.output = c->kernels->output;
+  f.rows = c->kernels->rows;
   f.grey = q.grey;
   f.ranges = (q.facts().statistics & PPL_STATISTICS_RANGES) != 0;
   f.mirrored = c->h_mirror != 0;

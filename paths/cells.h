@@ -13,6 +13,7 @@
 #include "paths/kernels.h"
 #include "record/context.h"
 #include "record/job.h"
+#include "rows/row_kernels.h"
 #include "tile/kernels.h"
 
 namespace ppl::cells {
@@ -46,9 +47,6 @@ inline uint8_t* packed_row(ppl_context* c, int row) {
 // RGB planes stand where the YUV ones do.
 constexpr plane_row kG0 = kLuma0, kG1 = kLuma1, kR = kU, kB = kV;
 
-constexpr bool is_rgb(out_format f) {
-  return f == out_format::rgb24 || f == out_format::rgb32;
-}
 enum class placing : uint8_t { in_place, by_groups, clipped };
 
 // Rows of a plane: row r of the picture begins at start + r * step.
@@ -61,9 +59,10 @@ struct cell_frame {
   ppl_context* context;
   const path_kernels* kernels;   // cells to planes
   const output_kernels* output;  // planes to rows of a format
-  bool grey;                     // the samples themselves
-  bool ranges;                   // qual and qAE figures, histograms
-  bool mirrored;                 // rows run from right to left
+  const row_kernels* rows;
+  bool grey;      // the samples themselves
+  bool ranges;    // qual and qAE figures, histograms
+  bool mirrored;  // rows run from right to left
   bool halved, doubled;
   placing place;
   int tiles, row_pairs;
@@ -83,7 +82,7 @@ inline byte_order order_of(const cell_frame& f) {
   return f.job->format == out_format::yuyv ? byte_order::yuyv : byte_order::uyvy;
 }
 inline uint8_t* at(const cell_frame& f, const row_grid& g, int row) {
-  return f.job->destination + g.start + row * g.step;
+  return f.job->out.base + g.start + row * g.step;
 }
 
 // The cell kernels' rows in row storage.

@@ -8,7 +8,7 @@ namespace ppl {
 
 #define PPL_LEVEL_TABLES(level)                                                                  \
   {                                                                                              \
-#level, &level::tile_table, &level::path_table, &level::output_table, &level::convert_table, \
+#level, &level::row_table, &level::tile_table, &level::path_table, &level::output_table, &level::convert_table, \
         &level::scaler_table                                                                     \
   }
 static constexpr kernels sse2_kernels = PPL_LEVEL_TABLES(sse2);

@@ -6,6 +6,7 @@
 
 namespace ppl {
 
+struct row_kernels;       // rows/row_kernels.h
 struct tile_kernels;      // tile/kernels.h
 struct path_kernels;      // paths/kernels.h
 struct output_kernels;    // output/output_kernels.h
@@ -14,6 +15,7 @@ struct scaler_kernels;    // frame/scaler_kernels.h
 
 struct kernels {
   const char* name;
+  const row_kernels* rows;
   const tile_kernels* tile;
   const path_kernels* paths;
   const output_kernels* output;
@@ -24,6 +26,7 @@ struct kernels {
 // The tables of one level.
 #define PPL_DECLARE_LEVEL(level)            \
   namespace level {                         \
+  extern const row_kernels row_table;       \
   extern const tile_kernels tile_table;     \
   extern const path_kernels path_table;     \
   extern const output_kernels output_table; \

@@ -1,4 +1,4 @@
-// The five output formats: their pixels, and the bytes of a frame.
+// The five output formats: their pixels, their byte order, the bytes of a frame.
 #pragma once
 
 #include <stdint.h>
@@ -21,6 +21,21 @@ constexpr int bytes_per_pixel(out_format format) {
       break;
   }
   return 4;
+}
+
+constexpr bool is_rgb(out_format format) {
+  return format == out_format::rgb24 || format == out_format::rgb32;
+}
+constexpr bool is_packed(out_format format) {
+  return format == out_format::yuyv || format == out_format::uyvy;
+}
+
+// Packed 4:2:2: which byte of a 16-bit word is luma, the low one in YUYV, the high one in UYVY. Also the order of a
+// source.
+enum class byte_order : uint8_t { yuyv, uyvy };
+constexpr int kByteOrders = 2;
+constexpr byte_order order_of(out_format format) {
+  return format == out_format::uyvy ? byte_order::uyvy : byte_order::yuyv;
 }
 
 // Bytes of a frame, the one rule for all calls. Heights come from black line counts that nobody tested, so the product

@@ -1,0 +1,205 @@
+// The element by itself, frame by frame: what it offers, what it refuses and why, what its slot keeps.
+#include <gst/check/gstharness.h>
+#include <gst/gst.h>
+#include <gtest/gtest.h>
+#include <ppl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr uint32_t width = 160, height = 32;
+using Bytes = std::vector<uint8_t>;
+
+// Coloured areas, flat to the right, where the last tile is, and with a fine pattern to the left.
+Bytes mosaic(size_t frames = 1) {
+  Bytes samples;
+  for (size_t f = 0; f < frames; ++f)
+    for (uint32_t y = 0; y < height; ++y)
+      for (uint32_t x = 0; x < width; ++x) {
+        const uint32_t colour = (y & 1) + (x & 1) == 1 ? 90 : y & 1 ? 160 : 60;
+        samples.push_back(static_cast<uint8_t>(colour + (x < 80 ? (x * 7 + y * 13) % 60 : 0)));
+      }
+  return samples;
+}
+
+// The library's own frame, by the settings the element stands at (the sensor matrix excepted).
+Bytes library(uint32_t quality, decltype(ppl_process_blrtorgb24)* call, size_t bytes) {
+  ppl_context* c = ppl_init();
+  ppl_set_quality(c, quality);
+  alignas(64) static uint8_t source[width * height], frame[4 * width * height];
+  const Bytes raw = mosaic();
+  std::copy(raw.begin(), raw.end(), source);
+  call(c, source, frame, width, height, width);
+  ppl_free(c);
+  return Bytes(frame, frame + bytes);
+}
+
+class Element : public testing::Test {
+ protected:
+  Element() : bus_(gst_bus_new()) {}
+  ~Element() override {
+    close();
+    gst_object_unref(bus_);
+  }
+  void open(const std::string& controls, const std::string& format) {
+    close();
+    harness_ = gst_harness_new_parse(("pplbayer name=element " + controls).c_str());
+    element_ = gst_harness_find_element(harness_, "pplbayer");
+    gst_element_set_bus(element_, bus_);
+    gst_harness_set_sink_caps_str(harness_, ("video/x-raw,format=" + format).c_str());
+    gst_harness_set_src_caps_str(harness_, "video/x-bayer,format=bggr,width=160,height=32,framerate=25/1");
+  }
+  void close() {
+    if (harness_) gst_object_unref(element_), gst_harness_teardown(harness_);
+    harness_ = nullptr;
+  }
+  GstFlowReturn push(const Bytes& samples) {
+    GstBuffer* buffer = gst_buffer_new_allocate(nullptr, samples.size(), nullptr);
+    gst_buffer_fill(buffer, 0, samples.data(), samples.size());
+    return gst_harness_push(harness_, buffer);
+  }
+  Bytes pull() {
+    GstBuffer* buffer = gst_harness_try_pull(harness_);
+    if (!buffer) return {};
+    Bytes frame(gst_buffer_get_size(buffer));
+    gst_buffer_extract(buffer, 0, frame.data(), frame.size());
+    gst_buffer_unref(buffer);
+    return frame;
+  }
+  Bytes convert(const std::string& controls, const std::string& format) {
+    open(controls, format);
+    EXPECT_EQ(push(mosaic()), GST_FLOW_OK);
+    return pull();
+  }
+  // The element's first complaint; empty if there is none.
+  std::string error() const { return error(bus_); }
+  static std::string error(GstBus* bus) {
+    std::string text;
+    while (GstMessage* message = gst_bus_pop(bus)) {
+      if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
+        GError* what = nullptr;
+        gst_message_parse_error(message, &what, nullptr);
+        if (text.empty()) text = what->message;
+        g_error_free(what);
+      }
+      gst_message_unref(message);
+    }
+    return text;
+  }
+
+  GstHarness* harness_ = nullptr;
+  GstElement* element_ = nullptr;
+  GstBus* bus_;
+};
+
+TEST_F(Element, RefusesQualitiesThatMakeNoPicture) {
+  for (const char* quality : {"5", "6", "7", "8", "14"}) {
+    const std::string line =
+        "filesrc location=/dev/zero blocksize=5120 num-buffers=1 ! "
+        "video/x-bayer,format=bggr,width=160,height=32,framerate=25/1 ! pplbayer quality=" +
+        std::string(quality) + " ! fakesink";
+    GstElement* pipeline = gst_parse_launch(line.c_str(), nullptr);
+    EXPECT_EQ(gst_element_set_state(pipeline, GST_STATE_PLAYING), GST_STATE_CHANGE_FAILURE);
+    GstBus* bus = gst_element_get_bus(pipeline);
+    const std::string why = error(bus);
+    EXPECT_NE(why.find(std::string("quality ") + quality + " makes no picture"), std::string::npos) << why;
+    gst_element_set_state(pipeline, GST_STATE_NULL);
+    gst_object_unref(bus);
+    gst_object_unref(pipeline);
+  }
+  // The same while it runs.
+  EXPECT_FALSE(convert("", "I420").empty());
+  g_object_set(element_, "quality", 5, nullptr);
+  EXPECT_NE(push(mosaic()), GST_FLOW_OK);
+  EXPECT_NE(error().find("quality 5 makes no picture"), std::string::npos);
+}
+
+TEST_F(Element, RefusesAFormatThatTheQualityLacks) {
+  for (const char* format : {"YUY2", "UYVY"}) {
+    open("quality=13", format);
+    EXPECT_NE(push(mosaic()), GST_FLOW_OK);
+    const std::string why = error();
+    EXPECT_NE(why.find("quality 13"), std::string::npos) << why;
+    EXPECT_NE(why.find("I420, BGR"), std::string::npos) << why;
+  }
+  const Bytes grey = library(13, ppl_process_blrtoi420, width * height * 3 / 2);
+  EXPECT_EQ(convert("quality=13", "I420"), grey);
+  // What follows takes several: the one that can be made is taken.
+  EXPECT_EQ(convert("quality=13", "{ YUY2, UYVY, I420 }"), grey);
+  EXPECT_EQ(error(), "");
+}
+
+// The raw qualities make a picture although their calls answer false.
+TEST_F(Element, TheRawMosaic) {
+  const Bytes raw = mosaic();
+  for (const char* quality : {"quality=4", "quality=9"}) {
+    const Bytes i420 = convert(quality, "I420"), bgr = convert(quality, "BGR"),
+                yuy2 = convert(quality, "YUY2");
+    ASSERT_EQ(i420.size(), raw.size() * 3 / 2) << error();
+    ASSERT_EQ(bgr.size(), raw.size() * 3);
+    ASSERT_EQ(yuy2.size(), raw.size() * 2);
+    EXPECT_TRUE(std::equal(raw.begin(), raw.end(), i420.begin()));
+    for (size_t i = 0; i < raw.size(); ++i) {
+      ASSERT_EQ(yuy2[2 * i], raw[i]);
+      for (size_t c = 0; c < 3; ++c) ASSERT_EQ(bgr[3 * i + c], raw[i]) << i;
+    }
+    open(quality + std::string(" h-mirror=true"), "I420");
+    EXPECT_NE(push(raw), GST_FLOW_OK);
+    EXPECT_NE(error().find("no mirrors"), std::string::npos);
+  }
+}
+
+TEST_F(Element, ABufferIsOneFrame) {
+  for (const size_t bytes :
+       {size_t{2 * width * height}, size_t{width * height + 1}, size_t{width * height - 1}, size_t{1}}) {
+    open("", "I420");
+    Bytes samples = mosaic(2);
+    samples.resize(bytes);
+    EXPECT_NE(push(samples), GST_FLOW_OK) << bytes;
+    EXPECT_TRUE(pull().empty());
+    const std::string why = error();
+    EXPECT_NE(why.find(std::to_string(bytes) + " bytes"), std::string::npos) << why;
+    EXPECT_NE(why.find("5120"), std::string::npos) << why;
+  }
+}
+
+// Qualities 10 and 11 leave flat colours behind: no later picture of 0 or 1 shows them, in a running element or in one
+// that gets the slot of another.
+TEST_F(Element, FlatColoursDoNotReachLaterPictures) {
+  for (const char* flat : {"10", "11"})
+    for (const int quality : {0, 1}) {
+      const Bytes clean = library(static_cast<uint32_t>(quality), ppl_process_blrtorgb24, 3 * width * height);
+      const Bytes before = convert("quality=" + std::to_string(quality), "BGR");
+      ASSERT_EQ(before.size(), clean.size());
+      for (size_t y = 0; y < height; ++y)
+        ASSERT_TRUE(std::equal(clean.begin() + static_cast<long>(3 * width * y),
+                               clean.begin() + static_cast<long>(3 * width * (y + 1)),
+                               before.begin() + static_cast<long>(3 * width * (height - 1 - y))));
+      EXPECT_NE(convert(std::string("quality=") + flat, "BGR"), before);
+      g_object_set(element_, "quality", quality, nullptr);
+      EXPECT_EQ(push(mosaic()), GST_FLOW_OK);
+      EXPECT_EQ(pull(), before) << flat << " before " << quality;
+      convert(std::string("quality=") + flat, "BGR");
+      EXPECT_EQ(convert("quality=" + std::to_string(quality), "BGR"), before)
+          << flat << " in the slot before";
+    }
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+  testing::InitGoogleTest(&count, words);
+  gchar* registry = g_strdup_printf("%s/ppl-registry-%d", g_get_tmp_dir(), static_cast<int>(getpid()));
+  g_setenv("GST_REGISTRY", registry, TRUE);
+  g_setenv("GST_PLUGIN_PATH", PLUGINS, TRUE);
+  gst_init(&count, &words);
+  const int status = RUN_ALL_TESTS();
+  unlink(registry);
+  g_free(registry);
+  return status;
+}
