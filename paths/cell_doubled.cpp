@@ -24,8 +24,9 @@ doubled_rows rows_of(const cell_frame& f, int p) {
   if (f.place == placing::in_place) {
     const bool chroma = f.job->format == out_format::i420;
     const auto of = [&](const row_grid& g, int row) { return chroma ? at(f, g, row) : nullptr; };
-    return {at(f, f.luma, 4 * p), at(f, f.luma, 4 * p + 2), at(f, f.luma, 4 * p - 2), of(f.u, 2 * p),
-            of(f.u, 2 * p - 2),   of(f.v, 2 * p),           of(f.v, 2 * p - 2)};
+    return {at(f, f.places.luma, 4 * p), at(f, f.places.luma, 4 * p + 2), at(f, f.places.luma, 4 * p - 2),
+            of(f.places.u, 2 * p),       of(f.places.u, 2 * p - 2),       of(f.places.v, 2 * p),
+            of(f.places.v, 2 * p - 2)};
   }
   uint8_t* const first = aside(f.context, 2 * p % 3);
   uint8_t* const second = aside(f.context, (2 * p + 1) % 3);
@@ -38,9 +39,9 @@ doubled_rows rows_of(const cell_frame& f, int p) {
 // Stores one row as the rounded-up mean of two others (of one and itself: as it is), cut to the frame.
 void put_mean(const cell_frame& f, const row_grid& g, int row, const uint8_t* a, const uint8_t* b, int n) {
   if (f.place == placing::in_place) return f.rows->mean(at(f, g, row), a, b, n);
-  const int64_t to = g.start + row * g.step;
-  for (int64_t i = to < 0 ? -to : 0; i < n && to + i < f.job->out.bytes; ++i)
-    f.job->out.base[to + i] = static_cast<uint8_t>((a[i] + b[i] + 1) >> 1);
+  const frame_run run = f.job->out.inside(g.at(row), n);
+  const int64_t skipped = run.first - g.at(row);
+  if (run.bytes > 0) f.rows->mean(f.job->out.base + run.first, a + skipped, b + skipped, run.bytes);
 }
 void put_aside(const cell_frame& f, const row_grid& g, int row, const uint8_t* a, int n) {
   if (f.place == placing::clipped) put_mean(f, g, row, a, a, n);
@@ -55,12 +56,12 @@ void put_copy(const cell_frame& f, const row_grid& g, int p, int rows, const uin
 
 // Rows 4p and 4p + 2 are the row pair's own, those between and before them means; in chroma, row 2p is.
 void put_luma(const cell_frame& f, int p, const doubled_rows& d, int n) {
-  put_aside(f, f.luma, 4 * p, d.first, n);
-  put_aside(f, f.luma, 4 * p + 2, d.second, n);
-  put_mean(f, f.luma, 4 * p + 1, d.first, d.second, n);
+  put_aside(f, f.places.luma, 4 * p, d.first, n);
+  put_aside(f, f.places.luma, 4 * p + 2, d.second, n);
+  put_mean(f, f.places.luma, 4 * p + 1, d.first, d.second, n);
 }
 void put_luma_before(const cell_frame& f, int p, const doubled_rows& d, int n) {
-  if (p > 0) put_mean(f, f.luma, 4 * p - 1, d.before, d.first, n);
+  if (p > 0) put_mean(f, f.places.luma, 4 * p - 1, d.before, d.first, n);
 }
 
 // A plane widened, in tiles of so many samples.
@@ -79,16 +80,16 @@ void double_i420(const cell_frame& f, int p) {
   // Planes can overlap in a clipped frame, so the order counts: own rows, means towards the row pair before, copies.
   const int n = f.pixels;
   put_luma(f, p, d, n);
-  put_aside(f, f.u, 2 * p, d.u, n / 2);
-  put_aside(f, f.v, 2 * p, d.v, n / 2);
+  put_aside(f, f.places.u, 2 * p, d.u, n / 2);
+  put_aside(f, f.places.v, 2 * p, d.v, n / 2);
   put_luma_before(f, p, d, n);
   if (p > 0) {
-    put_mean(f, f.u, 2 * p - 1, d.u_before, d.u, n / 2);
-    put_mean(f, f.v, 2 * p - 1, d.v_before, d.v, n / 2);
+    put_mean(f, f.places.u, 2 * p - 1, d.u_before, d.u, n / 2);
+    put_mean(f, f.places.v, 2 * p - 1, d.v_before, d.v, n / 2);
   }
-  put_copy(f, f.luma, p, 4, d.first, d.second, n);
-  put_copy(f, f.u, p, 2, d.u, d.u, n / 2);
-  put_copy(f, f.v, p, 2, d.v, d.v, n / 2);
+  put_copy(f, f.places.luma, p, 4, d.first, d.second, n);
+  put_copy(f, f.places.u, p, 2, d.u, d.u, n / 2);
+  put_copy(f, f.places.v, p, 2, d.v, d.v, n / 2);
 }
 
 // The other formats: planes are widened, then joined to rows.
@@ -111,13 +112,13 @@ void double_joined(const cell_frame& f, int p) {
     f.output->widen_words(wide[1], a.words, f.columns / 2, f.mirrored);
     for (int i = 0; i < 2; ++i) {
       widen(f, wide[0], a.luma[i], f.columns, kTile);
-      f.output->pack(to[i], wide[0], wide[1], f.pixels, false, order_of(f));
+      f.output->pack(to[i], wide[0], wide[1], f.pixels, false, order_of(f.job->format));
     }
   }
   const int n = bytes_per_pixel(f.job->format) * f.pixels;
   put_luma(f, p, d, n);
   put_luma_before(f, p, d, n);
-  put_copy(f, f.luma, p, 4, d.first, d.second, n);
+  put_copy(f, f.places.luma, p, 4, d.first, d.second, n);
 }
 
 }  // namespace

@@ -24,14 +24,9 @@ void take_plan(group_walk& w, const Plan& p) {
   }
 }
 
-void put_clipped(const frame_job& job, int64_t to, const uint8_t* from, int n) {
-  for (int64_t i = to < 0 ? -to : 0; i < n && to + i < job.out.bytes; ++i) job.out.base[to + i] = from[i];
-}
-
 // Stores two finished rows group by group: in each, tile by tile, first row before second, luma before U before V.
 void store_groups(const cell_frame& f, const made_rows& rows, group_walk& w) {
-  const frame_job& job = *f.job;
-  const int tile_bytes = kTile * bytes_per_pixel(job.format), tiles = f.pixels / kTile, groups = tiles / 2;
+  const int tile_bytes = kTile * bytes_per_pixel(f.job->format), tiles = f.pixels / kTile, groups = tiles / 2;
   // The rows were made in the order of memory: under the mirror the walk's first tile is their last.
   const auto tile_of = [&](const uint8_t* row, int t, int count, int bytes) {
     return row + (f.mirrored ? count - 1 - t : t) * bytes;
@@ -39,11 +34,11 @@ void store_groups(const cell_frame& f, const made_rows& rows, group_walk& w) {
   for (int g = 0; g < groups; ++g) {
     for (int h = 0; h < 2; ++h)
       for (int i = 0; i < 2; ++i)
-        put_clipped(job, w.luma + w.half[h] + w.row[i], tile_of(rows.row[i], 2 * g + h, tiles, tile_bytes),
-                    tile_bytes);
+        f.job->out.store(w.luma + w.half[h] + w.row[i], tile_of(rows.row[i], 2 * g + h, tiles, tile_bytes),
+                         tile_bytes);
     if (rows.u != nullptr) {
-      put_clipped(job, w.u, tile_of(rows.u, g, groups, kTile), kTile);
-      put_clipped(job, w.v, tile_of(rows.v, g, groups, kTile), kTile);
+      f.job->out.store(w.u, tile_of(rows.u, g, groups, kTile), kTile);
+      f.job->out.store(w.v, tile_of(rows.v, g, groups, kTile), kTile);
     }
     w.luma += w.group;
     w.u += w.chroma_group;
@@ -61,7 +56,7 @@ group_walk start_groups(const cell_frame& f) {
   const start_offsets start = output_start(f.context, f.job->format);
   group_walk w = {};
   w.luma = start.bulk;
-  w.u = f.context->out_pixels + start.bulk_chroma;
+  w.u = int64_t{f.context->out_pixels} + start.bulk_chroma;
   w.v = w.u + f.context->out_quarter_pixels;
   switch (f.job->format) {
     case out_format::i420:

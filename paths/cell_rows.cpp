@@ -24,10 +24,6 @@ cell_rows cells_of(const cell_frame& f) {
 
 namespace {
 
-void fill(uint8_t* to, int n, uint8_t value) {
-  for (int i = 0; i < n; ++i) to[i] = value;
-}
-
 // One row of RGB from planes. Halved, RGB24 takes the even columns and mirrors them; RGB32 mirrors before it takes
 // every second column, and so comes to the odd ones.
 void put_rgb(const cell_frame& f, uint8_t* to, const uint8_t* r, const uint8_t* g, const uint8_t* b) {
@@ -56,8 +52,8 @@ void put_grey(const cell_frame& f, const made_rows& out) {
       put_rgb(f, out.row[i], s, s, s);
   }
   if (out.u != nullptr) {
-    fill(out.u, f.pixels / 2, 128);
-    fill(out.v, f.pixels / 2, 128);
+    f.rows->fill(out.u, f.pixels / 2, 128, 128);
+    f.rows->fill(out.v, f.pixels / 2, 128, 128);
   }
 }
 
@@ -86,7 +82,8 @@ void put_packed(const cell_frame& f, const made_rows& out) {
   f.kernels->cells_to_words(a);
   const auto pack = f.halved ? f.output->pack_halved : f.output->pack;
   for (int i = 0; i < 2; ++i)
-    if (out.row[i] != nullptr) pack(out.row[i], a.luma[i], a.words, f.pixels, f.mirrored, order_of(f));
+    if (out.row[i] != nullptr)
+      pack(out.row[i], a.luma[i], a.words, f.pixels, f.mirrored, order_of(f.job->format));
 }
 
 }  // namespace

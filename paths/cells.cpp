@@ -9,48 +9,6 @@ namespace ppl {
 namespace cells {
 namespace {
 
-bool inside(const row_grid& g, int rows, int64_t bytes, int64_t first, int64_t last) {
-  const int64_t end = g.start + (rows - 1) * g.step;
-  const int64_t low = g.step < 0 ? end : g.start, high = g.step < 0 ? g.start : end;
-  return rows == 0 || (low >= first && high + bytes <= last);
-}
-
-// Where the rows of the picture stand. A frame that runs upwards starts at its last row; when doubled, one row
-// above it, for the copy of the first row belongs below.
-void lay_out(cell_frame& f) {
-  const ppl_context& c = *f.context;
-  const out_format format = f.job->format;
-  const int bytes = bytes_per_pixel(format);
-  const bool upwards = is_rgb(format) == (c.v_mirror == 0);
-  const int64_t row = int64_t{bytes} * c.out_width, half = c.out_width / 2;
-  const int64_t inset = f.mirrored ? c.out_width - f.pixels : 0;
-  const int64_t below = f.doubled ? 2 : 1;
-  const int64_t first = upwards ? int64_t{bytes} * c.out_pixels - below * row : 0;
-  f.luma = {first + bytes * inset, upwards ? -row : row};
-  if (format != out_format::i420) return;
-  const int64_t chroma = f.context->out_pixels + (upwards ? c.out_quarter_pixels - below * half : 0) +
-                         (f.mirrored ? half - f.pixels / 2 : 0);
-  f.u = {chroma, upwards ? -half : half};
-  f.v = {chroma + c.out_quarter_pixels, f.u.step};
-}
-
-// Do all rows stand inside their planes? One row more for the copy at the end of a doubled picture, which stands
-// behind the last row, or below the first.
-bool all_inside(const cell_frame& f) {
-  const ppl_context& c = *f.context;
-  const frame_job& job = *f.job;
-  const int rows = f.doubled ? 4 * f.row_pairs : f.halved ? f.row_pairs : 2 * f.row_pairs;
-  const auto whole = [&](row_grid g, int n, int64_t bytes, int64_t first, int64_t last) {
-    if (f.doubled && g.step < 0) g.start -= g.step;
-    return inside(g, n, bytes, first, last);
-  };
-  const int64_t bytes = int64_t{bytes_per_pixel(job.format)} * f.pixels;
-  if (job.format != out_format::i420) return whole(f.luma, rows, bytes, 0, job.out.bytes);
-  const int64_t u = f.context->out_pixels, v = u + c.out_quarter_pixels, end = v + c.out_quarter_pixels;
-  return end <= job.out.bytes && whole(f.luma, rows, bytes, 0, u) &&
-         whole(f.u, rows / 2, f.pixels / 2, u, v) && whole(f.v, rows / 2, f.pixels / 2, v, end);
-}
-
 cell_frame plan_frame(const frame_job& job, const quality_row& q) {
   ppl_context* const c = job.context;
   cell_frame f = {};
@@ -71,8 +29,16 @@ cell_frame plan_frame(const frame_job& job, const quality_row& q) {
   f.doubled = c->decimation < 0 && !f.grey && job.format != out_format::rgb32;
   const bool drifts = c->decimation < 0 && !f.doubled;
   f.pixels = f.doubled ? 2 * f.columns : f.halved ? f.columns / 2 : f.columns;
-  lay_out(f);
-  const bool ordinary = !drifts && all_inside(f);
+  // A doubled picture has one row more, the copy at its end: behind the last row, or, where rows run upwards, below the
+  // first, which then lies one row above the bottom.
+  const bool upwards = is_rgb(job.format) == (c->v_mirror == 0);
+  const auto lay_out = [&](int below) {
+    return lay_out_rows(c, job.format, f.pixels, upwards, f.mirrored, below);
+  };
+  f.places = lay_out(f.doubled ? 1 : 0);
+  const int rows = f.doubled ? 4 * f.row_pairs : f.halved ? f.row_pairs : 2 * f.row_pairs;
+  const bool ordinary =
+      !drifts && rows_fit(c, job.format, job.out.bytes, f.doubled ? lay_out(0) : f.places, f.pixels, 0, rows);
   f.place = ordinary ? placing::in_place : f.doubled ? placing::clipped : placing::by_groups;
   return f;
 }
@@ -135,20 +101,21 @@ void finish_statistics(ppl_context* c) {
 // ---- in place
 
 void place_rows(const cell_frame& f, int p) {
+  const picture_rows& to = f.places;
+  const bool planes = f.job->format == out_format::i420;
   made_rows out = {};
   if (f.halved) {
     // One luma row for each row pair; a chroma row for two, from the first.
-    out.row[0] = at(f, f.luma, p);
-    if (f.u.step != 0 && (p & 1) == 0 && p + 1 < f.row_pairs) {
-      out.u = at(f, f.u, p / 2);
-      out.v = at(f, f.v, p / 2);
+    out.row[0] = at(f, to.luma, p);
+    if (planes && (p & 1) == 0 && p + 1 < f.row_pairs) {
+      out.u = at(f, to.u, p / 2);
+      out.v = at(f, to.v, p / 2);
     }
   } else {
-    out.row[0] = at(f, f.luma, 2 * p);
-    out.row[1] = at(f, f.luma, 2 * p + 1);
-    if (f.u.step != 0) {
-      out.u = at(f, f.u, p);
-      out.v = at(f, f.v, p);
+    for (int i = 0; i < 2; ++i) out.row[i] = at(f, to.luma, 2 * p + i);
+    if (planes) {
+      out.u = at(f, to.u, p);
+      out.v = at(f, to.v, p);
     }
   }
   put_rows(f, out);

@@ -12,6 +12,7 @@
 #include "output/output_kernels.h"
 #include "paths/kernels.h"
 #include "record/context.h"
+#include "record/destination.h"
 #include "record/job.h"
 #include "rows/row_kernels.h"
 #include "tile/kernels.h"
@@ -49,11 +50,6 @@ constexpr plane_row kG0 = kLuma0, kG1 = kLuma1, kR = kU, kB = kV;
 
 enum class placing : uint8_t { in_place, by_groups, clipped };
 
-// Rows of a plane: row r of the picture begins at start + r * step.
-struct row_grid {
-  int64_t start, step;
-};
-
 struct cell_frame {
   const frame_job* job;
   ppl_context* context;
@@ -66,10 +62,9 @@ struct cell_frame {
   bool halved, doubled;
   placing place;
   int tiles, row_pairs;
-  int columns;    // of the mosaic that are visited
-  int pixels;     // of an output row that are made
-  row_grid luma;  // I420 luma, or the rows of the one plane
-  row_grid u, v;  // I420
+  int columns;  // of the mosaic that are visited
+  int pixels;   // of an output row that are made
+  picture_rows places;
 };
 
 // The two rows (or the one of a halved picture) and, in I420, the chroma rows that a row pair makes. Null: not made.
@@ -78,11 +73,8 @@ struct made_rows {
   uint8_t *u, *v;
 };
 
-inline byte_order order_of(const cell_frame& f) {
-  return f.job->format == out_format::yuyv ? byte_order::yuyv : byte_order::uyvy;
-}
 inline uint8_t* at(const cell_frame& f, const row_grid& g, int row) {
-  return f.job->out.base + g.start + row * g.step;
+  return f.job->out.base + g.at(row);
 }
 
 // The cell kernels' rows in row storage.

@@ -12,14 +12,14 @@ constexpr int kLevels = 4;
 
 // Narrowest first.
 inline constexpr kernels kLevelTables[kLevels] = {
-    {"sse2", &sse2::row_table, &sse2::tile_table, &sse2::path_table, &sse2::output_table, &sse2::convert_table,
-     &sse2::scaler_table},
-    {"sse41", &sse41::row_table, &sse41::tile_table, &sse41::path_table, &sse41::output_table, &sse41::convert_table,
-     &sse41::scaler_table},
-    {"avx2", &avx2::row_table, &avx2::tile_table, &avx2::path_table, &avx2::output_table, &avx2::convert_table,
-     &avx2::scaler_table},
-    {"avx512", &avx512::row_table, &avx512::tile_table, &avx512::path_table, &avx512::output_table, &avx512::convert_table,
-     &avx512::scaler_table},
+    {"sse2", &sse2::row_table, &sse2::tile_table, &sse2::path_table, &sse2::output_table,
+     &sse2::convert_table, &sse2::scaler_table},
+    {"sse41", &sse41::row_table, &sse41::tile_table, &sse41::path_table, &sse41::output_table,
+     &sse41::convert_table, &sse41::scaler_table},
+    {"avx2", &avx2::row_table, &avx2::tile_table, &avx2::path_table, &avx2::output_table,
+     &avx2::convert_table, &avx2::scaler_table},
+    {"avx512", &avx512::row_table, &avx512::tile_table, &avx512::path_table, &avx512::output_table,
+     &avx512::convert_table, &avx512::scaler_table},
 };
 
 // What of the register file the operating system saves when it switches threads.
