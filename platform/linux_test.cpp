@@ -1,6 +1,6 @@
 // Like platform/linux.cpp, for the library that the tests link: it can be held to a narrower level.
 #include "platform/linux_levels.h"
-#include "tests/level.h"
+#include "tests/support/level.h"
 
 static int forced_level = -1;
 

@@ -5,7 +5,7 @@
 // of names (image_names.inc: one PPL_IMAGE_FUNCTION(name) each) from the list of exports.
 #include "image_calls.h"
 
-#include "level.h"
+#include "support/level.h"
 
 #include <cpuid.h>
 #include <stdlib.h>

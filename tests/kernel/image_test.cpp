@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "image_calls.h"
-#include "level.h"
 #include "ppl.h"
+#include "support/level.h"
 
 extern "C" void ppl_clear_pool();
 

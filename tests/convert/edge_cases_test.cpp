@@ -1,0 +1,333 @@
+// Conversions where rows, planes and destinations do not fit together as usual. Figures are worked out by hand.
+//
+// Frames are set up through ppl_new_frame_size() and ppl_set_decimation(): sizes equal to the instance's own are not
+// looked up in the table of conversion sizes.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <ctime>
+#include <vector>
+
+#include "ppl.h"
+#include "support/level.h"
+
+namespace {
+
+constexpr uint8_t kUntouched = 0xa5;
+
+// n bytes aligned to 64, with 64 bytes on each side that must stay as they were.
+class fenced {
+ public:
+  explicit fenced(size_t n, uint8_t value = kUntouched) : size_(n), bytes_(n + 3 * 64, 0x5c) {
+    data_ = bytes_.data() + 64;
+    data_ += (64 - reinterpret_cast<uintptr_t>(data_) % 64) % 64;
+    std::memset(data_, value, n);
+  }
+  ~fenced() {
+    for (const uint8_t* p = bytes_.data(); p < bytes_.data() + bytes_.size(); p++) {
+      if (p == data_) p += size_;
+      EXPECT_EQ(*p, 0x5c) << "byte " << p - data_ << " of a buffer of " << size_;
+      if (*p != 0x5c) break;
+    }
+  }
+  fenced(const fenced&) = delete;
+  fenced& operator=(const fenced&) = delete;
+  uint8_t* data() { return data_; }
+  uint8_t operator[](size_t i) const { return data_[i]; }
+  // How many bytes of [first, end) are not the value.
+  size_t others(size_t first, size_t end, uint8_t value) const {
+    size_t n = 0;
+    for (size_t i = first; i < end; i++) n += data_[i] != value;
+    return n;
+  }
+
+ private:
+  size_t size_;
+  std::vector<uint8_t> bytes_;
+  uint8_t* data_;
+};
+
+class ConvertCorners : public testing::TestWithParam<int> {
+ protected:
+  void SetUp() override {
+    ppl_test_force_level(GetParam());
+    context = ppl_init();
+    ASSERT_NE(context, nullptr);
+    ppl_test_force_level(-1);
+  }
+  void TearDown() override { ppl_free(context); }
+  void size(uint32_t width, uint32_t height, int decimation, int top, int bottom) {
+    ASSERT_EQ(ppl_new_frame_size(context, width, height, width), 1);
+    ppl_reset_decimation(context);
+    ASSERT_EQ(ppl_set_decimation(context, decimation, top, bottom), 1);
+  }
+  ppl_context* context = nullptr;
+};
+INSTANTIATE_TEST_SUITE_P(Levels, ConvertCorners, testing::Range(0, ppl_test_levels()));
+
+// Each row of YUYV: luma 10 + column, U 100 + 2 * pair, V 101 + 2 * pair.
+void ramp(uint8_t* out, int width, int rows) {
+  for (int r = 0; r < rows; r++) {
+    for (int x = 0; x < width; x++) {
+      *out++ = static_cast<uint8_t>(10 + x);
+      *out++ = static_cast<uint8_t>(100 + x);
+    }
+  }
+}
+
+// 48 columns are three tiles: the last one has no partner, its chroma is stored all the same.
+TEST_P(ConvertCorners, AnOddTileCountKeepsItsLastChroma) {
+  size(48, 4, 0, 0, 0);
+  fenced frame(48 * 4 * 2), out(48 * 4 * 3 / 2);
+  ramp(frame.data(), 48, 4);
+  EXPECT_EQ(YUYVToI420MMX(context, frame.data(), out.data(), 48, 4, 48, 4), 1);
+  EXPECT_EQ(out[47], 57);
+  EXPECT_EQ(out[192 + 23], 146);       // U of pair 23: 100 + 46
+  EXPECT_EQ(out[192 + 48 + 23], 147);  // V lies 48 bytes behind U
+  fenced woven(48 * 4 * 3 / 2);
+  EXPECT_EQ(IntlYUYVToI420MMX(context, frame.data(), frame.data(), frame.data(), woven.data(), 48, 4, 48, 4),
+            1);
+  EXPECT_EQ(woven[192 + 23], 146);
+  EXPECT_EQ(woven[192 + 48 + 23], 147);
+}
+
+TEST_P(ConvertCorners, ReversedRowsBeginAtTheEndOfTheRow) {
+  size(48, 2, 0, 0, 0);
+  ppl_set_h_mirror(context, 1);
+  fenced frame(48 * 2 * 2), out(48 * 2 * 3 / 2);
+  ramp(frame.data(), 48, 2);
+  EXPECT_EQ(YUYVToI420MMX(context, frame.data(), out.data(), 48, 2, 48, 2), 1);
+  for (int x = 0; x < 48; x++) EXPECT_EQ(out[x], 57 - x);
+  for (int x = 0; x < 24; x++) EXPECT_EQ(out[96 + x], 146 - 2 * x);
+  for (int x = 0; x < 24; x++) EXPECT_EQ(out[96 + 24 + x], 147 - 2 * x);
+}
+
+// Three tiles hold one unit of 32 pixels of the 12-bit layout; the third tile keeps what the buffer held.
+TEST_P(ConvertCorners, TwelveBitUnitsLeaveTheRestOfARow) {
+  size(48, 2, 0, 0, 0);
+  fenced frame(72 * 2, 7), plain(48 * 2 * 3 / 2), mirrored(48 * 2 * 3 / 2);
+  EXPECT_EQ(UYVYYYYYToI420MMX(context, frame.data(), plain.data(), 48, 2, 48, 2), 1);
+  EXPECT_EQ(plain.others(0, 20, 7), 0u);
+  EXPECT_EQ(plain[21], 0);
+  EXPECT_EQ(plain.others(32, 48, kUntouched), 0u);
+  EXPECT_EQ(plain.others(80, 96, kUntouched), 0u);
+  EXPECT_EQ(plain.others(96, 112, 7), 0u);
+  EXPECT_EQ(plain.others(112, 144, kUntouched), 0u);
+  ppl_set_h_mirror(context, 1);
+  EXPECT_EQ(UYVYYYYYToI420MMX(context, frame.data(), mirrored.data(), 48, 2, 48, 2), 1);
+  EXPECT_EQ(mirrored.others(0, 16, kUntouched), 0u);
+  EXPECT_EQ(mirrored.others(16, 48, 7), 2u);  // the two zeros of the unit, from its columns 21 and 23
+  EXPECT_EQ(mirrored[47 - 21], 0);
+  EXPECT_EQ(mirrored[47 - 23], 0);
+  EXPECT_EQ(mirrored.others(96, 104, kUntouched), 0u);
+  EXPECT_EQ(mirrored.others(104, 120, 7), 0u);
+}
+
+// 32 columns shrink to 8 pixels, less than any vector: neither neighbours nor what lies behind is touched.
+TEST_P(ConvertCorners, RowsOfEightPixels) {
+  size(32, 8, 2, 0, 0);
+  fenced field(32 * 4 * 2), yuyv(8 * 2 * 2), i420(8 * 2 * 3 / 2), rgb(8 * 2 * 3);
+  ramp(field.data(), 32, 4);
+  EXPECT_EQ(IntlYUYVToYUYVMMX(context, nullptr, field.data(), nullptr, yuyv.data(), 32, 8, 8, 2), 1);
+  // Macropixel m comes from 4m and 4m + 2: lumas 10 + 8m and 11 + 8m, and four columns on.
+  for (int r = 0; r < 2; r++) {
+    for (int m = 0; m < 4; m++) {
+      const size_t at = static_cast<size_t>(16 * r + 4 * m);
+      EXPECT_EQ(yuyv[at], 11 + 8 * m);
+      EXPECT_EQ(yuyv[at + 1], 102 + 8 * m);
+      EXPECT_EQ(yuyv[at + 2], 15 + 8 * m);
+      EXPECT_EQ(yuyv[at + 3], 103 + 8 * m);
+    }
+  }
+  EXPECT_EQ(IntlYUYVToI420MMX(context, nullptr, field.data(), nullptr, i420.data(), 32, 8, 8, 2), 1);
+  EXPECT_EQ(i420[7], 15 + 24);
+  EXPECT_EQ(i420[8], 11);
+  EXPECT_EQ(i420[16 + 3], 102 + 24);
+  EXPECT_EQ(i420[20 + 3], 103 + 24);
+  std::memset(field.data(), 0x80, 32 * 4 * 2);
+  EXPECT_EQ(IntlYUYVToRGB24MMX(context, nullptr, field.data(), nullptr, rgb.data(), 32, 8, 8, 2), 1);
+  EXPECT_EQ(rgb.others(0, 48, (128 - 16) * 74 >> 6), 0u);
+}
+
+// Five field rows shrink to five rows; planes take pairs, the fifth row stays as the buffer held it.
+TEST_P(ConvertCorners, AnOddShrunkRowIsNotVisitedInPlanes) {
+  size(64, 10, 1, 0, 0);
+  fenced field(64 * 5 * 2, 60), out(32 * 5 + 2 * (32 * 5 / 4));
+  EXPECT_EQ(IntlYUYVToI420MMX(context, nullptr, field.data(), nullptr, out.data(), 64, 10, 32, 5), 1);
+  EXPECT_EQ(out.others(0, 128, 60), 0u);
+  EXPECT_EQ(out.others(128, 160, kUntouched), 0u);
+  EXPECT_EQ(out.others(160, 192, 60), 0u);          // two rows of U
+  EXPECT_EQ(out.others(192, 200, kUntouched), 0u);  // Q is 40
+  EXPECT_EQ(out.others(200, 232, 60), 0u);
+}
+
+// One tile: the motion test has no difference on both sides. A change of 13 in one word gives M = 52 there and at
+// its neighbours' edges, one of 12 gives 48; the threshold is 50.
+TEST_P(ConvertCorners, OneTileHasNothingOnBothSides) {
+  size(16, 4, 0, 0, 0);
+  for (const int change : {12, 13}) {
+    fenced earlier(64, 100), kept(64, 20), later(64, 100), out(128);
+    later.data()[31] = static_cast<uint8_t>(100 + change);  // V of the last pair of row 0
+    EXPECT_EQ(IntlYUYVToYUYVMMX(context, earlier.data(), kept.data(), later.data(), out.data(), 16, 4, 16, 4),
+              1);
+    const bool moves = change == 13;
+    EXPECT_EQ(out[32 + 31], moves ? 20 : 112);
+    EXPECT_EQ(out[32 + 29], moves ? 20 : 100);  // U before it has the same three differences about it
+    EXPECT_EQ(out[32 + 27], 100);
+    EXPECT_EQ(out[32 + 30], 100);  // luma stays
+  }
+}
+
+// The widest frame: 2036 columns, 127 tiles, doubled rows of 8144 bytes.
+TEST_P(ConvertCorners, TheWidestFrameDoubles) {
+  size(2032, 4, -1, 0, 0);
+  fenced field(2032 * 2 * 2), out(4064 * 8 * 2);
+  ramp(field.data(), 2032, 2);
+  EXPECT_EQ(
+      IntlYUYVToYUYVMMX(context, field.data(), field.data(), field.data(), out.data(), 2032, 4, 4064, 8), 1);
+  const auto luma = [](int x) { return (10 + x) & 255; };
+  for (int x = 0; x < 2032; x++) {
+    // Behind the last macropixel an identical one is assumed.
+    const int next = x < 2031 ? luma(x + 1) : luma(2030);
+    ASSERT_EQ(out[static_cast<size_t>(4 * x)], luma(x)) << x;
+    ASSERT_EQ(out[static_cast<size_t>(4 * x + 2)], (luma(x) + next + 1) >> 1) << x;
+  }
+  size(2036, 2, -1, 0, 0);
+  fenced two(2036 * 2 * 2), wide(4072 * 4 * 3);
+  EXPECT_EQ(IntlYUYVToRGB24MMX(context, two.data(), two.data(), two.data(), wide.data(), 2036, 2, 4072, 4),
+            1);
+}
+
+// With two black lines above, 32 x 4 is 32 x 6 in I420. A new frame size drops the lines from the height, but not
+// from the picture: U begins at 128 and V at 160 again, while luma goes on to 192.
+TEST_P(ConvertCorners, LostBlackLinesOverlapThePlanesInFrameOrder) {
+  size(32, 4, 0, 2, 0);
+  ASSERT_EQ(ppl_new_frame_size(context, 32, 4, 32), 1);
+  fenced field(32 * 2 * 2), out(32 * 4 * 3 / 2);
+  for (size_t i = 0; i < 128; i++) field.data()[i] = i % 2 == 0 ? 50 : 90;
+  EXPECT_EQ(IntlYUYVToI420MMX_no_motion(context, field.data(), field.data(), field.data(), out.data(), 32, 4,
+                                        32, 4),
+            1);
+  // Black: luma 0 .. 63, U 128 .. 143, V 160 .. 175. Row pair 0: luma 64 .. 127, U 144 .. 159, V 176 .. 191.
+  // Row pair 1: luma 128 .. 191 over all of it, then U at 160 .. 175, and V at 192, outside.
+  EXPECT_EQ(out.others(0, 64, 16), 0u);
+  EXPECT_EQ(out.others(64, 128, 50), 0u);
+  EXPECT_EQ(out.others(128, 160, 50), 0u);
+  EXPECT_EQ(out.others(160, 176, 90), 0u);
+  EXPECT_EQ(out.others(176, 192, 50), 0u);
+}
+
+// Sums and products wrap in 32 bits and counts are not tested; a call ends in no time and stays in its frame.
+TEST_P(ConvertCorners, BlackLineCountsBeyondAnyFrame) {
+  constexpr int kLines = 1 << 27;  // times 32 columns: nothing is left of the product in 32 bits
+  fenced field(32 * 2 * 2, 1), frame(32 * 4 * 3);
+  for (const auto convert : {IntlYUYVToYUYVMMX, IntlYUYVToI420MMX, IntlYUYVToRGB24MMX}) {
+    size(32, 4, 0, kLines, 0);
+    std::memset(frame.data(), kUntouched, 32 * 4 * 3);
+    const uint32_t before = ppl_n_frame(context);
+    EXPECT_EQ(convert(context, field.data(), field.data(), field.data(), frame.data(), 32, 4, 32, 4 + kLines),
+              1);
+    EXPECT_EQ(ppl_n_frame(context), before + 1);
+  }
+  // A negative count draws nothing: the picture begins at row 0 and its last two rows are outside.
+  size(32, 4, 0, -2, 0);
+  fenced two(32 * 2 * 2);
+  EXPECT_EQ(IntlYUYVToYUYVMMX(context, field.data(), field.data(), field.data(), two.data(), 32, 4, 32, 2),
+            1);
+  EXPECT_EQ(two.others(0, 128, 1), 0u);
+}
+
+// The product of a negative height may wrap to a positive number all the same; a frame that is not positive has no
+// bytes.
+TEST_P(ConvertCorners, AFrameOfNegativeHeightHasNoBytes) {
+  fenced source(320 * 240 * 3 / 2, 1), out(320 * 240 * 3 / 2);
+  size(320, 240, 0, 288452948, -1185647173);  // 320 x -897193985: 669,466,304 in 32 bits
+  ppl_set_v_mirror(context, 1);
+  EXPECT_EQ(ppl_process_yuyvyyyytoi420(context, source.data(), out.data(), 320, 240, 320, 3397773311u), 1);
+  EXPECT_EQ(out.others(0, 320 * 240 * 3 / 2, kUntouched), 0u);
+  ppl_reset_mirrors(context);
+  // 704 x -2147482648 is 704,000 in 32 bits.
+  fenced field(704 * 240 * 2, 1), frame(704 * 480 * 2);
+  EXPECT_EQ(IntlYUYVToYUYVMMX(context, field.data(), field.data(), field.data(), frame.data(), 704, 480, 704,
+                              2147484648u),
+            1);
+  EXPECT_EQ(frame.others(0, 704 * 480 * 2, kUntouched), 0u);
+}
+
+// Whatever the counts, a call walks no more rows than the frame has room for.
+TEST_P(ConvertCorners, BlackLinesTakeNoTimeOutsideTheFrame) {
+  constexpr int64_t kRoom = 1 << 20;
+  fenced field(64 * 10 * 2, 1), frame(kRoom);
+  constexpr int kCounts[] = {1 << 27, (1 << 27) + 1, 1 << 30, 0x7fffffff, -0x7fffffff, 7};
+  int calls = 0;
+  for (const int width : {1, 2, 10, 16, 32, 33, 64})
+    for (const int height : {2, 5, 10})
+      for (int d = 0; d <= 2; d++)
+        for (const int top : kCounts)
+          for (const int bottom : kCounts) {
+            const auto w = static_cast<uint32_t>(width), h = static_cast<uint32_t>(height);
+            const uint32_t ow = w >> d,
+                           oh = (h >> d) + static_cast<uint32_t>(top) + static_cast<uint32_t>(bottom);
+            if (int64_t{static_cast<int32_t>(ow * oh)} * 3 > kRoom) continue;
+            size(w, h, d, top, bottom);
+            for (const auto convert :
+                 {IntlYUYVToYUYVMMX_no_motion, IntlUYVYToUYVYMMX, IntlYUYVToI420MMX_no_motion,
+                  IntlUYVYToI420MMX, IntlYUYVToRGB24MMX_no_motion}) {
+              const std::clock_t before = std::clock();
+              EXPECT_EQ(
+                  convert(context, field.data(), field.data(), field.data(), frame.data(), w, h, ow, oh), 1);
+              ASSERT_LT(std::clock() - before, CLOCKS_PER_SEC / 4)
+                  << width << " x " << height << " at " << d << ", lines " << top << ", " << bottom;
+              calls++;
+            }
+          }
+  EXPECT_GT(calls, 1000);
+}
+
+// A null address passes the tests of alignment. There is no picture without what it is made from: the frame is
+// counted and nothing else. What is not read may be null.
+TEST_P(ConvertCorners, NullAddressesGiveNoPicture) {
+  size(32, 4, 0, 0, 0);
+  fenced field(32 * 2 * 2, 1), out(32 * 4 * 3);
+  const uint32_t before = ppl_n_frame(context);
+  EXPECT_EQ(YUYVToI420MMX(context, nullptr, out.data(), 32, 4, 32, 4), 1);
+  EXPECT_EQ(YUYVToRGB24MMX(context, field.data(), nullptr, 32, 4, 32, 4), 1);
+  EXPECT_EQ(IntlYUYVToYUYVMMX(context, nullptr, field.data(), field.data(), out.data(), 32, 4, 32, 4), 1);
+  EXPECT_EQ(out.others(0, 32 * 4 * 3, kUntouched), 0u);
+  EXPECT_EQ(
+      IntlYUYVToYUYVMMX_no_motion(context, nullptr, field.data(), field.data(), out.data(), 32, 4, 32, 4), 1);
+  EXPECT_EQ(out.others(0, 32 * 4 * 2, 1), 0u);
+  EXPECT_EQ(ppl_n_frame(context), before + 4);
+  EXPECT_EQ(RGB24ToRGB32MMX(context, nullptr, nullptr, 32, 4, 32, 4), 0);
+  EXPECT_EQ(ppl_n_frame(context), before + 5);
+}
+
+// A frame of two rows has one row pair, which is never tested: the earlier field isn't read.
+TEST_P(ConvertCorners, OneRowPairNeedsNoEarlierField) {
+  size(32, 2, 0, 0, 0);
+  fenced field(32 * 2, 1), out(32 * 2 * 2);
+  EXPECT_EQ(IntlYUYVToYUYVMMX(context, nullptr, field.data(), field.data(), out.data(), 32, 2, 32, 2), 1);
+  EXPECT_EQ(out.others(0, 32 * 2 * 2, 1), 0u);
+}
+
+// The last resorts need all that they are made of, or write nothing; they are false and not counted.
+TEST_P(ConvertCorners, NullAddressesGiveNoLastResort) {
+  fenced field(64, 1), out(256);
+  uint8_t* const off = out.data() + 4;
+  const uint32_t before = ppl_n_frame(context);
+  EXPECT_EQ(YUYVToI420MMX(context, nullptr, off, 4, 4, 4, 4), 0);
+  EXPECT_EQ(YUYVToI420MMX(context, field.data() + 4, nullptr, 4, 4, 4, 4), 0);
+  EXPECT_EQ(YUYVToRGB24MMX(context, field.data() + 4, nullptr, 4, 4, 4, 4), 0);
+  EXPECT_EQ(RGB24ToRGB32MMX(context, field.data() + 4, nullptr, 4, 4, 4, 4), 0);
+  EXPECT_EQ(IntlYUYVToI420MMX(context, field.data(), nullptr, field.data(), off, 4, 4, 4, 4), 0);
+  EXPECT_EQ(IntlYUYVToYUYVMMX(context, field.data(), nullptr, field.data(), off, 4, 4, 4, 4), 0);
+  EXPECT_EQ(IntlYUYVToYUYVMMX(context, field.data(), field.data(), nullptr, off, 4, 4, 4, 4), 0);
+  EXPECT_EQ(out.others(0, 256, kUntouched), 0u);
+  EXPECT_EQ(IntlYUYVToYUYVMMX(context, nullptr, field.data(), field.data(), off, 4, 4, 4, 4), 0);
+  EXPECT_EQ(out.others(4, 36, 1), 0u);
+  EXPECT_EQ(YUYVToRGB24MMX(context, nullptr, off, 4, 4, 4, 4), 0);
+  EXPECT_EQ(out.others(4, 52, 255), 0u);
+  EXPECT_EQ(ppl_n_frame(context), before);
+}
+
+}  // namespace

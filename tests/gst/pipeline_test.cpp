@@ -1,0 +1,67 @@
+// The element between a file of Bayer frames and a file of finished ones.
+#include <algorithm>
+#include <cstdlib>
+
+#include "tool/run.h"
+
+namespace {
+
+class Gst : public Tool {
+ protected:
+  // The sample's frame through the element, as the format named.
+  Bytes launch(const std::string& format, const std::string& controls) const {
+    const std::string line =
+        "GST_REGISTRY='" + path("registry") +
+        "' GST_PLUGIN_PATH='" PLUGINS "' '" GST_LAUNCH "' -q filesrc location='" + sample +
+        "' blocksize=307200 ! video/x-bayer,format=bggr,width=640,height=480,framerate=1/1 ! "
+        "pplbayer " +
+        controls + " ! video/x-raw,format=" + format + " ! filesink location='" + path("out") + "' 2>&1";
+    EXPECT_EQ(system(line.c_str()), 0) << line;
+    return read("out");
+  }
+};
+
+const Arguments controls{"--black", "12", "--gains", "397,256,346", "--gbgr"};
+const std::string properties = "black-level=12 red-gain=397 blue-gain=346 green-balance=true";
+
+// BGR is the tool's picture, top row first.
+TEST_F(Gst, BgrIsTheToolsPicture) {
+  for (const bool mirrored : {false, true}) {
+    ok(Arguments{"convert", sample, "-W", "640", "-H", "480", "-o", "a.png"} + controls +
+       (mirrored ? Arguments{"--h-mirror", "--v-mirror"} : Arguments{}));
+    const Rgb picture = png("a.png");
+    const Bytes bgr = launch("BGR", properties + (mirrored ? " h-mirror=true v-mirror=true" : ""));
+    ASSERT_EQ(bgr.size(), picture.pixels.size());
+    for (size_t i = 0; i < bgr.size(); i += 3)
+      for (size_t c = 0; c < 3; ++c) ASSERT_EQ(bgr[i + 2 - c], picture.pixels[i + c]);
+  }
+}
+
+// The YUV is full-range BT.601: converted back by its textbook formula it is the same picture.
+TEST_F(Gst, YuvIsStandard) {
+  ok(Arguments{"convert", sample, "-W", "640", "-H", "480", "-o", "a.png"} + controls);
+  const Rgb picture = png("a.png");
+  for (const std::string format : {"I420", "YUY2", "UYVY"}) {
+    const Bytes yuv = launch(format, properties);
+    ASSERT_EQ(yuv.size(), 640u * 480 * (format == "I420" ? 3 : 4) / 2);
+    Rgb back = picture;
+    for (size_t y = 0; y < 480; ++y)
+      for (size_t x = 0; x < 640; ++x) {
+        const size_t pair = 1280 * y + x / 2 * 4, c = y / 2 * 320 + x / 2;
+        double luma = 0, u = 0, v = 0;
+        if (format == "I420") {
+          luma = yuv[640 * y + x], u = yuv[307200 + c], v = yuv[384000 + c];
+        } else {
+          const size_t first = format == "YUY2" ? 0 : 1;
+          luma = yuv[pair + 2 * (x & 1) + first], u = yuv[pair + 1 - first], v = yuv[pair + 3 - first];
+        }
+        const double rgb[] = {luma + 1.402 * (v - 128), luma - 0.344136 * (u - 128) - 0.714136 * (v - 128),
+                              luma + 1.772 * (u - 128)};
+        for (size_t i = 0; i < 3; ++i)
+          back.pixels[3 * (640 * y + x) + i] = static_cast<uint8_t>(std::clamp(rgb[i] + 0.5, 0.0, 255.0));
+      }
+    EXPECT_GT(psnr(back, picture), 33) << format;
+  }
+}
+
+}  // namespace
