@@ -152,9 +152,9 @@ constexpr block kBlocks[] = {
     // Every second row pair is collected: four rows a call.
     {"tile/statistics", 4 * kWidth, [](bench_rows& b) { statistics(b, false); }},
     {"tile/statistics plain", 4 * kWidth, [](bench_rows& b) { statistics(b, true); }},
-    {"tile/median", 2 * kWidth,
+    {"tile/medium_filter", 2 * kWidth,
      [](bench_rows& b) {
-       b.k().tile->median({.context = &b.context(),
+       b.k().tile->medium_filter({.context = &b.context(),
                            .rows = b.in.from(0),
                            .out = b.out.from(0),
                            .made = 3,

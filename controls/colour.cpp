@@ -87,7 +87,7 @@ bool ppl::rebuild_colour_matrices(ppl_context* c) {
     }
   }
   fill_lanes(&c->luma_offset, offset_lane(c->y_bmy_rmy_offset));
-  fill_lanes(&c->yuv2_offset_vector, offset_lane(c->yuv_offset));
+  fill_lanes(&c->yuv2_offset, offset_lane(c->yuv_offset));
   fill_lanes(&c->rgb_offset_vector, offset_lane(c->rgb_offset));
   return true;
 }

@@ -19,7 +19,7 @@ bool rebuild_plus_minus(vec_i16* plus, vec_i16* minus, int32_t value) {
   return true;
 }
 
-// 8 fraction bits come in, 6 reach the lanes. One bit more than a lane holds may stand in the control.
+// 8 fraction bits come in, 6 reach the lanes. A control may hold one bit more than a lane.
 bool rebuild_percentage(vec_i16* v, int32_t value) {
   if (!fits_i17(value)) return false;
   fill_lanes(v, value >> 2);

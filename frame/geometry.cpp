@@ -6,7 +6,7 @@ namespace ppl {
 namespace {
 
 constexpr uint32_t kLargestExtent = 2048;
-constexpr int32_t kNoBorder = 1024;  // the factor of a path that collects everywhere
+constexpr int32_t kNoBorder = 1024;  // the factor of statistics that reach everywhere
 
 // Entries of stats_scale_table that no quality reads.
 struct unread_entry {
@@ -112,7 +112,7 @@ bool find_placement(uint32_t in_width, uint32_t in_height, uint32_t out_width, u
 
 }  // namespace
 
-// The grid starts at the top left corner; what the divisions leave over belongs to no cell.
+// The grid starts at the top left corner; tiles and row pairs that the divisions leave over count in the outside cell.
 bool rebuild_frame_tables(ppl_context* c) {
   c->cell_tiles = c->frame_width / 16 / kGridColumns;
   c->cell_row_pairs = c->frame_height / 2 / kGridRows;

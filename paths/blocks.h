@@ -41,7 +41,7 @@ inline constexpr demosaic_block kDirectedOddBlocks = {kOddFlatBlocks, &tile_kern
                                                       flat_colours::odd_blocks};
 inline constexpr demosaic_block kMosaicEdge = {kMosaicEdgeRows, nullptr, false, flat_colours::none};
 
-// In the record's scratch, behind what the walk takes: the flat colours of a row of blocks, and the rows that they are
+// In the record's scratch, after what the walk takes: the flat colours of a row of blocks, and the rows that they are
 // made from.
 constexpr int kFlatScratch = (kWalkScratch + 63) / 64 * 64 + 64;
 constexpr int kFlatRows = 8;

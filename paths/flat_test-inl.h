@@ -2,9 +2,9 @@
 //
 // The block is rows r, r + 1 and columns c, c + 1 with c even; one 16-bit lane of the result serves a block. The
 // test reads rows r - 2 .. r + 3, columns c - 2 .. c + 3; the colours read rows r - 1 .. r + 2, columns c - 1 ..
-// c + 2. r is even in qualities 11, odd in quality 10; the sites change places with it. Flat: each of twelve
-// differences, six of Gr sites and six of Gb sites, is at most T0. Even byte places hold the differences of the
-// sites at even columns (Gr), odd ones those at odd columns (Gb).
+// c + 2. Flat: each of twelve differences, six between Gr sites and six between Gb sites, is at most T0. Gr sites lie
+// at even columns, so the even byte of a lane holds their differences, the odd byte those of Gb sites. With r even, Gr
+// sites are in rows r - 1, r + 1, r + 3 and Gb sites in rows r - 2, r, r + 2; with r odd it is the other way round.
 #pragma once
 
 #include "paths/kernels.h"

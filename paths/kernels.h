@@ -1,8 +1,8 @@
-// The entry points of the vector code of qualities 3 and 13: cells to colours. Planes become rows of a format by the
-// output stage's kernels.
+// The entry points of this room's vector code: cells to colours, for the frames made cell by cell, whose planes become
+// rows of a format by the output stage's kernels; and the two blocks of single qualities that are run in the walk.
 //
-// Sources may be read up to 64 bytes behind their end (row storage, see tile/kernels.h). Destinations get exactly the
-// bytes told and need no alignment: they may be the caller's memory.
+// Rows of the walk are row storage as in tile/kernels.h. Cells: sources may be read up to 64 bytes beyond their end;
+// destinations get exactly the bytes told and need no alignment, as they may be the caller's memory.
 #pragma once
 
 #include <stdint.h>

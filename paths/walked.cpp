@@ -7,8 +7,8 @@ namespace ppl {
 
 namespace {
 
-// A walk whose rows a format takes. It lives in the record's scratch, behind what walk and blocks take: a kernel's stack
-// is small.
+// A walk whose rows a format takes. It is kept in the record's scratch, after what walk and blocks take, because a
+// kernel's stack is small.
 struct walked_frame : walk {
   output_writer* writer;
 };
@@ -91,7 +91,7 @@ void load_matrix(walk& w, rgb_form rgb) {
     }
     if (!chroma)
       w.matrix.offset[row] = !w.three_planes ? c.luma_offset
-                             : yuv2          ? c.yuv2_offset_vector
+                             : yuv2          ? c.yuv2_offset
                                              : c.rgb_offset_vector;
   }
 }

@@ -1,7 +1,7 @@
 // The record that holds all state of one instance, and the pool of eight of them.
 //
-// A record is flat: nothing in it is allocated and nothing has to be freed. Controls stand as the caller set
-// them; beside them stand the vectors and tables derived from them, which the setters rebuild at once.
+// A record is flat: nothing in it is allocated and nothing has to be freed. It keeps the controls as the caller set
+// them and, derived from them, vectors and tables, which the setters rebuild at once.
 #pragma once
 
 #include <stdint.h>
@@ -116,7 +116,7 @@ struct alignas(64) ppl_context {
   ppl::vec_u8 black_b_gb, black_gr_r;
   ppl::vec_i16 medium_diff_plus, medium_diff_minus, medium_hot, medium_dead;
   ppl::vec_i16 medium_hot_percent, medium_dead_percent, GbGr_diff_plus, GbGr_diff_minus;
-  ppl::vec_i16 luma_offset, yuv2_offset_vector, rgb_offset_vector;
+  ppl::vec_i16 luma_offset, yuv2_offset, rgb_offset_vector;
 
   ppl::tile_leftovers leftovers;
 
@@ -177,8 +177,8 @@ struct alignas(64) ppl_context {
   int32_t lens_f1, lens_f1_rshift_count, lens_f2, lens_f2_rshift_count;
   int32_t lens_largest_x_offset, lens_smallest_x_offset, lens_largest_y_offset;
 
-  // Statistics. During a frame the fields hold sums; the roll-up turns them into means. The outside cell stands
-  // directly behind the 48 sub-windows: the two are walked as one array of 49.
+  // Statistics. During a frame the fields hold sums; the roll-up turns them into means. The outside cell
+  // follows the 48 sub-windows: all 49 are walked as one array.
   uint32_t red_divisor, green_divisor, blue_divisor;
   ppl::rgb32 sub_window_means[ppl::kCells + 1];
   ppl::rgb32 all_windows_means, whole_frame_means, qAE_means;
@@ -208,7 +208,7 @@ constexpr rgb32* outside_cell(ppl_context* c) {
   return &c->sub_window_means[kCells];
 }
 
-// Internal rebuilds, shared by controls/ and frame/. All are exact integer work.
+// Works the plan out from decimation, out_width and the mirrors; whoever changes one of them calls it. Always true.
 bool rebuild_output_plan(ppl_context* c);  // record/output_plan.cpp
 
 }  // namespace ppl

@@ -1,10 +1,10 @@
-// The entry points of the tile pipeline's vector code. Each works on the two rows of a row pair, or makes some of the
-// rows r, r + 1 ... from a ring: rows of a ring are handed over as a list of row pointers.
+// The entry points of the vector code of the blocks in this room. Each works on the two rows of a row pair, or makes
+// some of the rows r, r + 1 ... of a ring, whose rows are handed over as a list of row pointers.
 //
-// Row storage: a row starts at a multiple of 64 bytes; `width` bytes (a multiple of 16) are real, and 64 bytes
-// on either side belong to the row's surroundings: kernels may read them, and may write behind the row's end up
-// to the next multiple of 64. A row that a neighbourhood reads has its two bytes on either side filled (pads).
-// Caller's memory is touched at exactly the `width` bytes given.
+// Row storage: a row starts at a multiple of 64 bytes. `width` bytes, a multiple of 16, are its samples. Of the 64
+// bytes on either side kernels may read all, and may write those after the end up to the next multiple of 64. Where a
+// block reads neighbours, the two bytes on either side of the row are filled (tile/pads.h). Of the caller's memory
+// exactly the `width` bytes given are touched.
 //
 // Kernels take their arguments, and the vectors of the record that they need, by value before the loop: a byte store
 // could change anything that memory holds, so a pointer would be followed anew for every vector.
@@ -21,7 +21,7 @@ namespace ppl {
 
 constexpr int kTile = 16;
 
-// Some of the rows r, r + 1 ...: bit i stands for row r + i.
+// Some of the rows r, r + 1 ...: bit i is row r + i.
 using row_bits = uint32_t;
 constexpr bool in_bits(row_bits rows, int i) {
   return (rows >> i & 1) != 0;
@@ -54,13 +54,13 @@ struct statistics_args {
   int32_t tile_lead;                    // tiles by which the front end runs ahead
 };
 
-// tile/median-inl.h: rows r - 2 ...
-struct median_args {
+// tile/medium_filter-inl.h: rows r - 2 ...
+struct medium_args {
   const ppl_context* context;
   const uint8_t* const* rows;
   uint8_t* const* out;
   row_bits made;
-  int32_t odd_row;  // row r is
+  int32_t odd_row;  // row r is odd
   int32_t width;
 };
 
@@ -125,7 +125,7 @@ struct tile_kernels {
   void (*prepare_tone)(ppl_context& context, const uint8_t* tone);
   void (*front_end)(const front_end_args&);
   void (*statistics)(const statistics_args&);
-  void (*median)(const median_args&);
+  void (*medium_filter)(const medium_args&);
   void (*green_fill)(const green_args&);
   void (*demosaic_gradient)(const demosaic_args&);
   void (*demosaic_bilinear)(const demosaic_args&);

@@ -49,7 +49,7 @@ constexpr int kRowPitch = 2048 + 64;
 static_assert(64 + kPoolRows * kRowPitch <= kRingPoolBytes);
 
 // The record's scratch during a walk: rows at a fixed pitch, then two rows of lens factors, then the rings' lists of
-// row pointers. What lies behind is free for the rooms above.
+// row pointers. What follows is free for the rooms above.
 enum scratch_row : uint8_t {
   kBlackEven,
   kBlackOdd,

@@ -67,12 +67,12 @@ void medium_filter_stage(walk& w, const stage& s, int first) {
     const int pair = (first + i) / 2;
     if (pair >= w.first_filtered_row_pair && pair <= w.row_pairs - 2 && w.tiles > 2) filtered |= 1u << i;
   });
-  w.kernels->median({.context = w.context,
-                     .rows = raw,
-                     .out = out,
-                     .made = filtered,
-                     .odd_row = first & 1,
-                     .width = w.width});
+  w.kernels->medium_filter({.context = w.context,
+                            .rows = raw,
+                            .out = out,
+                            .made = filtered,
+                            .odd_row = first & 1,
+                            .width = w.width});
   each_row(made, [&](int i) {
     const int ends = in_bits(filtered, i) ? kTile : w.width;
     copy(out[i], raw[2 + i], ends);

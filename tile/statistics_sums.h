@@ -5,12 +5,12 @@
 
 namespace ppl {
 
-// Nothing added yet; at the start of a frame.
+// At the start of a frame: nothing added yet.
 void clear_sums(statistics_sums& s);
-// Before the row pair's statistics: what was added so far belongs to the cells of an earlier row of the grid, if the
-// row pair is not in the same one. INT32_MAX stands for a row pair below the grid.
+// Before the row pair's statistics. If it lies in another row of the grid than those before it, what was added so far
+// goes to the cells of theirs. INT32_MAX is a row pair below the grid.
 void enter_row_pair(ppl_context& c, int row_pair);
-// At the end of a frame.
+// At the end of a frame: what is left goes to the record.
 void settle_sums(ppl_context& c);
 
 }  // namespace ppl

@@ -6,7 +6,7 @@
 #include "tile/front_end-inl.h"
 #include "tile/green_fill-inl.h"
 #include "tile/kernels.h"
-#include "tile/median-inl.h"
+#include "tile/medium_filter-inl.h"
 #include "tile/noise_filter-inl.h"
 #include "tile/statistics-inl.h"
 
@@ -17,7 +17,7 @@ const tile_kernels tile_table = {
     .prepare_tone = prepare_tone,
     .front_end = front_end,
     .statistics = statistics,
-    .median = median,
+    .medium_filter = medium_filter,
     .green_fill = green_fill,
     .demosaic_gradient = demosaic_gradient,
     .demosaic_bilinear = demosaic_bilinear,

@@ -1,9 +1,9 @@
 // The walk: a frame from top to bottom, some rows a step, stage after stage, each at its own lag.
 //
 // A stage makes rows of some rings from rows of others, `reach` rows above and below the rows that it makes. Lags and
-// ring lengths follow from that: a stage lags `reach` rows behind the producer of what it reads, and a ring holds every
-// row from the oldest still to be read to the newest. No stage knows where in the frame it is: outside of it it is
-// handed mirrored rows, and the columns beside a row are mirrored once, when the row is made (tile/pads.h).
+// ring lengths follow from that: a stage lags `reach` rows after the producer of what it reads, and a ring holds every
+// row from the oldest still to be read to the newest. No stage knows the edges of the frame: for rows outside it a
+// stage is handed mirrored ones, and the columns beside a row are filled when the row is made (tile/pads.h).
 //
 // Which stages a frame goes through, the last of them the format's, is for paths/ to say.
 #pragma once
@@ -49,8 +49,8 @@ struct stage_list {
     int lag = 0;
     for (int i = 0; i < 4; ++i) {
       if (reads[i] == no_ring) continue;
-      const int behind = producer_lag[reads[i]] + kind.reach[i];
-      if (behind > lag) lag = behind;
+      const int needed = producer_lag[reads[i]] + kind.reach[i];
+      if (needed > lag) lag = needed;
     }
     if (kind.first != stage_kind::any_row && (lag & 1) != (kind.first == stage_kind::odd_row)) ++lag;
     stage& s = stages[n_stages++];

@@ -41,7 +41,7 @@ TEST_F(colour, vectors_at_the_defaults) {
   EXPECT_EQ(group(c->yuv2_coef), (matrix{11, 67, -15, -9, -72, 81, 63, -52, -11}));
   EXPECT_EQ(group(c->yuv_coef), (matrix{11, 67, -15, -16, -124, 141, 86, -71, -15}));
   EXPECT_EQ(lanes(c->luma_offset), all(32));
-  EXPECT_EQ(lanes(c->yuv2_offset_vector), all(32));
+  EXPECT_EQ(lanes(c->yuv2_offset), all(32));
   EXPECT_EQ(lanes(c->rgb_offset_vector), all(32));
 }
 
@@ -131,7 +131,7 @@ TEST_F(colour, contrast_100_has_a_gain_of_456) {
   // A negative contrast lowers the gain half as steeply: 156 / 256.
   ASSERT_EQ(ppl_set_contrast_c(c, -100, nullptr, nullptr), 1);
   EXPECT_EQ(c->yuv_offset, 32768 - 128 * 156);
-  EXPECT_EQ(lanes(c->yuv2_offset_vector), all(((32768 - 19968 + 2) >> 2) + 32));
+  EXPECT_EQ(lanes(c->yuv2_offset), all(((32768 - 19968 + 2) >> 2) + 32));
 }
 
 TEST_F(colour, the_clamp_looks_one_bit_further_than_the_lane) {

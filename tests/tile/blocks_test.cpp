@@ -450,7 +450,7 @@ TEST_F(Blocks, MediumFilterTakesTheSecondSmallestOfFour) {
   at_every_level([](ppl_context& c, const ppl::tile_kernels& k) {
     row_store m(5), out(1);
     const auto at = [&](int column, int odd_row) {
-      k.median({.context = &c,
+      k.medium_filter({.context = &c,
                 .rows = m.from(0),
                 .out = out.from(0),
                 .made = 1,

@@ -12,7 +12,7 @@
 
 namespace ppl::PPL_LEVEL {
 
-namespace median_detail {
+namespace medium_detail {
 
 template <class V>
 struct quad {
@@ -35,12 +35,12 @@ PPL_INLINE V filtered(const levels& c, quad<V> n, V x, Lane lane) {
   return select(gt_s16(v, hi) | gt_s16(lo, v), lane(second), v);
 }
 
-}  // namespace median_detail
+}  // namespace medium_detail
 
 // The second smallest of four is min(max(min1, min2), min(max1, max2)).
 template <bool kOddRow>
-PPL_INLINE void median_row(const median_detail::levels& c, rows_around<5> r, uint8_t* out, int width) {
-  using namespace median_detail;
+PPL_INLINE void medium_row(const medium_detail::levels& c, rows_around<5> r, uint8_t* out, int width) {
+  using namespace medium_detail;
   walk_padded(width, [&]<class V>(int x) {
     const V centre = load<V>(r[0] + x);
     const quad<V> straight = {load<V>(r[-2] + x), load<V>(r[2] + x), loadu<V>(r[0] + x - 2),
@@ -55,13 +55,13 @@ PPL_INLINE void median_row(const median_detail::levels& c, rows_around<5> r, uin
   });
 }
 
-static void median(const median_args& a) {
+static void medium_filter(const medium_args& a) {
   const ppl_context& record = *a.context;
-  const median_detail::levels c = {record.medium_hot, record.medium_hot_percent, record.medium_dead,
+  const medium_detail::levels c = {record.medium_hot, record.medium_hot_percent, record.medium_dead,
                                    record.medium_dead_percent};
   each_row(a.made, [&](int i) {
-    ((a.odd_row + i) & 1) != 0 ? median_row<true>(c, five_rows(a.rows + i), a.out[i], a.width)
-                               : median_row<false>(c, five_rows(a.rows + i), a.out[i], a.width);
+    ((a.odd_row + i) & 1) != 0 ? medium_row<true>(c, five_rows(a.rows + i), a.out[i], a.width)
+                               : medium_row<false>(c, five_rows(a.rows + i), a.out[i], a.width);
   });
 }
 
