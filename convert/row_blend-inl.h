@@ -18,7 +18,7 @@
 #pragma once
 
 #include "convert/convert_kernels.h"
-#include "convert/packed_ops-inl.h"
+#include "simd/packed-inl.h"
 
 namespace ppl::PPL_LEVEL {
 
@@ -40,17 +40,17 @@ PPL_INLINE void blend_with(uint8_t* out, uint8_t* kept_out, const blend_rows& ro
     storeu(out + x, select_chroma<L>(moving, still, loadu<V>(later + x)));
   };
   ptrdiff_t x = 0;
-  V d = difference(0), q = one_word_on(none, d);
+  V d = difference(0), q = move_down16(none, d);
 
   if (threshold >> 1 <= kByteLimit) {
     const V limit = set8<V>(threshold >> 1);
     V bytes_before = pack_s8(q, q);
     // Differences of words that saturate never do so here; the plain ones a compiler takes apart and does thrice.
     const auto two_steps = [&](V d_after) {
-      const V d_second = difference(x + V::size), q_first = subs_s16(one_word_on(d, d_second), d);
-      q = subs_s16(one_word_on(d_second, d_after), d_second);
+      const V d_second = difference(x + V::size), q_first = subs_s16(move_down16(d, d_second), d);
+      q = subs_s16(move_down16(d_second, d_after), d_second);
       d = d_after;
-      const V q8 = pack_s8(q_first, q), p8 = one_byte_back(bytes_before, q8);
+      const V q8 = pack_s8(q_first, q), p8 = move_up8(bytes_before, q8);
       bytes_before = q8;
       const V s = adds_s8(p8, q8), f = adds_s8(s, p8), g = adds_s8(s, q8);
       const V span = subs_s8(max_s8(max_s8(f, g), none), min_s8(min_s8(f, g), none));
@@ -68,9 +68,9 @@ PPL_INLINE void blend_with(uint8_t* out, uint8_t* kept_out, const blend_rows& ro
   const V limit = set16<V>(threshold >> 1);
   const auto step = [&](V d_after) {
     const V q_before = q;
-    q = sub16(one_word_on(d, d_after), d);
+    q = sub16(move_down16(d, d_after), d);
     d = d_after;
-    const V p = one_word_back(q_before, q);
+    const V p = move_up16(q_before, q);
     const V s = add16(p, q), f = add16(s, p), g = add16(s, q);
     const V span = sub16(max_s16(max_s16(f, g), none), min_s16(min_s16(f, g), none));
     put(x, chroma_mask<L>(gt_s16(span, limit)));

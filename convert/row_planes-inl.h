@@ -2,7 +2,7 @@
 #pragma once
 
 #include "convert/convert_kernels.h"
-#include "convert/packed_ops-inl.h"
+#include "simd/packed-inl.h"
 
 namespace ppl::PPL_LEVEL {
 
@@ -24,7 +24,7 @@ PPL_INLINE void fetch_ahead(const uint8_t* out, ptrdiff_t done) {
   constexpr ptrdiff_t kAhead = 256;
   if (done % 64 != 0) return;
   for (ptrdiff_t i = kAhead; i < kAhead + Step; i += 64) {
-    _mm_prefetch(reinterpret_cast<const char*>(Mirror ? out - i : out + i), _MM_HINT_T0);
+    __builtin_prefetch(Mirror ? out - i : out + i);
   }
 }
 
@@ -61,6 +61,17 @@ static void planes_rows(const plane_rows& out, const uint8_t* in_0, const uint8_
 // The 12-bit layout: units of 48 bytes for 32 pixels. Groups of four bytes 0 1, 3 4, 6 7, 9 10 read as YUYV words;
 // groups 8, 5, 9 (without its odd bytes) and 11 give the lumas between theirs. Chroma stays as it comes, U and V
 // mixed.
+PPL_INLINE void twelve_bit_unit(const uint8_t* in, vec16& first, vec16& second, vec16& mixed) {
+  const vec16 g0123 = loadu<vec16>(in), g4567 = loadu<vec16>(in + 16), g89ab = loadu<vec16>(in + 32);
+  // Four groups in memory order: each lane by its number in two vectors.
+  const vec16 g34 = pick32<3, 3, 4, 4>(g0123, g4567), a = pick32<0, 1, 4, 6>(g0123, g34);
+  const vec16 b = pick32<2, 3, 5, 6>(g4567, g89ab);
+  const vec16 g85 = pick32<0, 0, 5, 5>(g89ab, g4567), e = pick32<0, 2, 5, 7>(g85, g89ab);
+  alignas(16) static constexpr uint8_t kThirdEven[16] = {255, 255, 255, 255, 255, 255, 255, 255,
+                                                         255, 0,   255, 0,   255, 255, 255, 255};
+  interleave32(even_bytes(a, b), e & load<vec16>(kThirdEven), first, second);
+  mixed = odd_bytes(a, b);
+}
 template <bool Mirror>
 static void twelve_bit_row(uint8_t* luma, uint8_t* chroma, const uint8_t* in, int units) {
   for (int i = 0; i < units; i++) {

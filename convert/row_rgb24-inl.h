@@ -6,12 +6,11 @@
 #pragma once
 
 #include "convert/convert_kernels.h"
-#include "convert/packed_ops-inl.h"
+#include "simd/packed-inl.h"
 #include "simd/store_rgb-inl.h"
 
 namespace ppl::PPL_LEVEL {
 
-#ifdef __SSSE3__
 template <byte_order L, class V>
 PPL_INLINE bgr16<V> colours(V packed) {
   constexpr bool yuyv = L == byte_order::yuyv;
@@ -26,38 +25,37 @@ PPL_INLINE bgr16<V> colours(V packed) {
           r = madd8(set16<V>(102 << 8), uv);
   return {sra16<6>(add16(y, b)), sra16<6>(sub16(y, g)), sra16<6>(add16(y, r))};
 }
+
+// Two pixels that share their chroma in the same lane of two vectors.
+template <class V>
+struct rgb24_factors {
+  V y = factor16<V>(74), u_in_blue = factor16<V>(129), u_in_green = factor16<V>(25),
+    v_in_green = factor16<V>(52), v_in_red = factor16<V>(102);
+};
+template <byte_order L, class V>
+PPL_INLINE void put_column_pairs(uint8_t* out, const rgb24_factors<V>& times, V first, V second) {
+  const V luma = subs_u8(luma_bytes<L>(first, second), set8<V>(16));
+  const V chroma = pack_u8(chroma16<L>(first), chroma16<L>(second));
+  const V y0 = mullo16(even(luma), times.y), y1 = mullo16(odd(luma), times.y);
+  const V u = sub16(even(chroma), set16<V>(128)), v = sub16(odd(chroma), set16<V>(128));
+  const V blue = mullo16(u, times.u_in_blue), red = mullo16(v, times.v_in_red),
+          green = add16(mullo16(u, times.u_in_green), mullo16(v, times.v_in_green));
+  store_bgr<6>(out, bgr_columns<V>{add16(y0, blue), sub16(y0, green), add16(y0, red)},
+               bgr_columns<V>{add16(y1, blue), sub16(y1, green), add16(y1, red)});
+}
+
 template <byte_order L>
 static void rgb24_row(uint8_t* out, const uint8_t* in, int pixels) {
+  const rgb24_factors<wide> factors;  // at levels that multiply 16-bit lanes: of 16 bytes
   walk_exact(pixels, [&]<class V>(int x) {
-    V first, second;
-    load_for_bgr(in + 2 * x, first, second);
-    store_bgr(out + 3 * x, colours<L>(first), colours<L>(second));
+    if constexpr (kMultipliesBytes) {
+      V first, second;
+      load_for_bgr(in + 2 * x, first, second);
+      store_bgr(out + 3 * x, colours<L>(first), colours<L>(second));
+    } else {
+      put_column_pairs<L>(out + 3 * x, factors, loadu<V>(in + 2 * x), loadu<V>(in + 2 * x + V::size));
+    }
   });
 }
-#else
-// Two pixels that share their chroma in the same lane of two vectors.
-template <byte_order L>
-static void rgb24_row(uint8_t* out, const uint8_t* in, int pixels) {
-  using V = vec16;
-  const V times_74 = factor16<V>(74), times_129 = factor16<V>(129), times_25 = factor16<V>(25),
-          times_52 = factor16<V>(52), times_102 = factor16<V>(102);
-  const auto words = [](V even_bytes, V odd_bytes) {
-    V first, second;
-    interleave16(sra16<6>(even_bytes), sra16<6>(odd_bytes), first, second);
-    return pack_u8(first, second);
-  };
-  for (int x = 0; x < pixels; x += 16) {
-    const V a = loadu<V>(in + 2 * x), b = loadu<V>(in + 2 * x + 16);
-    const V luma = subs_u8(luma_bytes<L>(a, b), set8<V>(16));
-    const V chroma = pack_u8(chroma16<L>(a), chroma16<L>(b));
-    const V y0 = mullo16(even(luma), times_74), y1 = mullo16(odd(luma), times_74);
-    const V u = sub16(even(chroma), set16<V>(128)), v = sub16(odd(chroma), set16<V>(128));
-    const V blue = mullo16(u, times_129), green = add16(mullo16(u, times_25), mullo16(v, times_52)),
-            red = mullo16(v, times_102);
-    store_bgr_words(out + 3 * x, words(add16(y0, blue), sub16(y0, green)),
-                    words(add16(y0, red), add16(y1, blue)), words(sub16(y1, green), add16(y1, red)));
-  }
-}
-#endif
 
 }  // namespace ppl::PPL_LEVEL

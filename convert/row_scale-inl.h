@@ -4,7 +4,7 @@
 #pragma once
 
 #include "convert/convert_kernels.h"
-#include "convert/packed_ops-inl.h"
+#include "simd/packed-inl.h"
 
 namespace ppl::PPL_LEVEL {
 
@@ -72,7 +72,7 @@ PPL_INLINE void walk_widened(const uint8_t* const (&in)[Rows], int in_pixels, St
   widened<vec16> w[Rows];
   for (int i = 0; i < Rows; i++) {
     const vec16 here = loadu<vec16>(in[i] + last);
-    w[i] = widen_macropixels(here, next_macropixels(here));
+    w[i] = widen_macropixels(here, pick32<1, 2, 3, 3>(here, here));
   }
   step(2 * last, w);
 }

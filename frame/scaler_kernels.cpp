@@ -1,9 +1,6 @@
 // Horizontal and vertical passes of the frame scaler.
 //
-// blend(a, b, f) = (a * (256 - f) + b * f + 128) >> 8. Where the level can multiply byte pairs, both products are one
-// operation on a - 128 and b - 128, with f from 1 to 255 so that 256 - f is a byte too; the sum, at least -32768, gets
-// the 128 * 256 back together with the rounding. Elsewhere it is a + ((b - a) * f + 128 >> 8) in bytes that wrap: the
-// bits 8 to 15 of the product are right, whatever is lost above them.
+// blend(a, b, f) = (a * (256 - f) + b * f + 128) >> 8.
 #include "frame/scaler_kernels.h"
 
 #include "platform/levels.h"
@@ -43,9 +40,9 @@ PPL_INLINE uint32_t weight_at(uint32_t p, uint32_t limit) {
   return p >> 20 < limit ? p >> 12 & 255 : 0;
 }
 
-#ifdef __SSSE3__
 // False where samples stand too far apart for any window: the last of one begins 14 bytes behind the first at most.
 bool prepare_shuffles(scaler_columns& c) {
+  if (!kShufflesBytes) return false;
   const uint32_t step = c.step, limit = c.limit, count = c.count;
   if (step > 14 * kOne) return false;
   c.windows = step <= 2 * kOne ? 1 : step <= 14 * kOne / 3 ? 2 : 4;
@@ -61,11 +58,6 @@ bool prepare_shuffles(scaler_columns& c) {
   for (uint32_t i = 0; i < count; i += group) t.base[i / group] = static_cast<uint16_t>(i * step >> 20);
   return true;
 }
-#else
-PPL_INLINE bool prepare_shuffles(scaler_columns&) {
-  return false;
-}
-#endif
 
 void prepare_gathering(const scaler_columns& c) {
   const column_tables t = tables_of(c);
@@ -117,35 +109,6 @@ void doubled_line(const uint8_t* row, uint8_t* out, int count, int last) {
   for (int x = last; x < samples; ++x) out[2 * x + 1] = row[x];
 }
 
-#ifdef __SSSE3__
-// Pairs of bytes less 128, by pairs of weights that add up to 256.
-template <class V>
-PPL_INLINE V blend_pairs(V pairs, V weights) {
-  return srl16<8>(add16(madd8(weights, pairs), set16<V>(0x8080)));
-}
-
-// A window for each 16 bytes: every kStep-th from `base` on.
-template <int kStep>
-PPL_INLINE void windows_to(vec<16>& d, const uint8_t* row, const uint16_t* base) {
-  d = loadu<vec16>(row + base[0]);
-}
-#if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
-template <int kStep>
-PPL_INLINE void windows_to(vec<32>& d, const uint8_t* row, const uint16_t* base) {
-  const __m256i first = _mm256_castsi128_si256(loadu<vec16>(row + base[0]).v);
-  d.v = _mm256_inserti128_si256(first, loadu<vec16>(row + base[kStep]).v, 1);
-}
-#endif
-#if defined(PPL_LEVEL_avx512)
-template <int kStep>
-PPL_INLINE void windows_to(vec<64>& d, const uint8_t* row, const uint16_t* base) {
-  vec<32> first, second;
-  windows_to<kStep>(first, row, base);
-  windows_to<kStep>(second, row, base + 2 * kStep);
-  d.v = _mm512_inserti64x4(_mm512_castsi256_si512(first.v), second.v, 1);
-}
-#endif
-
 template <int kWindows>
 void shuffled_line(const scaler_columns& c, const uint8_t* row, uint8_t* out, uint32_t first, int count) {
   alignas(16) constexpr uint8_t places[16] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
@@ -158,39 +121,21 @@ void shuffled_line(const scaler_columns& c, const uint8_t* row, uint8_t* out, ui
     for (int k = 0; k < 2; ++k, base += V::size / 16 * kWindows) {
       const int at = x + k * V::size / 2;
       const V order = load<V>(sample + at);
-      V pairs;
-      windows_to<kWindows>(pairs, row, base);
-      pairs = shuffle8(pairs, order);
+      // A window for each 16 bytes: every kWindows-th from `base` + n on.
+      const auto windows = [=](int n) {
+        return load_16s<V>([=](int i) { return row + base[kWindows * i + n]; });
+      };
+      V pairs = shuffle8(windows(0), order);
       for (int n = 1; n < kWindows; ++n) {
-        V window;
-        windows_to<kWindows>(window, row, base + n);
         const auto from_here_on = le_u8(set8<V>(16 / kWindows * n), repeat16<V>(places));
-        pairs = select(from_here_on, shuffle8(window, order), pairs);
+        pairs = select(from_here_on, shuffle8(windows(n), order), pairs);
       }
-      half[k] = blend_pairs(pairs ^ set8<V>(0x80), load<V>(weight + at));
+      half[k] = blend_pairs(pairs, load<V>(weight + at));
     }
     storeu(out + x, pack_u8(half[0], half[1]));
   });
 }
-#endif
 
-// A sample and its right neighbour.
-PPL_INLINE int load_pair(const uint8_t* p) {
-  uint16_t pair;
-  __builtin_memcpy(&pair, p, 2);
-  return pair;
-}
-PPL_INLINE vec16 gathered_octet(const uint8_t* row, const uint16_t* sample) {
-  __m128i pairs = _mm_cvtsi32_si128(load_pair(row + sample[0]));
-  pairs = _mm_insert_epi16(pairs, load_pair(row + sample[1]), 1);
-  pairs = _mm_insert_epi16(pairs, load_pair(row + sample[2]), 2);
-  pairs = _mm_insert_epi16(pairs, load_pair(row + sample[3]), 3);
-  pairs = _mm_insert_epi16(pairs, load_pair(row + sample[4]), 4);
-  pairs = _mm_insert_epi16(pairs, load_pair(row + sample[5]), 5);
-  pairs = _mm_insert_epi16(pairs, load_pair(row + sample[6]), 6);
-  pairs = _mm_insert_epi16(pairs, load_pair(row + sample[7]), 7);
-  return {pairs};
-}
 void gathered_line(const scaler_columns& c, const uint8_t* row, uint8_t* out, uint32_t first, int count) {
   const column_tables t = tables_of(c);
   const uint16_t* const sample = t.sample + first;
@@ -198,7 +143,9 @@ void gathered_line(const scaler_columns& c, const uint8_t* row, uint8_t* out, ui
   for (int x = 0; x < count; x += 16) {
     vec16 a[2], change[2];
     for (int k = 0; k < 2; ++k) {
-      const vec16 pairs = gathered_octet(row, sample + x + 8 * k);
+      const uint16_t* const at = sample + x + 8 * k;
+      // A sample and its right neighbour, eight times.
+      const vec16 pairs = gather_words([=](int i) { return row + at[i]; });
       a[k] = even(pairs);
       const vec16 product = mullo16(sub16(odd(pairs), a[k]), load<vec16>(weight + x + 8 * k));
       change[k] = srl16<8>(add16(product, set16<vec16>(128)));
@@ -221,12 +168,12 @@ void line(const scaler_columns& c, const uint8_t* row, uint8_t* out, uint32_t fi
     case scaler_way::doubled:
       return doubled_line(row + first / 2, out, n,
                           static_cast<int>(c.limit > first / 2 ? c.limit - first / 2 : 0));
-#ifdef __SSSE3__
     case scaler_way::shuffled:
-      return c.windows == 1   ? shuffled_line<1>(c, row, out, first, n)
-             : c.windows == 2 ? shuffled_line<2>(c, row, out, first, n)
-                              : shuffled_line<4>(c, row, out, first, n);
-#endif
+      if constexpr (kShufflesBytes)
+        c.windows == 1   ? shuffled_line<1>(c, row, out, first, n)
+        : c.windows == 2 ? shuffled_line<2>(c, row, out, first, n)
+                         : shuffled_line<4>(c, row, out, first, n);
+      return;
     case scaler_way::gathered:
       return gathered_line(c, row, out, first, n);
     default:
@@ -236,28 +183,10 @@ void line(const scaler_columns& c, const uint8_t* row, uint8_t* out, uint32_t fi
 
 // ---- vertical pass
 
-#ifdef __SSSE3__
-template <class V>
-PPL_INLINE V blend_rows(V a, V b, int f) {
-  V lo, hi;
-  widen_pairs(a ^ set8<V>(0x80), b ^ set8<V>(0x80), lo, hi);
-  const V weights = set16<V>((256 - f) | f << 8);
-  return narrow(blend_pairs(lo, weights), blend_pairs(hi, weights));
-}
-#else
-template <class V>
-PPL_INLINE V blend_rows(V a, V b, int f) {
-  const V half = set16<V>(128), weight = set16<V>(f);
-  const V e = add16(mullo16(sub16(even(b), even(a)), weight), half);
-  const V o = add16(mullo16(sub16(odd(b), odd(a)), weight), half);
-  return add8(a, even_odd(srl16<8>(e), o));
-}
-#endif
-
 void blend(const uint8_t* top, const uint8_t* bottom, uint32_t weight, uint8_t* out, uint32_t bytes) {
   const int whole = static_cast<int>(bytes & ~15u), f = static_cast<int>(weight);
   walk_exact(whole, [&]<class V>(int x) {
-    storeu(out + x, blend_rows(loadu<V>(top + x), loadu<V>(bottom + x), f));
+    storeu(out + x, blend8(loadu<V>(top + x), loadu<V>(bottom + x), f));
   });
   for (uint32_t x = static_cast<uint32_t>(whole); x < bytes; ++x)
     out[x] = blend_one(top[x], bottom[x], weight);

@@ -88,7 +88,7 @@ struct tile_leftovers {
 struct alignas(64) statistics_sums {
   uint32_t tiles[64][4];  // of each odd tile: B, G, G, R of the row pairs that share a row of the grid
   uint32_t bins[64][4];   // of each group of the row pair at hand, in the same order
-  // Four lanes for each group of a vector. Counts stand in the even ones: of cells that passed, their sum; of
+  // Four lanes for each group of a vector. Counts stand in the first two: of cells that passed, their sum; of
   // rejected ones, both the same.
   uint32_t qualified[16], exposed[16], passed[16], rejected[16];
   int32_t grid_row;  // kGridRows: below the grid

@@ -1,4 +1,4 @@
-// Vectors of 16, 32 and 64 bytes: thin values with named operations, one name for every width.
+// Vectors of 16, 32 and 64 bytes: thin values with named operations, one name for every width and every processor.
 //
 // A kernel is a template over the vector type V and is written once. This header is included by *_kernels.cpp
 // only: those are compiled once per level, and everything here lives in the level's own namespace, so that code
@@ -9,10 +9,10 @@
 // addresses: a 16-bit lane holds an even byte low and the odd byte behind it high. Masks come from comparisons
 // and go to select() and keep(); they are never stored.
 //
-// The operations of each width stand in a file of their own; here is what they share.
+// plain-inl.h says what every operation does; the files of the processors say again what their instructions do better.
+// No file outside simd/ asks for a level.
 #pragma once
 
-#include <immintrin.h>
 #include <stddef.h>
 #include <stdint.h>
 
@@ -22,96 +22,76 @@
 #define PPL_INLINE static inline __attribute__((always_inline))
 #define PPL_INLINE_MEMBER inline __attribute__((always_inline))
 
+#if defined(PPL_LEVEL_sse2) || defined(PPL_LEVEL_sse41) || defined(PPL_LEVEL_avx2) || \
+    defined(PPL_LEVEL_avx512)
+#define PPL_X86
+#include <immintrin.h>
+#endif
+
 namespace ppl::PPL_LEVEL {
 
+// N bytes as the language's own vectors, by lanes; and where they are in memory, aligned or not.
 template <int N>
-struct vec;
+struct lanes {
+  typedef uint8_t u8 __attribute__((vector_size(N)));
+  typedef int8_t s8 __attribute__((vector_size(N)));
+  typedef uint16_t u16 __attribute__((vector_size(N)));
+  typedef int16_t s16 __attribute__((vector_size(N)));
+  typedef uint32_t u32 __attribute__((vector_size(N)));
+  typedef int32_t s32 __attribute__((vector_size(N)));
+  typedef uint64_t u64 __attribute__((vector_size(N)));
+  typedef u8 aligned __attribute__((may_alias));
+  typedef u8 anywhere __attribute__((may_alias, aligned(1)));
+};
+// What a vector is held in: the type that the processor's intrinsics take, where there are any.
 template <int N>
-struct mask8;  // one decision per byte
-template <int N>
-struct mask16;  // one decision per 16-bit lane
-
-}  // namespace ppl::PPL_LEVEL
-
-#include "simd/simd_16-inl.h"
+struct native {
+  using type = typename lanes<N>::u8;
+};
+#if defined(PPL_X86)
+template <>
+struct native<16> {
+  using type = __m128i;
+};
+#endif
 #if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
-#include "simd/simd_32-inl.h"
+template <>
+struct native<32> {
+  using type = __m256i;
+};
 #endif
 #if defined(PPL_LEVEL_avx512)
-#include "simd/simd_64-inl.h"
-#endif
-
-namespace ppl::PPL_LEVEL {
-
-// ---- the level's own width, and the ways to walk a row with it
-
-template <class V>
-PPL_INLINE V load(const void* p) {
-  V d;
-  load_to(d, p);
-  return d;
-}
-template <class V>
-PPL_INLINE V loadu(const void* p) {
-  V d;
-  loadu_to(d, p);
-  return d;
-}
-template <class V>
-PPL_INLINE V load_widened(const void* p) {
-  V d;
-  load_widened_to(d, p);
-  return d;
-}
-template <class V>
-PPL_INLINE V zero() {
-  V d;
-  zero_to(d);
-  return d;
-}
-template <class V>
-PPL_INLINE V set8(int x) {
-  V d;
-  set8_to(d, x);
-  return d;
-}
-template <class V>
-PPL_INLINE V set16(int x) {
-  V d;
-  set16_to(d, x);
-  return d;
-}
-// The same for a factor of mullo16(), out of the compiler's sight: gcc takes a multiplication by lanes that it knows
-// apart into shifts and additions, up to five for the one.
-template <class V>
-PPL_INLINE V factor16(int x) {
-  V d;
-  set16_to(d, x);
-  asm("" : "+x"(d.v));
-  return d;
-}
-template <class V>
-PPL_INLINE V set32(int x) {
-  V d;
-  set32_to(d, x);
-  return d;
-}
-// 16 bytes from memory, repeated over the whole vector.
-template <class V>
-PPL_INLINE V repeat16(const void* p) {
-  V d;
-  repeat16_to(d, p);
-  return d;
-}
-
-using vec16 = vec<16>;
-#if defined(PPL_LEVEL_avx512)
+template <>
+struct native<64> {
+  using type = __m512i;
+};
 constexpr int kWidth = 64;
 #elif defined(PPL_LEVEL_avx2)
 constexpr int kWidth = 32;
 #else
 constexpr int kWidth = 16;
 #endif
+
+// Whether one instruction picks bytes by indices in a register (shuffle8), and one multiplies pairs of bytes (madd8).
+// Where there is none, these operations take many, and some kernels have another way.
+#if defined(__SSSE3__) && defined(PPL_X86)
+constexpr bool kShufflesBytes = true, kMultipliesBytes = true;
+#else
+constexpr bool kShufflesBytes = false, kMultipliesBytes = false;
+#endif
+
+}  // namespace ppl::PPL_LEVEL
+
+#include "simd/plain-inl.h"
+#if defined(PPL_X86)
+#include "simd/x86-inl.h"
+#endif
+
+namespace ppl::PPL_LEVEL {
+
+// ---- the level's own width, and the ways to walk a row with it
+
+using vec16 = vec<16>;
 using wide = vec<kWidth>;
 
 // A row and as many rows above it as below, by their distance from it.

@@ -25,10 +25,10 @@ PPL_INLINE void smooth_row(rows_around<3> r, uint8_t* u_sums, uint8_t* v_sums, u
       return add16(add16(left, centre), loadu<V>(sums + x + 2 * kWordBytes));
     };
     // 28 * (sum - 1152) >> 8, then 128 added: within 2..251, no clamp. 28 * 1152 = 126 * 256, so the bias moves
-    // through the shift; the product itself is below 65536. U takes its high half times 256, V its high byte as it
-    // stands.
-    const V u = mulhi_u16(nine(u_sums), set16<V>(28 << 8)), v = mullo16(nine(v_sums), factor16<V>(28));
-    store(out + x, add8(even_odd(u, v), set8<V>(2)));
+    // through the shift; the product itself is below 65536, and its high byte is wanted.
+    const V times_28 = factor16<V>(28);
+    const V both = join_high8(mullo16(nine(u_sums), times_28), mullo16(nine(v_sums), times_28));
+    store(out + x, add8(both, set8<V>(2)));
   });
 }
 

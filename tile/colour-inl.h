@@ -22,24 +22,29 @@ struct colours {
 // A colour matrix in registers, as far as they reach.
 template <class V>
 struct matrix_vectors {
-  V coef[9], offset[3], bias[3];
+  V coef[9], offset[3], bias[3];  // with 6 fraction bits, all of them
   PPL_INLINE_MEMBER explicit matrix_vectors(const colour_matrix& m)
       : coef{at(m.coef[0]), at(m.coef[1]), at(m.coef[2]), at(m.coef[3]), at(m.coef[4]),
              at(m.coef[5]), at(m.coef[6]), at(m.coef[7]), at(m.coef[8])},
         offset{at(m.offset[0]), at(m.offset[1]), at(m.offset[2])},
-        bias{at(m.bias[0]), at(m.bias[1]), at(m.bias[2])} {}
+        bias{sll16<6>(at(m.bias[0])), sll16<6>(at(m.bias[1])), sll16<6>(at(m.bias[2]))} {}
   static PPL_INLINE_MEMBER V at(const vec_i16& lanes) { return repeat16<V>(&lanes); }
 
+  // Before the shift.
   PPL_INLINE_MEMBER V row(int n, V r, V g, V b) const {
     const V rg = add16(mullo16(r, coef[3 * n]), mullo16(g, coef[3 * n + 1]));
-    return sra16<6>(add16(rg, add16(mullo16(b, coef[3 * n + 2]), offset[n])));
+    return add16(rg, add16(mullo16(b, coef[3 * n + 2]), offset[n]));
   }
   PPL_INLINE_MEMBER V even_row(int n, const colours<V>& c) const {
     return row(n, c.r_even, c.g_even, c.b_even);
   }
   PPL_INLINE_MEMBER V odd_row(int n, const colours<V>& c) const { return row(n, c.r_odd, c.g_odd, c.b_odd); }
   PPL_INLINE_MEMBER V plane(int n, const colours<V>& c) const {
-    return join_clamp8(add16(even_row(n, c), bias[n]), add16(odd_row(n, c), bias[n]));
+    return join_biased(even_row(n, c), odd_row(n, c), bias[n]);
+  }
+  // The bias is added before the shift: a sum that it takes out of 16 bits is beyond 255 either way.
+  static PPL_INLINE_MEMBER V join_biased(V even_lanes, V odd_lanes, V bias) {
+    return join_shifted8<6>(adds_s16(even_lanes, bias), adds_s16(odd_lanes, bias));
   }
 };
 
@@ -56,10 +61,9 @@ PPL_INLINE void put_colours(const colour_out& o, const matrix_vectors<V>& m, int
     store(o.chroma + x, m.plane(1, c));
     store(o.plane3 + x, m.plane(2, c));
   } else {
-    store(o.luma + x, join_clamp8(m.even_row(0, c), m.odd_row(0, c)));
+    store(o.luma + x, join_shifted8<6>(m.even_row(0, c), m.odd_row(0, c)));
     if constexpr (kForm == colour_form::luma_chroma) {
-      const V bias = set16<V>(128);
-      store(o.chroma + x, join_clamp8(add16(m.even_row(1, c), bias), add16(m.even_row(2, c), bias)));
+      store(o.chroma + x, m.join_biased(m.even_row(1, c), m.even_row(2, c), set16<V>(128 << 6)));
     }
   }
 }

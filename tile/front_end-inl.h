@@ -17,21 +17,6 @@ namespace ppl::PPL_LEVEL {
 
 namespace front_end_detail {
 
-// (x << 3) * f >> 16 is x * f >> 13: x << 3 stays below 2041, so the signed high product is exact.
-template <class V>
-PPL_INLINE V lens(const uint8_t* samples, const uint16_t* factors) {
-  // With 64 bytes a permute behind the pack is less than two before the products.
-  if constexpr (V::size == 64) {
-    return pack_u8(mulhi_s16(sll16<3>(load_widened<V>(samples)), loadu<V>(factors)),
-                   mulhi_s16(sll16<3>(load_widened<V>(samples + 32)), loadu<V>(factors + 32)));
-  } else {
-    V lo, hi, f_lo, f_hi;
-    widen(loadu<V>(samples), lo, hi);
-    loadu_words(factors, f_lo, f_hi);
-    return narrow(mulhi_s16(sll16<3>(lo), f_lo), mulhi_s16(sll16<3>(hi), f_hi));
-  }
-}
-
 // Bytes Gb of `even_row` and Gr of `odd_row` meet in the odd byte places. The even ones of `limit` are 0, where B
 // stands against 0: it passes as 0 alone, and then its mean changes nothing.
 template <class V>
@@ -43,8 +28,8 @@ PPL_INLINE void balance_green(V& even_row, V& odd_row, V limit) {
 }
 
 PPL_INLINE void look_up_rows(const front_end_args a, const uint8_t* even_row, const uint8_t* odd_row) {
-  look_up_row(*a.context, 0, even_row, a.row_even, a.frame_even, a.width);
-  look_up_row(*a.context, 1, odd_row, a.row_odd, a.frame_odd, a.width);
+  look_up_row(a.context->site_tables[0], even_row, a.row_even, a.frame_even, a.width);
+  look_up_row(a.context->site_tables[1], odd_row, a.row_odd, a.frame_odd, a.width);
 }
 
 }  // namespace front_end_detail
@@ -57,12 +42,12 @@ static void front_end_rows(const front_end_args& args) {
   const ppl_context& c = *a.context;
   const int green_limit = (c.GbGr_diff_plus.lane[0] > 255 ? 255 : c.GbGr_diff_plus.lane[0] - 1) << 8;
   const vec_u8 black_b_gb = c.black_b_gb, black_gr_r = c.black_gr_r;
-  const site_curves even_curves(c, 0), odd_curves(c, 1);
+  const table_pair even_curves(c.site_tables[0]), odd_curves(c.site_tables[1]);
   walk_exact(a.width, [&]<class V>(int x) {
     V e, o;
     if constexpr (kLens) {
-      e = lens<V>(a.source_even + x, a.lens_even + x);
-      o = lens<V>(a.source_odd + x, a.lens_odd + x);
+      e = times_factors<V>(a.source_even + x, a.lens_even + x);
+      o = times_factors<V>(a.source_odd + x, a.lens_odd + x);
     } else {
       e = loadu<V>(a.source_even + x);
       o = loadu<V>(a.source_odd + x);
@@ -74,14 +59,14 @@ static void front_end_rows(const front_end_args& args) {
     }
     e = even_curves(e);
     o = odd_curves(o);
-    if (kToneInRegisters && a.frame_even != nullptr) {
+    if (kLooksUpVectors && a.frame_even != nullptr) {
       storeu(a.frame_even + x, e);
       storeu(a.frame_odd + x, o);
     }
     store(a.row_even + x, e);
     store(a.row_odd + x, o);
   });
-  if constexpr (!kToneInRegisters) look_up_rows(a, a.row_even, a.row_odd);
+  if constexpr (!kLooksUpVectors) look_up_rows(a, a.row_even, a.row_odd);
 }
 
 static void front_end(const front_end_args& a) {
@@ -90,7 +75,7 @@ static void front_end(const front_end_args& a) {
     green ? front_end_rows<true, true>(a) : front_end_rows<true, false>(a);
   else if (green)
     front_end_rows<false, true>(a);
-  else if (!kToneReadsFrame || a.black_even != nullptr)
+  else if (!kLooksUpAnywhere || a.black_even != nullptr)
     front_end_rows<false, false>(a);
   else
     front_end_detail::look_up_rows(a, a.source_even, a.source_odd);

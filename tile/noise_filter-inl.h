@@ -15,12 +15,6 @@ namespace ppl::PPL_LEVEL {
 
 namespace noise_detail {
 
-// Rounded down: the rounded-up mean less the bit that rounding added.
-template <class V>
-PPL_INLINE V mean_down(V a, V b) {
-  return sub8(avg8(a, b), (a ^ b) & set8<V>(1));
-}
-
 // Two neighbours on opposite sides, in order.
 template <class V>
 struct opposite {
@@ -32,7 +26,7 @@ struct opposite {
 
 template <class V>
 PPL_INLINE V middle_mean(const opposite<V>& a, const opposite<V>& b) {
-  return mean_down(max_u8(a.low, b.low), min_u8(a.high, b.high));
+  return avg_down8(max_u8(a.low, b.low), min_u8(a.high, b.high));
 }
 
 // "d < t" for a byte d and a signed 16-bit t as d <= limit: t - 1 within 0..255; nothing passes at t <= 0.

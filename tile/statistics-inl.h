@@ -24,38 +24,6 @@ namespace statistics_detail {
 
 // ---- the cells of V::size / 16 groups
 
-// Columns 2, 3 of every four in two tiles, which stand in the upper word of each 32 bits: four words from the one, then
-// four from the other.
-template <class V>
-PPL_INLINE V sampled(V first, V second) {
-  return narrow_s32(sra32<16>(first), sra32<16>(second));
-}
-
-// Of tiles in turn earlier and current: the words of each group; the earlier tiles.
-PPL_INLINE void load_words(vec16& words, const uint8_t* p) {
-  words = sampled(loadu<vec16>(p), loadu<vec16>(p + 16));
-}
-PPL_INLINE void load_earlier(vec16& tiles, const uint8_t* p) {
-  tiles = loadu<vec16>(p);
-}
-#if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_avx512)
-PPL_INLINE void load_words(vec<32>& words, const uint8_t* p) {
-  words.v = _mm256_permute4x64_epi64(sampled(loadu<vec<32>>(p), loadu<vec<32>>(p + 32)).v, 0xd8);
-}
-PPL_INLINE void load_earlier(vec<32>& tiles, const uint8_t* p) {
-  tiles.v = _mm256_inserti128_si256(_mm256_castsi128_si256(loadu<vec16>(p).v), loadu<vec16>(p + 32).v, 1);
-}
-#endif
-#if defined(PPL_LEVEL_avx512)
-PPL_INLINE void load_words(vec<64>& words, const uint8_t* p) {
-  words.v = _mm512_permutexvar_epi64(_mm512_set_epi64(7, 5, 3, 1, 6, 4, 2, 0),
-                                     sampled(loadu<vec<64>>(p), loadu<vec<64>>(p + 64)).v);
-}
-PPL_INLINE void load_earlier(vec<64>& tiles, const uint8_t* p) {
-  tiles.v = _mm512_shuffle_i64x2(loadu<vec<64>>(p).v, loadu<vec<64>>(p + 64).v, 0x88);
-}
-#endif
-
 // Black-corrected samples: words (B, Gb) and (Gr, R).
 template <class V>
 struct black_cells {
@@ -63,10 +31,11 @@ struct black_cells {
 };
 template <class V>
 PPL_INLINE black_cells<V> black_at(const uint8_t* even, const uint8_t* odd) {
-  black_cells<V> s;
-  load_words(s.even_row, even);
-  load_words(s.odd_row, odd);
-  return s;
+  // Columns 2, 3 of every four in two tiles stand in the upper word of each 32 bits.
+  const auto sampled = [](const uint8_t* p) {
+    return in_order(upper_words(loadu<V>(p), loadu<V>(p + V::size)));
+  };
+  return {sampled(even), sampled(odd)};
 }
 
 // Samples after the gain, a byte for each cell: eight B and eight Gr, eight Gb and eight R.
@@ -77,10 +46,7 @@ struct bright_cells {
 // From finished rows the earlier tile's cells, four bytes of each colour, with the current ones between them.
 template <class V>
 PPL_INLINE bright_cells<V> bright_at(const uint8_t* even, const uint8_t* odd, V current) {
-  V even_row, odd_row;
-  load_earlier(even_row, even);
-  load_earlier(odd_row, odd);
-  const V earlier = even_then_odd(sampled(even_row, odd_row));
+  const V earlier = even_then_odd(upper_words(load_every_second_16<V>(even), load_every_second_16<V>(odd)));
   return {lower32(earlier, current), upper32(earlier, current)};
 }
 
@@ -94,10 +60,10 @@ struct current_gain {
         delta_b_gr(even_lanes(c.delta_b_g, c.delta_g_r)),
         delta_gb_r(odd_lanes(c.delta_b_g, c.delta_g_r)) {}
   static PPL_INLINE_MEMBER V odd_lanes(const vec_i16& a, const vec_i16& b) {
-    return sampled(repeat16<V>(&a), repeat16<V>(&b));
+    return upper_words(repeat16<V>(&a), repeat16<V>(&b));
   }
   static PPL_INLINE_MEMBER V even_lanes(const vec_i16& a, const vec_i16& b) {
-    return sampled(sll32<16>(repeat16<V>(&a)), sll32<16>(repeat16<V>(&b)));
+    return lower_words(repeat16<V>(&a), repeat16<V>(&b));
   }
   PPL_INLINE_MEMBER V operator()(black_cells<V> s) const {
     const V x = upper64(s.even_row, s.odd_row);
@@ -112,7 +78,7 @@ struct current_gain {
 // green is which.
 template <class V>
 PPL_INLINE V sum(V b_green, V green_r) {
-  return even_lanes32(sad_u8(b_green, zero<V>()), sad_u8(green_r, zero<V>()));
+  return sum_eights(b_green, green_r);
 }
 template <class V>
 PPL_INLINE V sum(bright_cells<V> s) {
@@ -168,8 +134,8 @@ static inline bool exposure_tested(const ppl_context& c) {
 template <class V>
 PPL_INLINE V rejected_cells(const ppl_context& c, bright_cells<V> s) {
   V top = max_u8(s.b_gr, s.gb_r), bottom = min_u8(s.b_gr, s.gb_r);
-  top = max_u8(top, shuffle32<2, 3, 0, 1>(top));
-  bottom = min_u8(bottom, shuffle32<2, 3, 0, 1>(bottom));
+  top = max_u8(top, swap_halves(top));
+  bottom = min_u8(bottom, swap_halves(bottom));
   const V low_on = set8<V>(c.qAE_min.lane[0] != 0 ? -1 : 0),
           high_on = set8<V>(c.qAE_above_max.lane[0] != 0 ? -1 : 0);
   return (to_vec(le_u8(top, repeat16<V>(&c.qAE_below_min))) & low_on) |
@@ -255,9 +221,9 @@ PPL_INLINE void gather(const statistics_args& a, int groups) {
   if (a.plain_only || groups == 0) return;
   for (int i = kCountedAfterwards ? 0 : groups - 1; i < groups; ++i) count(c, total.bins[i]);
   add_to(total.qualified, qualified);
-  add_to(total.passed, sad_u8(passed, zero<V>()));
+  add_to(total.passed, sum_eights(passed, zero<V>()));
   add_to(total.exposed, exposed);
-  add_to(total.rejected, sad_u8(rejected, zero<V>()));
+  add_to(total.rejected, sum_eights(rejected, zero<V>()));
   c.qAE_count += static_cast<uint32_t>(8 * groups);
 }
 

@@ -53,7 +53,7 @@ void settle_sums(ppl_context& c) {
     c.qual_means.r += q[3];
     c.qual_means.g += q[1] + q[2];
     c.qual_means.b += q[0];
-    c.qual_count += s.passed[group] + s.passed[group + 2];
+    c.qual_count += s.passed[group] + s.passed[group + 1];
     c.qAE_means.r += e[3];
     c.qAE_means.g += e[1] + e[2];
     c.qAE_means.b += e[0];

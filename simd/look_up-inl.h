@@ -1,0 +1,206 @@
+// A row of bytes through two tables of 256, one for the bytes at even places, one for those at odd ones.
+//
+// Each level keeps the two tables in 4096 bytes of the caller's, in a form of its own. With 64-byte registers a table
+// stands in four of them, and both tables are looked up and blended. With 32 a look-up is a chain of shuffles. With 16 it
+// is scalar, for a chain would take longer: each entry is held already shifted to its byte's place among four, so that
+// four bytes are four loads and three ors.
+#pragma once
+
+#include "simd/simd-inl.h"
+
+namespace ppl::PPL_LEVEL {
+
+// Whether bytes are looked up one vector at a time, by a table_pair; if not, by look_up_row(). And whether a row's
+// look-up may take them from memory that must not be passed at its end.
+constexpr bool kLooksUpVectors = kWidth == 64, kLooksUpAnywhere = kWidth == 16;
+constexpr int kTablePairBytes = 4096;
+
+#if defined(PPL_LEVEL_avx512)
+// A look-up is two by the low seven bits, chosen by the top bit.
+PPL_INLINE vec<64> look_up(const vec<64> (&table)[4], vec<64> x) {
+  return {_mm512_mask_blend_epi8(_mm512_movepi8_mask(x.v),
+                                 _mm512_permutex2var_epi8(table[0].v, x.v, table[1].v),
+                                 _mm512_permutex2var_epi8(table[2].v, x.v, table[3].v))};
+}
+// bytes[i] = table[bytes[i]]
+PPL_INLINE void look_up_256(uint8_t (&bytes)[256], const uint8_t* table) {
+  const vec<64> quarters[4] = {loadu<vec<64>>(table), loadu<vec<64>>(table + 64), loadu<vec<64>>(table + 128),
+                               loadu<vec<64>>(table + 192)};
+  for (int x = 0; x < 256; x += 64) store(bytes + x, look_up(quarters, load<vec<64>>(bytes + x)));
+}
+PPL_INLINE void make_table_pair(void* memory, const uint8_t (&even_places)[256],
+                                const uint8_t (&odd_places)[256]) {
+  uint8_t* const to = static_cast<uint8_t*>(memory);
+  for (int x = 0; x < 256; x += 64) {
+    store(to + x, load<vec<64>>(even_places + x));
+    store(to + 256 + x, load<vec<64>>(odd_places + x));
+  }
+}
+struct table_pair {
+  vec<64> table[2][4];
+  explicit table_pair(const void* memory) {
+    for (int i = 0; i < 8; ++i)
+      table[i / 4][i % 4] = load<vec<64>>(static_cast<const uint8_t*>(memory) + 64 * i);
+  }
+  PPL_INLINE_MEMBER vec<64> operator()(vec<64> x) const {
+    return even_odd(look_up(table[0], x), look_up(table[1], x));
+  }
+  PPL_INLINE_MEMBER vec<16> operator()(vec<16> x) const {
+    return {_mm512_castsi512_si128((*this)(vec<64>{_mm512_castsi128_si512(x.v)}).v)};
+  }
+};
+PPL_INLINE void look_up_row(const void*, const uint8_t*, uint8_t*, uint8_t*, int) {}
+
+#else
+PPL_INLINE void look_up_256(uint8_t (&bytes)[256], const uint8_t* table) {
+  for (uint8_t& b : bytes) b = table[b];
+}
+struct table_pair {
+  explicit table_pair(const void*) {}
+  template <class V>
+  PPL_INLINE_MEMBER V operator()(V x) const {
+    return x;
+  }
+};
+#endif
+
+#if defined(PPL_LEVEL_avx2)
+// A shuffle takes an index by its low four bits, and gives 0 where bit 7 is set. A chain's index starts as the byte's low
+// seven bits and falls by 16 a step, so bytes of the first 16 entries take the first step alone, those of the next 16 two
+// steps, and so on: a step's entries are what changes, as exclusive or, from the 16 entries before. Both halves of a
+// table share the index; bit 7 of the byte chooses. The even bytes of a row, and the odd ones, are gathered first.
+struct table_steps {
+  alignas(16) uint8_t change[2][8][16];
+  // Steps that change anything in the upper half; in either. Many a table reaches its end early.
+  int32_t both, lower;
+};
+static_assert(2 * sizeof(table_steps) <= kTablePairBytes);
+
+PPL_INLINE void make_table_steps(table_steps& s, const uint8_t (&table)[256]) {
+  s.both = s.lower = 0;
+  vec16 before[2] = {zero<vec16>(), zero<vec16>()};
+  for (int k = 0; k < 8; ++k)
+    for (int half = 0; half < 2; ++half) {
+      const vec16 entries = load<vec16>(table + 128 * half + 16 * k), change = entries ^ before[half];
+      before[half] = entries;
+      store(s.change[half][k], change);
+      if (!any(change)) continue;
+      s.lower = k + 1;
+      if (half == 1) s.both = k + 1;
+    }
+}
+static void make_table_pair(void* memory, const uint8_t (&even_places)[256],
+                            const uint8_t (&odd_places)[256]) {
+  table_steps* const steps = static_cast<table_steps*>(memory);
+  make_table_steps(steps[0], even_places);
+  make_table_steps(steps[1], odd_places);
+}
+
+// Bytes of one table, in place.
+template <int kVectors>
+PPL_INLINE void look_up(const table_steps& s, wide (&bytes)[kVectors]) {
+  const wide sixteen = set8<wide>(16), seven_bits = set8<wide>(127);
+  wide index[kVectors], lower[kVectors], upper[kVectors];
+#pragma GCC unroll 3
+  for (int i = 0; i < kVectors; ++i) {
+    index[i] = bytes[i] & seven_bits;
+    lower[i] = upper[i] = zero<wide>();
+  }
+  int k = 0;
+  for (; k < s.both; ++k) {
+    const wide low = repeat16<wide>(s.change[0][k]), high = repeat16<wide>(s.change[1][k]);
+#pragma GCC unroll 3
+    for (int i = 0; i < kVectors; ++i) {
+      lower[i] = lower[i] ^ shuffle8(low, index[i]);
+      upper[i] = upper[i] ^ shuffle8(high, index[i]);
+      index[i] = sub8(index[i], sixteen);
+    }
+  }
+  for (; k < s.lower; ++k) {
+    const wide low = repeat16<wide>(s.change[0][k]);
+#pragma GCC unroll 3
+    for (int i = 0; i < kVectors; ++i) {
+      lower[i] = lower[i] ^ shuffle8(low, index[i]);
+      index[i] = sub8(index[i], sixteen);
+    }
+  }
+#pragma GCC unroll 3
+  for (int i = 0; i < kVectors; ++i)
+    bytes[i] = select(to_mask8(bytes[i]), upper[i], lower[i]);  // bit 7 decides
+}
+
+// 64 * kPairs columns, of which the frame, which may be null, takes `width` at the most.
+template <int kPairs>
+PPL_INLINE void look_up_columns(const table_steps (&steps)[2], const uint8_t* from, uint8_t* row,
+                                uint8_t* frame, int width) {
+  wide evens[kPairs], odds[kPairs];
+#pragma GCC unroll 3
+  for (int i = 0; i < kPairs; ++i) {
+    const wide a = load<wide>(from + 64 * i), b = load<wide>(from + 64 * i + 32);
+    evens[i] = narrow(even(a), even(b));
+    odds[i] = narrow(odd(a), odd(b));
+  }
+  look_up(steps[0], evens);
+  look_up(steps[1], odds);
+  const bool whole = frame != nullptr && width >= 64 * kPairs;
+#pragma GCC unroll 3
+  for (int i = 0; i < kPairs; ++i) {
+    wide a, b;
+    widen_pairs(evens[i], odds[i], a, b);
+    store(row + 64 * i, a);
+    store(row + 64 * i + 32, b);
+    if (!whole) continue;
+    storeu(frame + 64 * i, a);
+    storeu(frame + 64 * i + 32, b);
+  }
+  if (frame == nullptr || whole) return;
+  for (int x = 0; x < 64 * kPairs && x < width; x += 16) storeu(frame + x, load<vec16>(row + x));
+}
+
+// A row through its tables. `from` and `row` are row storage; the result goes to `frame` too, unless that is null. Two
+// vectors of a table at once keep the shuffles busy, one does not: 64 columns that are left over go with the 128 before
+// them, for registers hold three.
+static void look_up_row(const void* memory, const uint8_t* from, uint8_t* row, uint8_t* frame, int width) {
+  const auto& steps = *static_cast<const table_steps(*)[2]>(memory);
+  const auto frame_at = [&](int x) { return frame != nullptr ? frame + x : nullptr; };
+  int x = 0;
+  for (; width - x > 192 || width - x == 128; x += 128)
+    look_up_columns<2>(steps, from + x, row + x, frame_at(x), 128);
+  if (width - x > 128) return look_up_columns<3>(steps, from + x, row + x, frame_at(x), width - x);
+  for (; x < width; x += 64) look_up_columns<1>(steps, from + x, row + x, frame_at(x), width - x);
+}
+
+#elif !defined(PPL_LEVEL_avx512)
+// Entries of the even table for the first and the third of four bytes, of the odd one for the second and the fourth.
+struct shifted_tables {
+  uint32_t at[4][256];
+};
+static_assert(sizeof(shifted_tables) <= kTablePairBytes);
+
+static void make_table_pair(void* memory, const uint8_t (&even_places)[256],
+                            const uint8_t (&odd_places)[256]) {
+  shifted_tables& t = *static_cast<shifted_tables*>(memory);
+  for (int place = 0; place < 4; ++place)
+    for (int x = 0; x < 256; ++x)
+      t.at[place][x] = static_cast<uint32_t>((place % 2 == 0 ? even_places : odd_places)[x]) << (8 * place);
+}
+
+// A row through its tables; `width` is a multiple of 8. The result goes to `row`, and to `frame` unless that is null.
+PPL_INLINE void look_up_row(const void* memory, const uint8_t* from, uint8_t* row, uint8_t* frame,
+                            int width) {
+  const uint32_t(&table)[4][256] = static_cast<const shifted_tables*>(memory)->at;
+  const auto four = [&](uint32_t in) {
+    return table[0][in & 255] | table[1][in >> 8 & 255] | table[2][in >> 16 & 255] | table[3][in >> 24];
+  };
+  for (int x = 0; x < width; x += 8) {
+    uint64_t in;
+    __builtin_memcpy(&in, from + x, 8);
+    const uint64_t out =
+        four(static_cast<uint32_t>(in)) | static_cast<uint64_t>(four(static_cast<uint32_t>(in >> 32))) << 32;
+    __builtin_memcpy(row + x, &out, 8);
+    if (frame != nullptr) __builtin_memcpy(frame + x, &out, 8);
+  }
+}
+#endif
+
+}  // namespace ppl::PPL_LEVEL
