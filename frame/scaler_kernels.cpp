@@ -185,9 +185,8 @@ void line(const scaler_columns& c, const uint8_t* row, uint8_t* out, uint32_t fi
 
 void blend(const uint8_t* top, const uint8_t* bottom, uint32_t weight, uint8_t* out, uint32_t bytes) {
   const int whole = static_cast<int>(bytes & ~15u), f = static_cast<int>(weight);
-  walk_exact(whole, [&]<class V>(int x) {
-    storeu(out + x, blend8(loadu<V>(top + x), loadu<V>(bottom + x), f));
-  });
+  walk_exact(whole,
+             [&]<class V>(int x) { storeu(out + x, blend8(loadu<V>(top + x), loadu<V>(bottom + x), f)); });
   for (uint32_t x = static_cast<uint32_t>(whole); x < bytes; ++x)
     out[x] = blend_one(top[x], bottom[x], weight);
 }
