@@ -2,7 +2,7 @@
 //
 // With u = U - 128, v = V - 128 and y = 74 * max(Y - 16, 0), in 16 bits that wrap:
 //   B = 129 u + y,  G = -25 u - 52 v + y,  R = 102 v + y,  each >> 6 and clamped to 0..255.
-// Only blue can leave 16 bits: very bright saturated blues wrap and fall to 0, and that is the required picture.
+// Only blue can leave 16 bits: very bright saturated blues wrap and fall to 0. That is kept, not clamped.
 #pragma once
 
 #include "convert/convert_kernels.h"

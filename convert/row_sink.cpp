@@ -24,17 +24,9 @@ void pack_row(const row_sink& sink, uint8_t* out, const uint8_t* row) {
   }
 }
 
-// Gives its row to the pair, or both to the planes.
-void put_half_of_pair(row_sink& sink, const uint8_t* row) {
-  if (sink.first_of_pair == nullptr) {
-    sink.first_of_pair = row;
-    sink.row++;
-    return;
-  }
+void put_pair(row_sink& sink, const uint8_t* first, const uint8_t* second) {
   const plane_rows made = make_pair(sink);
-  sink.kernels->planes[static_cast<int>(sink.from)][sink.mirrored](made, sink.first_of_pair, row,
-                                                                   sink.padded);
-  sink.first_of_pair = nullptr;
+  sink.kernels->planes[static_cast<int>(sink.from)][sink.mirrored](made, first, second, sink.padded);
   put_made_pair(sink, made);
 }
 
@@ -85,7 +77,12 @@ void put_made_row(row_sink& sink) {
 }
 
 void put_row(row_sink& sink, const uint8_t* row) {
-  if (sink.to == out_format::i420) return put_half_of_pair(sink, row);
+  if (sink.to == out_format::i420) {
+    if ((sink.row & 1) != 0) return put_pair(sink, sink.first_of_pair, row);
+    sink.first_of_pair = row;
+    sink.row++;
+    return;
+  }
   const int64_t at = sink.places.luma.at(sink.row++);
   if (sink.direct) return pack_row(sink, sink.out.base + at, row);
   uint8_t* const staging = sink.context->scratch;
@@ -114,15 +111,6 @@ void put_flat_rows(const row_sink& sink, int64_t first, int64_t count, uint8_t l
     else
       fill_inside(sink, a, b - a, yuyv ? luma : chroma, yuyv ? chroma : luma);
   }
-}
-
-plane_rows make_pair(const row_sink& sink) {
-  const picture_rows& at = sink.places;
-  uint8_t *const base = sink.out.base, *const luma = sink.context->scratch, *const u = luma + 2 * sink.padded;
-  if (!sink.direct) return {{luma, luma + sink.padded}, u, u + sink.padded / 2};
-  const int64_t p = sink.row >> 1;
-  uint8_t* const first = base + at.luma.at(2 * p);
-  return {{first, first + at.luma.step}, base + at.u.at(p), base + at.v.at(p)};
 }
 
 // In steps of 32 pixels, from the side where the rows begin.

@@ -62,7 +62,15 @@ void put_row(row_sink& sink, const uint8_t* row);
 void put_flat_rows(const row_sink& sink, int64_t first, int64_t count, uint8_t luma, uint8_t chroma);
 
 // Where to make the next two rows and their chroma: in the destination if the sink is direct, else in row storage.
-plane_rows make_pair(const row_sink& sink);
+inline plane_rows make_pair(const row_sink& sink) {
+  const picture_rows& at = sink.places;
+  uint8_t *const base = sink.out.base, *const luma = sink.context->scratch, *const u = luma + 2 * sink.padded;
+  if (!sink.direct) return {{luma, luma + sink.padded}, u, u + sink.padded / 2};
+  const int64_t p = sink.row >> 1;
+  uint8_t* const first = base + at.luma.at(2 * p);
+  uint8_t* const u_row = base + at.u.at(p);
+  return {{first, first + at.luma.step}, u_row, u_row + (at.v.start - at.u.start)};
+}
 // The two rows have been made there, and `made` tells of which planes.
 void store_pair(const row_sink& sink, const plane_rows& made);  // what of it falls inside the destination
 inline void put_made_pair(row_sink& sink, const plane_rows& made) {

@@ -44,12 +44,12 @@ scaler_columns plan_columns(ppl_context* c, const scaler_plane& p, uint32_t coun
 // Outputs first .. first + count - 1 of a line.
 inline void pass(const kernels& k, const scaler_columns& columns, const uint8_t* row, uint8_t* line,
                  uint32_t first, uint32_t count) {
-  if (columns.way == scaler_way::copied)
-    k.rows->copy(line, row + first, count, false);
-  else if (columns.way == scaler_way::halved)
-    k.rows->halve(line, row + 2 * first, count, false);
-  else
+  if (columns.way > scaler_way::halved)
     k.scaler->line(columns, row, line, first, count);
+  else if (columns.way == scaler_way::copied)
+    k.rows->copy(line, row + first, count, false);
+  else
+    k.rows->halve(line, row + 2 * first, count, false);
 }
 
 // blend(top, bottom, weight); weight 0 reads nothing of bottom.

@@ -5,7 +5,7 @@
 
 namespace ppl {
 
-// How a line is made of a row.
+// How a line is made of a row; the first two by row kernels.
 enum class scaler_way : uint8_t {
   copied,    // step 1: the row as it is
   halved,    // step 2: every second sample

@@ -11,48 +11,60 @@ namespace ppl {
 
 namespace {
 
-// A doubled block begins 16 bytes before its place under the mirror.
-int64_t block_back(const output_writer& w) {
-  return w.decimation < 0 && w.h_mirror ? -16 : 0;
-}
+// What a size makes of tiles: 0 the same, 1 half, -1 double.
+template <int kSize>
+struct size_rule {
+  static constexpr int kLumaTiles = kSize > 0 ? 2 : 1, kChromaTiles = kSize > 0 ? 4 : 2;  // of a block
+  static constexpr int kBlock = kSize < 0 ? 32 : 16;                                      // bytes
+  static constexpr int kRows = kSize > 0 ? 1 : 2, kRowDistance = kSize < 0 ? 2 : 1;
 
-void put_luma(output_writer& w, const finished_rows& rows, int first_tile, int tiles) {
-  const output_plan& plan = w.context->plan;
-  const int d = w.decimation, bytes_of_block = d < 0 ? 32 : 16;
-  const auto [blocks, x] = blocks_of(first_tile, tiles, d > 0 ? 2 : 1);
-  if (blocks == 0) return;
-  const int n = blocks * bytes_of_block;
-  const int64_t at = run_start(w.luma + block_back(w), blocks, plan.i420.luma_tile_step);
-  const int64_t pitch = (d < 0 ? 2 : 1) * int64_t{plan.i420_pitch.row_pitch};
-  uint8_t block[32];
-  for (int i = 0; i < (d > 0 ? 1 : 2); ++i) {
-    const uint8_t* const row = rows.plane[0][i];
-    uint8_t* const to = making_place(w, at + i * pitch, block);
-    if (d < 0)
-      w.kernels->widen(to, row + x, n / 2, {left_of(w, row, x), w.h_mirror, 0});
-    else
-      (d == 0 ? w.rows->copy : w.rows->halve)(to, row + x, n, w.h_mirror);
-    settle(w, at + i * pitch, block, n);
+  // A doubled block begins 16 bytes before its place under the mirror.
+  static int64_t back(const output_writer& w) { return kSize < 0 && w.h_mirror ? -16 : 0; }
+
+  template <bool kWhole>
+  static void put_luma(output_writer& w, const finished_rows& rows, int first_tile, int tiles) {
+    const output_plan& plan = w.context->plan;
+    const auto [blocks, x] = blocks_of(first_tile, tiles, kLumaTiles);
+    if (blocks == 0) return;
+    const int n = blocks * kBlock;
+    int64_t at = run_start(w.luma + back(w), blocks, plan.i420.luma_tile_step);
+    for (int i = 0; i < kRows; ++i, at += kRowDistance * int64_t{plan.i420_pitch.row_pitch}) {
+      uint8_t block[kBlock];
+      const uint8_t* const row = rows.plane[0][i];
+      uint8_t* const to = making_place<kWhole>(w, at, block);
+      if constexpr (kSize < 0)
+        w.kernels->widen(to, row + x, n / 2, {left_of(w, row, x), w.h_mirror, 0});
+      else
+        (kSize == 0 ? w.rows->copy : w.rows->halve)(to, row + x, n, w.h_mirror);
+      settle<kWhole>(w, at, block, kBlock);
+    }
+    w.luma += int64_t{blocks} * plan.i420.luma_tile_step;
   }
-  w.luma += int64_t{blocks} * plan.i420.luma_tile_step;
-}
 
-void put_chroma(output_writer& w, const finished_rows& rows, int first_tile, int tiles) {
-  const output_plan& plan = w.context->plan;
-  const output_kernels& k = *w.kernels;
-  const int d = w.decimation;
-  const auto [blocks, x] = blocks_of(first_tile, tiles, d > 0 ? 4 : 2);
-  if (blocks == 0) return;
-  const int64_t u = run_start(w.chroma + block_back(w), blocks, plan.i420.chroma_tile_step);
-  const int64_t v = u + w.context->out_quarter_pixels;
-  uint8_t u_block[32], v_block[32];
-  const auto split = d == 0 ? k.split_words : d > 0 ? k.split_every_second : k.split_doubled;
-  split(making_place(w, u, u_block), making_place(w, v, v_block), rows.plane[1][0] + x, 16 * blocks,
-        w.h_mirror);
-  settle(w, u, u_block, d < 0 ? 32 : 16);
-  settle(w, v, v_block, d < 0 ? 32 : 16);
-  w.chroma += int64_t{blocks} * plan.i420.chroma_tile_step;
-}
+  template <bool kWhole>
+  static void put_chroma(output_writer& w, const finished_rows& rows, int first_tile, int tiles) {
+    const output_plan& plan = w.context->plan;
+    const output_kernels& k = *w.kernels;
+    const auto [blocks, x] = blocks_of(first_tile, tiles, kChromaTiles);
+    if (blocks == 0) return;
+    const int64_t u = run_start(w.chroma + back(w), blocks, plan.i420.chroma_tile_step);
+    const int64_t v = u + w.context->out_quarter_pixels;
+    uint8_t u_block[kBlock], v_block[kBlock];
+    const auto split = kSize == 0 ? k.split_words : kSize > 0 ? k.split_every_second : k.split_doubled;
+    split(making_place<kWhole>(w, u, u_block), making_place<kWhole>(w, v, v_block), rows.plane[1][0] + x,
+          16 * blocks, w.h_mirror);
+    settle<kWhole>(w, u, u_block, kBlock);
+    settle<kWhole>(w, v, v_block, kBlock);
+    w.chroma += int64_t{blocks} * plan.i420.chroma_tile_step;
+  }
+
+  static void put(output_writer& w, const finished_rows& rows, bool has_chroma) {
+    put_all_tiles(w, [&]<bool kWhole>(int first, int tiles) {
+      put_luma<kWhole>(w, rows, first, tiles);
+      if (has_chroma) put_chroma<kWhole>(w, rows, first, tiles);
+    });
+  }
+};
 
 // ---- the rows between, at double size
 
@@ -85,11 +97,12 @@ void repeat_last_row(const output_writer& w) {
 void put_i420(output_writer& w, int p, const finished_rows& rows) {
   const auto& plan = w.context->plan.i420;
   const bool has_chroma = w.decimation <= 0 || (p & 1) != 0;
-  const int tiles = tiles_at_once(w);
-  for (int t = 0; t < w.tiles; t += tiles) {
-    put_luma(w, rows, t, tiles);
-    if (has_chroma) put_chroma(w, rows, t, tiles);
-  }
+  if (w.decimation == 0)
+    size_rule<0>::put(w, rows, has_chroma);
+  else if (w.decimation > 0)
+    size_rule<1>::put(w, rows, has_chroma);
+  else
+    size_rule<-1>::put(w, rows, has_chroma);
   w.luma += plan.luma_row_step;
   if (has_chroma) w.chroma += plan.chroma_row_step;
   if (!w.fills_gaps) return;

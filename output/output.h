@@ -61,10 +61,12 @@ void put_rgb32(output_writer& w, int row_pair, const finished_rows& rows);
 
 // ---- what they are made of
 
-// Rows are made of blocks of one or more tiles. An ordinary frame takes all blocks of a row in one go, any other takes
-// tile after tile: how many tiles at a time.
-inline int tiles_at_once(const output_writer& w) {
-  return w.ordinary ? w.tiles : 1;
+// Rows are made of blocks of one or more tiles. put<kWhole>(first, tiles) puts the blocks that end in `tiles` tiles from
+// `first` on: an ordinary frame takes whole rows, any other tile after tile.
+template <class Put>
+void put_all_tiles(const output_writer& w, Put&& put) {
+  if (w.ordinary) return put.template operator()<true>(0, w.tiles);
+  for (int t = 0; t < w.tiles; ++t) put.template operator()<false>(t, 1);
 }
 // Of tiles first .. first + tiles - 1: how many blocks of `group` tiles end in them, and the column of the first.
 struct block_run {
@@ -77,12 +79,14 @@ constexpr block_run blocks_of(int first, int tiles, int group) {
 constexpr int64_t run_start(int64_t at, int count, int64_t step) {
   return step < 0 ? at + (count - 1) * step : at;
 }
-// Where to make a run: its place in an ordinary frame, else the memory for one block, from where settle() stores it.
-inline uint8_t* making_place(const output_writer& w, int64_t at, uint8_t* block) {
-  return w.ordinary ? w.out.base + at : block;
+// Where to make a run of blocks: its place, or the memory for one block, from where settle() stores it.
+template <bool kWhole>
+uint8_t* making_place(const output_writer& w, int64_t at, uint8_t* block) {
+  return kWhole ? w.out.base + at : block;
 }
-inline void settle(const output_writer& w, int64_t at, const uint8_t* block, int n) {
-  if (!w.ordinary) w.out.store(at, block, n);
+template <bool kWhole>
+void settle(const output_writer& w, int64_t at, const uint8_t* block, int n) {
+  if (!kWhole) w.out.store(at, block, n);
 }
 
 // What a doubled row has to the left of its sample at column x.

@@ -11,6 +11,7 @@ namespace ppl {
 
 namespace {
 
+template <bool kWhole>
 void put_blocks(output_writer& w, const finished_rows& rows, int first_tile, int tiles) {
   const output_plan& plan = w.context->plan;
   const output_kernels& k = *w.kernels;
@@ -26,12 +27,12 @@ void put_blocks(output_writer& w, const finished_rows& rows, int first_tile, int
   uint8_t block[64];
   for (int i = 0; i < (d > 0 ? 1 : 2); ++i) {
     const uint8_t *const luma = rows.plane[0][i], *const words = rows.plane[1][i] + x;
-    uint8_t* const to = making_place(w, at + i * pitch, block);
+    uint8_t* const to = making_place<kWhole>(w, at + i * pitch, block);
     if (d < 0)
       k.pack_doubled(to, luma + x, words, n, left_of(w, luma, x), w.h_mirror, order);
     else
       (d == 0 ? k.pack : k.pack_halved)(to, luma + x, words, n, w.h_mirror, order);
-    settle(w, at + i * pitch, block, d < 0 ? 64 : 32);
+    settle<kWhole>(w, at + i * pitch, block, d < 0 ? 64 : 32);
   }
   w.luma += int64_t{blocks} * plan.packed.tile_step;
 }
@@ -60,8 +61,7 @@ bool in_main_stage(const output_writer& w, int p) {
 
 void put_packed(output_writer& w, int p, const finished_rows& rows) {
   const auto& plan = w.context->plan.packed;
-  const int tiles = tiles_at_once(w);
-  for (int t = 0; t < w.tiles; t += tiles) put_blocks(w, rows, t, tiles);
+  put_all_tiles(w, [&]<bool kWhole>(int first, int tiles) { put_blocks<kWhole>(w, rows, first, tiles); });
   w.luma += plan.row_step;
   if (!w.fills_gaps) return;
   const int n = 2 * w.context->out_width;

@@ -60,13 +60,15 @@ void put_doubled(const output_writer& w, const finished_rows& rows) {
     const plane_rows wide = wide_planes(w);
     widen_planes(w, finished_planes(w, rows, i, w.quality.rgb == rgb_form::yuv_words), wide);
     const int64_t at = run_start(w.luma + 2 * i * pitch, w.tiles, plan.rgb24.tile_step);
-    const int pixels = w.ordinary ? 2 * w.width : 16;
-    uint8_t block[48];
-    for (int x = 0; x < 2 * w.width; x += pixels) {
-      const rgb_source part = {rgb_source::planes, {wide.plane[0] + x, wide.plane[1] + x, wide.plane[2] + x}};
-      w.kernels->rgb24(making_place(w, at + 3 * x, block), part, pixels, false);
-      settle(w, at + 3 * x, block, 48);
-    }
+    put_all_tiles(w, [&]<bool kWhole>(int first, int tiles) {
+      for (int x = 32 * first; x < 32 * (first + tiles); x += kWhole ? 32 * tiles : 16) {
+        uint8_t block[48];
+        const rgb_source part = {rgb_source::planes,
+                                 {wide.plane[0] + x, wide.plane[1] + x, wide.plane[2] + x}};
+        w.kernels->rgb24(making_place<kWhole>(w, at + 3 * x, block), part, kWhole ? 32 * tiles : 16, false);
+        settle<kWhole>(w, at + 3 * x, block, 48);
+      }
+    });
   }
 }
 

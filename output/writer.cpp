@@ -56,15 +56,15 @@ rgb_source rgb_source_of(const output_writer& w, const finished_rows& rows, int 
 void put_rgb_rows(const output_writer& w, const finished_rows& rows, int pixel_bytes, int64_t pitch,
                   int64_t tile_step) {
   const auto pack = pixel_bytes == 3 ? w.kernels->rgb24 : w.kernels->rgb32;
-  const int tiles = tiles_at_once(w);
-  uint8_t block[64];
+  const int bytes = kTileColumns * pixel_bytes;
   for (int i = 0; i < 2; ++i)
-    for (int t = 0; t < w.tiles; t += tiles) {
-      const int64_t at = run_start(w.luma + i * pitch + t * tile_step, tiles, tile_step);
-      pack(making_place(w, at, block), rgb_source_of(w, rows, i, t * kTileColumns), tiles * kTileColumns,
-           w.h_mirror);
-      settle(w, at, block, kTileColumns * pixel_bytes);
-    }
+    put_all_tiles(w, [&]<bool kWhole>(int first, int tiles) {
+      uint8_t block[64];
+      const int64_t at = run_start(w.luma + i * pitch + first * tile_step, tiles, tile_step);
+      pack(making_place<kWhole>(w, at, block), rgb_source_of(w, rows, i, first * kTileColumns),
+           tiles * kTileColumns, w.h_mirror);
+      settle<kWhole>(w, at, block, bytes);
+    });
 }
 
 output_writer make_writer(const frame_job& job, quality_rules quality) {

@@ -52,8 +52,8 @@ void put_grey(const cell_frame& f, const made_rows& out) {
       put_rgb(f, out.row[i], s, s, s);
   }
   if (out.u != nullptr) {
-    f.rows->fill(out.u, f.pixels / 2, 128, 128);
-    f.rows->fill(out.v, f.pixels / 2, 128, 128);
+    __builtin_memset(out.u, 128, static_cast<size_t>(f.pixels / 2));
+    __builtin_memset(out.v, 128, static_cast<size_t>(f.pixels / 2));
   }
 }
 

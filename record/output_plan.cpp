@@ -103,7 +103,7 @@ void plan_rgb24(const terms& t, output_plan* p) {
   const int32_t w = t.w, d = t.d, r = t.r;
   auto& o = p->rgb24;
   o.tile_step = t.shrunk ? t.s * 24 : t.s * 48 * t.m;
-  // At double size one mirror alone moves two image rows per row pair, not four: so it is meant.
+  // At double size one mirror alone moves two image rows per row pair, not four: such pictures overlap themselves.
   const int32_t rows = t.doubled  ? by_mirrors(t, -15, -3, 3, 15)
                        : t.shrunk ? by_mirrors(t, -6, 0, 0, 6)
                                   : by_mirrors(t, -9, -3, 3, 9);
