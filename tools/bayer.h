@@ -1,37 +1,72 @@
-// One raw Bayer frame, from the file to a finished frame or picture.
+// Raw Bayer frames to finished frames or pictures.
 #pragma once
 
 #include <ppl.h>
 
 #include "bytes.h"
+#include "colour_standard.h"
 #include "controls.h"
 #include "formats.h"
-#include "frame_file.h"
+#include "instance.h"
 #include "picture.h"
 
 namespace tool {
 
 // What is to be made of a frame.
 struct Job {
+  Size frame;  // of the mosaic
   uint32_t quality = 15;
-  int32_t decimation = 0;  // -1 doubles, 1 halves
-  Size scale = {0, 0};     // 0 x 0: no second pass
-  bool via_i420 = false;   // pictures: through I420 even where the quality has RGB24
+  int32_t decimation = 0;                // -1 doubles, 1 halves
+  Size scale = {0, 0};                   // 0 x 0: no second pass
+  bool via_i420 = false;                 // pictures: through I420 even where the quality has RGB24
+  Standard standard = Standard::camera;  // of YUV that leaves the tool
+  bool video_range = false;
 };
 
 // Whether pictures of a quality come by way of I420 where nothing else is asked for: the RGB of 0 and 10 is paler.
 bool best_via_i420(uint32_t quality);
 
 // The size of the result.
-Size output_size(const FrameFile&, const Job&);
+Size output_size(const Job&);
 
-// Throws with the reason if the library can't make the whole, right picture of this format from such a frame.
-void require_possible(const FrameFile&, const Job&, const Controls&, Format);
+// Whether a frame depends on the frames before it, in the same context.
+bool in_sequence(const Job&);
 
-// The frame as i420, yuyv, uyvy, rgb24 or rgb32, byte for byte as the library writes it.
-Bytes convert_bayer(ppl_context*, const FrameFile&, const Job&, Format, Bytes source);
+// Throws with the reason if the library can't make the whole, right picture of this format from such a frame. `stride`
+// is that of the file, for advice.
+void require_possible(const Job&, const Controls&, Format, uint32_t stride);
 
-// The frame as a picture: through the library's RGB24 where the quality has it whole, else through RGB32 or I420.
-Picture bayer_picture(ppl_context*, const FrameFile&, const Job&, const Controls&, const Bytes& source);
+// One context with all that a frame needs, to be used again for the next one.
+class BayerWorker {
+ public:
+  // `matrix`: the sensor matrix that makes YUV of the job's standard; empty for the one the controls set.
+  BayerWorker(const Job&, const Controls&, Format, const std::vector<int32_t>& matrix = {});
+  BayerWorker(const BayerWorker&) = delete;
+  BayerWorker& operator=(const BayerWorker&) = delete;
+
+  ppl_context* context() const { return instance_.get(); }
+  // Where the next frame goes: rows of the frame's width, back to back.
+  Bytes& source() { return source_; }
+  // The source as a finished frame of the format: bytes of the library's frame, or an encoded picture. The source is
+  // gone afterwards.
+  std::span<const uint8_t> convert();
+  // The same as a picture; of a worker made for png or ppm alone.
+  Picture picture();
+
+ private:
+  void convert_frame();
+  void to_video_range();
+
+  const Job& job_;
+  Format format_, route_;
+  Size to_;
+  bool mirror_columns_ = false, mirror_rows_ = false;  // pictures: left to the tool
+  Instance instance_;
+  Words lens_table_;
+  Bytes source_, frame_, scratch_, encoded_;
+};
+
+// The sensor matrix that BayerWorker takes, for jobs that need another than the controls'.
+std::vector<int32_t> matrix_for(const Job&, const Controls&);
 
 }  // namespace tool

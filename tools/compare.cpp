@@ -7,7 +7,7 @@
 #include "commands.h"
 #include "failure.h"
 #include "file.h"
-#include "instance.h"
+#include "frame_file.h"
 #include "options.h"
 #include "sheet.h"
 
@@ -51,6 +51,7 @@ struct Compare {
 
 Job Compare::job(const Kind& kind) const {
   Job job;
+  job.frame = {frame.width, frame.height};
   job.quality = kind.quality;
   job.via_i420 = via == "i420";
   return job;
@@ -63,21 +64,21 @@ bool ends_in_png(std::string path) {
 
 void Compare::run() {
   if (!ends_in_png(output)) misuse("the sheet is a PNG picture: end the output's name in .png, not ", output);
-  refuse_same_file(frame.path, output);
+  refuse_same_file(frame.paths[0], output);
   if (!truth.empty()) refuse_same_file(truth, output);
   if (controls.medium_filter) misuse("--medium-filter is shown beside its absence; leave the option out");
-  for (const Kind& kind : kinds) require_possible(frame, job(kind), controls, Format::png);
+  for (const Kind& kind : kinds) require_possible(job(kind), controls, Format::png, frame.stride);
   controls.note_idle(0);
   const Bytes source = frame.read(Format::bayer);
   Picture right;
   if (!truth.empty()) right = read_png(truth, Size{frame.width, frame.height});
-  const Instance instance;
   std::vector<Panel> panels;
   for (const Kind& kind : kinds) {
-    ppl_reset_all_controls(instance.get());
-    controls.apply(instance.get(), frame.width, frame.height);
-    if (kind.medium) ppl_enable_medium_filter(instance.get());
-    Picture picture = bayer_picture(instance.get(), frame, job(kind), controls, source);
+    const Job made = job(kind);
+    BayerWorker worker(made, controls, Format::png);
+    if (kind.medium) ppl_enable_medium_filter(worker.context());
+    worker.source() = source;
+    Picture picture = worker.picture();
     std::string label = text("quality ", kind.quality, kind.medium ? " + medium filter: " : ": ", kind.what);
     if (!truth.empty()) {
       char ratio[32];

@@ -9,8 +9,8 @@
 namespace tool {
 
 void Controls::number(CLI::App& app, const std::string& names, const std::string& what, int low, int high,
-                      int standard, uint8_t (*set)(ppl_context*, int)) {
-  auto value = std::make_shared<int>(standard);
+                      int standard, uint8_t (*set)(ppl_context*, int), std::shared_ptr<int> value) {
+  if (!value) value = std::make_shared<int>(standard);
   CLI::Option* option = app.add_option_function<int>(
                                names, [value](const int& v) { *value = v; },
                                text(what, " (", low, " to ", high, ", default ", standard, ")"))
@@ -86,8 +86,9 @@ void Controls::add_options(CLI::App& app) {
   mark = given_.size();
   number(app, "--gamma", "Tone curve: 0 is the exponent 0.45, higher is brighter", -32, 32, 0,
          [](C c, int v) { return ppl_set_gamma(c, v); });
-  number(app, "--contrast", "Contrast", -127, 127, 0,
-         [](C c, int v) { return ppl_set_contrast_c(c, v, nullptr, nullptr); });
+  number(
+      app, "--contrast", "Contrast", -127, 127, 0,
+      [](C c, int v) { return ppl_set_contrast_c(c, v, nullptr, nullptr); }, contrast_);
   number(app, "--saturation", "Saturation in 1/256; 0 is grey", 0, 512, 256,
          [](C c, int v) { return ppl_set_sat(c, static_cast<uint32_t>(v)); });
   number(app, "--hue", "Hue in degrees", -360, 360, 0, [](C c, int v) { return ppl_set_hue(c, v); });
@@ -171,18 +172,18 @@ void Controls::add_options(CLI::App& app) {
   for (CLI::Option* option : lens_options_) option->group(lens);
 }
 
-bool Controls::set_lens(ppl_context* context, uint32_t width, uint32_t height) {
+bool Controls::set_lens(ppl_context* context, uint32_t width, uint32_t height, Words& table) const {
   const int w = static_cast<int>(width), h = static_cast<int>(height);
   const int x = origin_.empty() ? w / 2 : origin_[0];
   const int y = origin_.empty() ? h / 2 : origin_[1];
-  lens_table_.resize(size_t{width} * static_cast<size_t>(std::max(y, h - y) + 1));
-  return ppl_set_lens_correction(context, w, h, x, y, lens_table_.data(),
-                                 static_cast<int32_t>(lens_table_.size() * sizeof lens_table_[0]), f1_,
-                                 f1_shift_, f2_, f2_shift_) &&
+  table.resize(size_t{width} * static_cast<size_t>(std::max(y, h - y) + 1));
+  return ppl_set_lens_correction(context, w, h, x, y, table.data(),
+                                 static_cast<int32_t>(table.size() * sizeof table[0]), f1_, f1_shift_, f2_,
+                                 f2_shift_) &&
          ppl_enable_lens_correction(context);
 }
 
-void Controls::apply(ppl_context* context, uint32_t width, uint32_t height) {
+void Controls::apply(ppl_context* context, uint32_t width, uint32_t height, Words& lens_table) const {
   for (const Given& control : given_)
     if (control.option->count() && !control.set(context))
       misuse(control.option->get_name(),
@@ -192,7 +193,8 @@ void Controls::apply(ppl_context* context, uint32_t width, uint32_t height) {
   ppl_set_v_mirror(context, v_mirror);
   const bool lens = std::any_of(lens_options_.begin(), lens_options_.end(),
                                 [](const CLI::Option* option) { return option->count() > 0; });
-  if (lens && !set_lens(context, width, height)) misuse("--lens: the library refuses these coefficients");
+  if (lens && !set_lens(context, width, height, lens_table))
+    misuse("--lens: the library refuses these coefficients");
 }
 
 void Controls::note_idle(uint32_t quality) const {

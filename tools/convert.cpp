@@ -1,12 +1,19 @@
-// ppl convert: one raw frame in, one file out.
+// ppl convert: raw frames in; a picture, numbered pictures or a stream of frames out.
+#include <algorithm>
+#include <map>
 #include <memory>
+#include <thread>
 
 #include "bayer.h"
 #include "commands.h"
 #include "failure.h"
-#include "file.h"
-#include "instance.h"
+#include "finished.h"
+#include "frame_file.h"
+#include "frame_sink.h"
+#include "frame_stream.h"
 #include "options.h"
+#include "progress.h"
+#include "recording.h"
 
 namespace tool {
 namespace {
@@ -15,83 +22,116 @@ struct Convert {
   FrameFile frame;
   Controls controls;
   Job job;
-  std::string input = "bayer", output, format, chroma, scale, via;
+  std::string input = "bayer", output, format, chroma, out_chroma, out_range, scale, via, rate = "25/1";
+  unsigned jobs = 0;
 
   void run();
-  Bytes from_bayer(Format out);
-  Bytes from_finished(Format in, Format out);
+  void choose_standard(Format out);
+  void from_bayer(Format out);
+  void from_finished(Format in, Format out);
+  FrameSink::Target target(Format out) const;
 };
 
-Bytes Convert::from_bayer(Format out) {
-  if (!chroma.empty()) misuse("--chroma is for YUV input");
-  require_possible(frame, job, controls, out);
-  controls.note_idle(job.quality);
-  Bytes source = frame.read(Format::bayer);
-  const Instance instance;
-  controls.apply(instance.get(), frame.width, frame.height);
-  if (!is_picture(out)) return convert_bayer(instance.get(), frame, job, out, std::move(source));
-  ppl_set_quality(instance.get(), job.quality);
-  return encode(out, bayer_picture(instance.get(), frame, job, controls, source));
+// y4m is for other programs and takes what they expect; raw files keep what the camera made unless asked.
+void Convert::choose_standard(Format out) {
+  const bool yuv = out == Format::i420 || out == Format::yuyv || out == Format::uyvy || out == Format::y4m;
+  if (!yuv && !out_chroma.empty())
+    misuse("--out-chroma is for i420, yuyv, uyvy and y4m; ", name(out), " has no chroma");
+  if (!yuv && !out_range.empty())
+    misuse("--out-range is for i420, yuyv, uyvy and y4m; ", name(out), " has full range");
+  static const std::map<std::string, Standard> standards{
+      {"camera", Standard::camera}, {"bt601", Standard::bt601}, {"bt709", Standard::bt709}};
+  job.standard = !out_chroma.empty()  ? standards.at(out_chroma)
+                 : out == Format::y4m ? Standard::bt601
+                                      : Standard::camera;
+  job.video_range = out_range.empty() ? job.standard != Standard::camera : out_range == "video";
 }
 
-// A frame that is no mosaic: packed YUV to I420 through the library, everything else through a picture.
-Bytes Convert::from_finished(Format in, Format out) {
+FrameSink::Target Convert::target(Format out) const {
+  const std::string head =
+      out == Format::y4m ? y4m_head(output_size(job), rate, !job.video_range, false) : "";
+  return {output, out, frame.recording(), head, frame.paths};
+}
+
+void Convert::from_bayer(Format out) {
+  if (!chroma.empty()) misuse("--chroma is for YUV input");
+  choose_standard(out);
+  require_possible(job, controls, out, frame.stride);
+  controls.note_idle(job.quality);
+  FrameSink::Target where = target(out);
+  FrameStream stream(frame, Format::bayer, frame.recording() && is_picture(out));
+  const std::vector<int32_t> matrix = matrix_for(job, controls);
+  const unsigned cores = jobs ? jobs : std::clamp(std::thread::hardware_concurrency(), 1u, 8u);
+  const unsigned crew =
+      in_sequence(job) ? 1
+                       : static_cast<unsigned>(std::min<uint64_t>(cores, stream.frames().value_or(cores)));
+  std::vector<std::unique_ptr<BayerWorker>> workers;
+  for (unsigned i = 0; i < std::max(crew, 1u); ++i)
+    workers.push_back(std::make_unique<BayerWorker>(job, controls, out, matrix));
+  FrameSink sink(std::move(where));
+  std::vector<std::span<const uint8_t>> made(workers.size());
+  Progress progress(stream.frames());
+  run_frames(crew, {[&](unsigned i) { return stream.next(workers[i]->source()); },
+                    [&](unsigned i) { made[i] = workers[i]->convert(); },
+                    [&](unsigned i) {
+                      sink.put(made[i]);
+                      progress.step();
+                    }});
+  sink.commit();
+}
+
+void Convert::from_finished(Format in, Format out) {
   if (const std::string given = controls.first_given(); !given.empty())
     misuse(given, " acts on Bayer frames alone; a ", input, " frame takes the mirrors only");
   if (job.decimation || job.scale.width) misuse("--decimation and --scale act on Bayer frames alone");
-  const bool packed = in == Format::yuyv || in == Format::uyvy;
-  if (out == Format::y4m) misuse("convert makes no y4m; ppl deinterlace does");
-  if (frame.height % 2 || frame.width > 2032 || frame.height > 2048 || frame.width % 16)
-    misuse("a ", input, " frame of ", frame.width, " x ", frame.height,
-           " won't do: widths are multiples of 16 up to 2032, heights even, up to 2048");
-  Bytes source = frame.read(in);
-  const bool known_chroma = in == Format::rgb24 || in == Format::rgb32;
-  if (known_chroma && !chroma.empty()) misuse("--chroma is for YUV input");
+  if (!out_chroma.empty() || !out_range.empty())
+    misuse("--out-chroma and --out-range act on Bayer frames alone; a ", input, " frame keeps its chroma");
+  const bool rgb = in == Format::rgb24 || in == Format::rgb32,
+             packed = in == Format::yuyv || in == Format::uyvy;
+  if (rgb && !chroma.empty()) misuse("--chroma is for YUV input");
   const Chroma meaning = chroma.empty()       ? (packed ? Chroma::decoder : Chroma::camera)
                          : chroma == "camera" ? Chroma::camera
                                               : Chroma::decoder;
-  if (packed && out == Format::i420) {
-    const Instance instance;
-    const uint32_t w = frame.width, h = frame.height;
-    ppl_set_h_mirror(instance.get(), controls.h_mirror);
-    ppl_set_v_mirror(instance.get(), controls.v_mirror);
-    ppl_new_frame_sizes(instance.get(), w, h, w, h, 0);
-    Bytes destination(frame_bytes(out, w, h));
-    const auto call = in == Format::yuyv ? ppl_process_yuyvtoi420 : ppl_process_uyvytoi420;
-    if (!call(instance.get(), source.data(), destination.data(), w, h, w, h))
-      fail("the library refuses a ", w, " x ", h, " frame");
-    return destination;
-  }
-  if (!is_picture(out) && out != Format::rgb24 && out != Format::rgb32)
-    misuse("no way from ", input, " to ", name(out), "; ",
-           packed ? "i420, rgb24, rgb32, png and ppm can be made" : "rgb24, rgb32, png and ppm can be made");
-  Picture picture = picture_of(in, source, frame.width, frame.height, meaning);
-  if (controls.h_mirror) mirror_columns(picture);
-  if (controls.v_mirror) mirror_rows(picture);
-  return encode(out, picture);
+  FinishedFrames frames(in, out, job.frame, meaning, controls.h_mirror, controls.v_mirror);
+  FrameSink::Target where = target(out);
+  FrameStream stream(frame, in, frame.recording() && is_picture(out));
+  FrameSink sink(std::move(where));
+  Bytes source(stream.frame_size());
+  for (Progress progress(stream.frames()); stream.next(source); progress.step())
+    sink.put(frames.convert(source));
+  sink.commit();
 }
 
 void Convert::run() {
   if (!scale.empty()) job.scale = parse_size("--scale", scale);
+  job.frame = {frame.width, frame.height};
   job.via_i420 = via.empty() ? best_via_i420(job.quality) : via == "i420";
   const Format out = output_format(output, format);
-  refuse_same_file(frame.path, output);
   const Format in = input == "bayer" ? Format::bayer : output_format("", input);
-  write_file(output, in == Format::bayer ? from_bayer(out) : from_finished(in, out));
+  if (in == Format::bayer)
+    from_bayer(out);
+  else
+    from_finished(in, out);
 }
 
 }  // namespace
 
 void add_convert(CLI::App& app) {
   CLI::App* command =
-      app.add_subcommand("convert", "Turn one raw frame into a picture or a frame of another format");
+      app.add_subcommand("convert", "Turn raw frames into pictures, or into frames of another format");
   const auto state = std::make_shared<Convert>();
-  state->frame.add_options(*command, "File of headerless frames; - is standard input");
-  command->add_option("-o,--output", state->output, "File to write; - is standard output")->required();
+  state->frame.add_recording_options(*command, "Files of headerless frames; - is standard input");
   command
-      ->add_option("--format", state->format,
-                   "png, ppm, i420, yuyv, uyvy, rgb24 or rgb32 (default: by the ending of the output's name)")
-      ->check(CLI::IsMember({"png", "ppm", "i420", "yuyv", "uyvy", "rgb24", "rgb32"}));
+      ->add_option(
+          "-o,--output", state->output,
+          "File to write; - is standard output. Pictures of a recording are numbered, out-0000.png and "
+          "so on; other formats hold its frames one after the other")
+      ->required();
+  command
+      ->add_option(
+          "--format", state->format,
+          "png, ppm, y4m, i420, yuyv, uyvy, rgb24 or rgb32 (default: by the ending of the output's name)")
+      ->check(CLI::IsMember({"png", "ppm", "y4m", "i420", "yuyv", "uyvy", "rgb24", "rgb32"}));
   command
       ->add_option(
           "--input", state->input,
@@ -105,6 +145,23 @@ void add_convert(CLI::App& app) {
           "YUV input: camera (B - Y, R - Y, as made from a Bayer frame; default for i420) or decoder "
           "(BT.601; default for yuyv and uyvy)")
       ->check(CLI::IsMember({"camera", "decoder"}));
+  command
+      ->add_option("--out-chroma", state->out_chroma,
+                   "YUV output: camera (B - Y, R - Y; default for i420, yuyv and uyvy), bt601 (default for "
+                   "y4m) or bt709")
+      ->check(CLI::IsMember({"camera", "bt601", "bt709"}));
+  command
+      ->add_option("--out-range", state->out_range,
+                   "YUV output: full (0 to 255; default for camera) or video (luma 16 to 235; default for "
+                   "bt601 and bt709)")
+      ->check(CLI::IsMember({"full", "video"}));
+  command->add_option("--rate", state->rate, "Frames a second of a y4m stream, as a fraction")
+      ->capture_default_str();
+  command
+      ->add_option("-j,--jobs", state->jobs,
+                   "Frames worked on at a time, 1 to 8 (default: as many as there are processors); the "
+                   "result is the same")
+      ->check(in_range(1, 8));
   command
       ->add_option(
           "-q,--quality", state->job.quality,

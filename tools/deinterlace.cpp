@@ -1,9 +1,5 @@
 // ppl deinterlace: fields, or a sequence of interlaced frames, to pictures, raw frames or a Y4M stream.
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <memory>
 
@@ -11,8 +7,10 @@
 #include "failure.h"
 #include "file.h"
 #include "formats.h"
+#include "frame_sink.h"
 #include "instance.h"
 #include "options.h"
+#include "progress.h"
 
 namespace tool {
 namespace {
@@ -34,8 +32,7 @@ struct Deinterlace {
   std::vector<Bytes> read_fields() const;
   [[noreturn]] void refuse_partial(const std::string& file, uint64_t bytes) const;
   void require_whole_frames() const;
-  void convert_sequence(ppl_context*, OutputFile*) const;
-  void put(OutputFile*, const Bytes& frame, size_t number) const;
+  void convert_sequence(ppl_context*, FrameSink&) const;
   size_t field_bytes() const { return size_t{width} * height; }
 
   Format in_ = Format::yuyv, out_ = Format::png;
@@ -123,35 +120,10 @@ Bytes Deinterlace::convert(ppl_context* context, const uint8_t* earlier, const u
   return frame;
 }
 
-// Pictures of a sequence get a file each, with a number in front of the ending; frames follow one another.
-void Deinterlace::put(OutputFile* stream, const Bytes& frame, size_t number) const {
-  if (stream) {
-    if (out_ == Format::y4m) stream->write("FRAME\n");
-    stream->write(frame);
-    return;
-  }
-  std::string path = output;
-  if (frames) {
-    char digits[24];
-    snprintf(digits, sizeof digits, "-%04zu", number);
-    const size_t dot = path.rfind('.');
-    const bool ending = dot != std::string::npos && path.find('/', dot) == std::string::npos;
-    path.insert(ending ? dot : path.size(), digits);
-  }
-  for (const std::string& file : files) refuse_same_file(file, path);
-  write_file(path, frame);
-}
-
 void Deinterlace::run() {
   in_ = input == "yuyv" ? Format::yuyv : Format::uyvy;
   out_ = output_format(output, format);
   if (out_ == Format::rgb32) misuse("the library makes no rgb32 from fields; use rgb24, png or ppm");
-  unsigned rate_up = 0, rate_down = 0;
-  char tail = 0;
-  if (sscanf(rate.c_str(), "%6u/%6u%c", &rate_up, &rate_down, &tail) != 2 || !rate_up || !rate_down)
-    misuse("--rate takes frames a second as a fraction like 25/1 or 30000/1001, not ", rate);
-  for (const std::string& file : files) refuse_same_file(file, output);
-
   const Instance instance;
   ppl_context* context = instance.get();
   set_size(context);
@@ -165,19 +137,15 @@ void Deinterlace::run() {
   motion_ = !weave && (frames || fields.size() == 3);
   choose_call(context);
 
-  std::unique_ptr<OutputFile> stream;
-  if (!is_picture(out_)) stream = std::make_unique<OutputFile>(output);
-  if (out_ == Format::y4m)
-    stream->write(text("YUV4MPEG2 W", to_.width, " H", to_.height, " F", rate_up, ":", rate_down,
-                       " Ip A0:0 C420mpeg2\n"));
+  FrameSink sink({output, out_, frames, y4m_head(to_, rate, false, true), files});
   if (frames) {
-    convert_sequence(context, stream.get());
+    convert_sequence(context, sink);
   } else {
     const Bytes& later = fields.back();
     const Bytes& kept = fields[fields.size() - 2];
-    put(stream.get(), convert(context, fields[0].data(), kept.data(), later.data()), 0);
+    sink.put(convert(context, fields[0].data(), kept.data(), later.data()));
   }
-  if (stream) stream->commit();
+  sink.commit();
 }
 
 std::vector<Bytes> Deinterlace::read_fields() const {
@@ -209,19 +177,23 @@ void Deinterlace::refuse_partial(const std::string& file, uint64_t bytes) const 
 // Before anything is written, as far as the size of a file can be known.
 void Deinterlace::require_whole_frames() const {
   for (const std::string& file : files) {
-    const std::optional<uint64_t> bytes = file_size(file);
+    const std::optional<uint64_t> bytes = readable_size(file);
     if (bytes && (*bytes == 0 || *bytes % (2 * field_bytes()))) refuse_partial(file, *bytes);
-    if (!bytes && file != "-" && access(file.c_str(), R_OK) != 0)
-      fail("can't read ", file, ": ", strerror(errno));
   }
 }
 
 // One frame at a time. The later field of each is the earlier field of the next; the first frame's own stands in for
 // what was before it, which makes it a plain weave.
-void Deinterlace::convert_sequence(ppl_context* context, OutputFile* stream) const {
+void Deinterlace::convert_sequence(ppl_context* context, FrameSink& sink) const {
   const size_t row = size_t{2} * width;
+  std::optional<uint64_t> expected = 0;
+  for (const std::string& file : files) {
+    const std::optional<uint64_t> bytes = readable_size(file);
+    if (!bytes) expected.reset();
+    if (expected) *expected += *bytes / (2 * field_bytes());
+  }
   Bytes frame(2 * field_bytes()), kept(field_bytes()), later(field_bytes()), earlier;
-  size_t number = 0;
+  Progress progress(expected);
   for (const std::string& file : files) {
     InputFile in(file);
     for (uint64_t position = 0;; position += frame.size()) {
@@ -233,7 +205,8 @@ void Deinterlace::convert_sequence(ppl_context* context, OutputFile* stream) con
         memcpy(later.data() + r * row, frame.data() + (2 * r + 1) * row, row);
       }
       if (earlier.empty()) earlier = later;
-      put(stream, convert(context, earlier.data(), kept.data(), later.data()), number++);
+      sink.put(convert(context, earlier.data(), kept.data(), later.data()));
+      progress.step();
       std::swap(earlier, later);
     }
   }

@@ -37,6 +37,11 @@ template <class... Parts>
 // Who is speaking: "ppl convert".
 std::string& speaker();
 
+// A line on standard error about a part of the work that can't be done while the rest goes on: the exit status will
+// be 1.
+void complain(const std::string& line);
+bool complained();
+
 // A line on standard error about something that does not stop the work.
 void note(const std::string& line);
 

@@ -34,6 +34,9 @@ InputFile::InputFile(const std::string& path)
     : path_(path == "-" ? "standard input" : path),
       file_(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
   if (file_ < 0) fail("can't read ", path, ": ", reason());
+  struct stat about;
+  if (fstat(file_, &about) == 0 && S_ISREG(about.st_mode) && lseek(file_, 0, SEEK_CUR) == 0)
+    size_ = static_cast<uint64_t>(about.st_size);
 }
 
 InputFile::~InputFile() {
@@ -53,8 +56,8 @@ size_t InputFile::read(std::span<uint8_t> bytes) {
 }
 
 uint64_t InputFile::skip(uint64_t bytes) {
-  if (const std::optional<uint64_t> whole = size()) {
-    const uint64_t there = std::min(bytes, *whole);
+  if (size_) {
+    const uint64_t there = std::min(bytes, *size_);
     if (lseek(file_, static_cast<off_t>(there), SEEK_SET) < 0) fail("can't read ", path_, ": ", reason());
     return there;
   }
@@ -69,16 +72,20 @@ uint64_t InputFile::skip(uint64_t bytes) {
   return passed;
 }
 
-std::optional<uint64_t> InputFile::size() const {
+std::optional<uint64_t> readable_size(const std::string& path) {
+  if (path == "-") return InputFile(path).size();
   struct stat about;
-  if (fstat(file_, &about) != 0 || !S_ISREG(about.st_mode) || lseek(file_, 0, SEEK_CUR) != 0) return {};
+  if (stat(path.c_str(), &about) != 0 || access(path.c_str(), R_OK) != 0)
+    fail("can't read ", path, ": ", reason());
+  if (S_ISDIR(about.st_mode)) fail("can't read ", path, ": it is a directory");
+  if (!S_ISREG(about.st_mode)) return {};
   return static_cast<uint64_t>(about.st_size);
 }
 
-std::optional<uint64_t> file_size(const std::string& path) {
+bool is_device(const std::string& path) {
   struct stat about;
-  if (path == "-" || stat(path.c_str(), &about) != 0 || !S_ISREG(about.st_mode)) return {};
-  return static_cast<uint64_t>(about.st_size);
+  return path == "-" ||
+         (stat(path.c_str(), &about) == 0 && !S_ISREG(about.st_mode) && !S_ISDIR(about.st_mode));
 }
 
 void refuse_same_file(const std::string& input, const std::string& output) {

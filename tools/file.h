@@ -20,16 +20,21 @@ class InputFile {
   size_t read(std::span<uint8_t> bytes);
   // Moves on by so many bytes, in a pipe by reading them; how many the file had.
   uint64_t skip(uint64_t bytes);
-  // The size of a regular file that stands at its beginning; nothing for a pipe or a device.
-  std::optional<uint64_t> size() const;
+  // The size of a regular file that stood at its beginning; nothing for a pipe or a device.
+  std::optional<uint64_t> size() const { return size_; }
 
  private:
   std::string path_;
+  std::optional<uint64_t> size_;
   int file_;
 };
 
-// The size of a regular file; nothing for a pipe, a device, "-" or what can't be looked at.
-std::optional<uint64_t> file_size(const std::string& path);
+// The size of a regular file, standard input too; nothing for a pipe or a device, which is not opened. Throws if there
+// is none, or none that may be read.
+std::optional<uint64_t> readable_size(const std::string& path);
+
+// Whether the name is that of a pipe, a terminal or another device.
+bool is_device(const std::string& path);
 
 // Throws if the two names lead to the same file: an output must never replace an input.
 void refuse_same_file(const std::string& input, const std::string& output);

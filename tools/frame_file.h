@@ -1,8 +1,9 @@
-// Where a frame stands in a headerless file.
+// Where frames stand in headerless files.
 #pragma once
 
 #include <CLI/CLI.hpp>
 #include <string>
+#include <vector>
 
 #include "bytes.h"
 #include "formats.h"
@@ -10,28 +11,28 @@
 namespace tool {
 
 struct FrameFile {
-  std::string path;
+  std::vector<std::string> paths;
   uint32_t width = 0, height = 0,
            stride = 0;  // stride: bytes from row to row in the file; 0: rows back to back
   uint32_t frame = 0;
   uint64_t skip = 0;
+  bool all = false;
 
   void add_options(CLI::App&, const std::string& what);
+  // The same for a command that takes several files, and all the frames in them.
+  void add_recording_options(CLI::App&, const std::string& what);
+
+  // Whether more than the one frame is wanted.
+  bool recording() const { return all || paths.size() > 1; }
+  // Whoever names a stride or bytes to skip knows that the file is no plain sequence of such frames.
+  bool place_given() const { return stride_option_->count() || skip_option_->count(); }
+  bool frame_given() const { return frame_option_->count() > 0; }
+
   // Exactly one frame of the format, its rows back to back. Reads no more of the file than it must.
   Bytes read(Format) const;
 
  private:
-  struct Extent {
-    size_t row, step, rows;  // bytes of a row, from row to row; number of rows
-    uint64_t period() const { return uint64_t{step} * rows; }
-    uint64_t whole() const { return uint64_t{step} * (rows - 1) + row; }
-  };
-  Extent extent(Format) const;
-  bool place_given() const;
-  [[noreturn]] void too_short(Format, uint64_t held) const;
-  void require_frame(Format, const Extent&, uint64_t held) const;
-  [[noreturn]] void no_whole_number(Format, uint64_t held) const;
-
+  void add_place_options(CLI::App&);
   CLI::Option *stride_option_ = nullptr, *frame_option_ = nullptr, *skip_option_ = nullptr;
 };
 

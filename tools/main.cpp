@@ -83,7 +83,7 @@ int main(int count, char** words) {
     sub->preparse_callback([sub](size_t) { tool::speaker() = "ppl " + sub->get_name(); });
   try {
     app.parse(count, words);
-    return 0;
+    return tool::complained() ? 1 : 0;
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return app.exit(error);
     std::cerr << explain(app, error, count, words) << "\n";

@@ -9,7 +9,7 @@
 #include "commands.h"
 #include "failure.h"
 #include "file.h"
-#include "instance.h"
+#include "frame_file.h"
 #include "options.h"
 
 namespace tool {
@@ -128,17 +128,17 @@ std::string table(const Json& s) {
 
 void Stats::run() {
   Job job;
+  job.frame = {frame.width, frame.height};
   job.quality = quality;
   if (quality == 4 || quality == 9)
     misuse("quality ", quality, " gathers no statistics; use 0, 1, 2, 3, 10 to 13 or 15");
-  require_possible(frame, job, controls, Format::i420);
+  require_possible(job, controls, Format::i420, frame.stride);
   controls.note_idle(quality);
-  refuse_same_file(frame.path, output);
-  Bytes source = frame.read(Format::bayer);
-  const Instance instance;
-  controls.apply(instance.get(), frame.width, frame.height);
-  convert_bayer(instance.get(), frame, job, Format::i420, std::move(source));
-  const Json figures = gather(instance.get(), frame, quality);
+  refuse_same_file(frame.paths[0], output);
+  BayerWorker worker(job, controls, Format::i420);
+  worker.source() = frame.read(Format::bayer);
+  worker.convert();
+  const Json figures = gather(worker.context(), frame, quality);
   const std::string shown = json ? figures.dump(2) + "\n" : table(figures);
   write_file(output, {reinterpret_cast<const uint8_t*>(shown.data()), shown.size()});
 }

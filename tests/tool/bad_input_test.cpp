@@ -86,7 +86,7 @@ TEST_F(BadInput, OneLineAndNoFile) {
       {Arguments{"convert", "frame.yuyv", "--input", "yuyv", "-o", "x.png", "--gains", "1,2,3"} + s,
        2,
        {"--gains"}},
-      {Arguments{"convert", "frame.yuyv", "--input", "yuyv", "-o", "x.uyvy"} + s, 2, {"i420, rgb24"}},
+      {Arguments{"convert", "frame.yuyv", "--input", "yuyv", "-o", "x.uyvy"} + s, 2, {"i420, y4m, rgb24"}},
       {Arguments{"convert", "frame.yuyv", "--input", "jpeg", "-o", "x.png"} + s, 2, {"jpeg", "yuyv"}},
       {Arguments{"convert", "small.raw", "-o", "/dev/full", "--format", "png"} + s,
        1,

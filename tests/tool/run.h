@@ -52,7 +52,8 @@ inline const Arguments settings{"--black", "12",        "--gains", "397,256,346"
                                 "--gbgr",  "--lens-f1", "48",      "--lens-shift1",
                                 "24",      "--lens-f2", "0"};
 
-inline Arguments operator+(Arguments a, const Arguments& b) {
+template <class T>
+std::vector<T> operator+(std::vector<T> a, const std::vector<T>& b) {
   a.insert(a.end(), b.begin(), b.end());
   return a;
 }
