@@ -106,24 +106,32 @@ std::array<int32_t, 9> standard_matrix(Standard standard, const ColourControls& 
   return best;
 }
 
+// 219 / 255 and 224 / 255 in 1/65536, in two steps of 16 bits that vectors have: the same as the division, rounded, for
+// every byte.
+constexpr uint16_t luma_factor = 56284, luma_offset = 16 * 256 + 128;
+constexpr uint16_t chroma_factor = 57569, chroma_offset = 4112;
+inline uint8_t to_range(uint8_t sample, uint16_t factor, uint16_t offset) {
+  const uint16_t high = static_cast<uint16_t>(sample << 8);
+  const uint16_t product = static_cast<uint16_t>((uint32_t{high} * factor) >> 16);
+  return static_cast<uint8_t>(static_cast<uint16_t>(product + offset) >> 8);
+}
+
 void luma_to_video_range(uint8_t* samples, size_t count) {
-  // 219 / 255 in 1/65536; the sum stays below 2^24 and rounds as the division would
-  for (size_t i = 0; i < count; ++i)
-    samples[i] = static_cast<uint8_t>((samples[i] * 56284u + (16u << 16) + 32768u) >> 16);
+  for (size_t i = 0; i < count; ++i) samples[i] = to_range(samples[i], luma_factor, luma_offset);
 }
 
 void chroma_to_video_range(uint8_t* samples, size_t count) {
-  for (size_t i = 0; i < count; ++i)
-    samples[i] = static_cast<uint8_t>((samples[i] * 57569u + (128u << 16) - 128u * 57569u + 32768u) >> 16);
+  for (size_t i = 0; i < count; ++i) samples[i] = to_range(samples[i], chroma_factor, chroma_offset);
 }
 
 void packed_to_video_range(uint8_t* frame, size_t bytes, bool luma_first) {
-  const uint32_t first = luma_first ? 56284 : 57569, second = luma_first ? 57569 : 56284;
-  const uint32_t luma = (16u << 16) + 32768u, chroma = (128u << 16) - 128u * 57569u + 32768u;
-  const uint32_t first_offset = luma_first ? luma : chroma, second_offset = luma_first ? chroma : luma;
+  const uint16_t factors[] = {luma_first ? luma_factor : chroma_factor,
+                              luma_first ? chroma_factor : luma_factor};
+  const uint16_t offsets[] = {luma_first ? luma_offset : chroma_offset,
+                              luma_first ? chroma_offset : luma_offset};
   for (size_t i = 0; i + 1 < bytes; i += 2) {
-    frame[i] = static_cast<uint8_t>((frame[i] * first + first_offset) >> 16);
-    frame[i + 1] = static_cast<uint8_t>((frame[i + 1] * second + second_offset) >> 16);
+    frame[i] = to_range(frame[i], factors[0], offsets[0]);
+    frame[i + 1] = to_range(frame[i + 1], factors[1], offsets[1]);
   }
 }
 

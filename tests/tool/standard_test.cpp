@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "run.h"
+#include "tools/colour_standard.h"
 
 namespace {
 
@@ -122,6 +123,26 @@ TEST_F(Standard, StrongColoursAreNotCut) {
   EXPECT_NEAR(frame[64 * 16 + 32], 29, 3);                 // 0.114 of 255
   EXPECT_NEAR(frame[64 * 32 + 32 * 8 + 16], 255, 3);       // half of the range above the middle
   EXPECT_NEAR(frame[64 * 40 + 32 * 8 + 16], 128 - 21, 3);  // -0.114 / 0.701 / 2 of 255
+}
+
+TEST_F(Standard, VideoRangeIsTheDivision) {
+  Bytes all(256);
+  for (size_t i = 0; i < 256; ++i) all[i] = static_cast<uint8_t>(i);
+  Bytes luma = all, chroma = all, yuyv = all + all, uyvy = all + all;
+  for (size_t i = 0; i < 512; ++i) yuyv[i] = uyvy[i] = static_cast<uint8_t>(i / 2);
+  tool::luma_to_video_range(luma.data(), luma.size());
+  tool::chroma_to_video_range(chroma.data(), chroma.size());
+  tool::packed_to_video_range(yuyv.data(), yuyv.size(), true);
+  tool::packed_to_video_range(uyvy.data(), uyvy.size(), false);
+  for (int i = 0; i < 256; ++i) {
+    const size_t at = static_cast<size_t>(i);
+    EXPECT_EQ(luma[at], std::floor(16 + i * 219 / 255.0 + 0.5));
+    EXPECT_EQ(chroma[at], std::floor(128 + (i - 128) * 224 / 255.0 + 0.5));
+    EXPECT_EQ(yuyv[2 * at], luma[at]);
+    EXPECT_EQ(yuyv[2 * at + 1], chroma[at]);
+    EXPECT_EQ(uyvy[2 * at], chroma[at]);
+    EXPECT_EQ(uyvy[2 * at + 1], luma[at]);
+  }
 }
 
 TEST_F(Standard, RawFilesKeepTheCamerasChroma) {
