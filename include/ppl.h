@@ -751,9 +751,9 @@ PPL_API uint8_t ppl_reset_lens_correction(ppl_context *context);
  *
  * Sums are kept in 32 bits, and wrap where a cell or what lies outside is large and bright: at 96 x 2048 samples of
  * 200 the green mean of the frame in quality 2 reads 7609 where 51,200 would be right. Green wraps first, red and blue
- * at twice the size. No figure of the frame or of a cell wraps in a frame whose width is a multiple of 128, nor in one of
- * at least 128 columns and at most 1172 rows, nor in one of fewer than 65,000 samples, nor where the mean sample is below
- * 85. */
+ * at twice the size. No figure of the frame or of a cell wraps in a frame whose width is a multiple of 128, nor in one
+ * of at least 128 columns and at most 1172 rows, nor in one of fewer than 65,000 samples, nor where the mean sample is
+ * below 85. */
 
 /* 48; writes 8 and 6. Null pointers are skipped. */
 PPL_API uint32_t ppl_n_sub_windows(const ppl_context *context, uint32_t *out_columns, uint32_t *out_rows);
