@@ -39,7 +39,7 @@ add_library(ppl_test STATIC ${PPL_OBJECTS} $<TARGET_OBJECTS:ppl_platform_test>)
 add_library(ppl::ppl ALIAS ppl)
 add_library(ppl::ppl_static ALIAS ppl_static)
 foreach(lib ppl ppl_static ppl_test)
-  target_include_directories(${lib} PUBLIC $<BUILD_INTERFACE:${PPL_ROOT}/include>
+  target_include_directories(${lib} PUBLIC "$<BUILD_INTERFACE:${PPL_ROOT}/include;${PPL_ROOT}/helpers>"
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
   set_target_properties(${lib} PROPERTIES ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}
     LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
@@ -57,8 +57,9 @@ else()
 endif()
 set_target_properties(ppl_static PROPERTIES OUTPUT_NAME ppl)
 
-install(FILES ${PPL_ROOT}/include/ppl.h ${PPL_ROOT}/helpers/ppl_qualities.h
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+# The helpers stand beside ppl.h wherever it is used.
+file(GLOB PPL_HELPERS CONFIGURE_DEPENDS ${PPL_ROOT}/helpers/*.h ${PPL_ROOT}/helpers/*.hpp)
+install(FILES ${PPL_ROOT}/include/ppl.h ${PPL_HELPERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(TARGETS ppl ppl_static EXPORT ppl-targets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(EXPORT ppl-targets NAMESPACE ppl:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ppl)

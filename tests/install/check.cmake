@@ -19,9 +19,13 @@ foreach(file include/ppl.h ${LIBDIR}/libppl.so ${LIBDIR}/libppl.a ${LIBDIR}/pkgc
   endif()
 endforeach()
 file(GLOB headers RELATIVE ${prefix}/include ${prefix}/include/*)
+# ppl.h and the helpers, all that there are and nothing else.
+file(GLOB wanted RELATIVE ${SOURCE}/../../../helpers ${SOURCE}/../../../helpers/*)
+list(APPEND wanted ppl.h)
+list(SORT wanted)
 list(SORT headers)
-if(NOT headers STREQUAL "ppl.h;ppl_qualities.h")
-  message(FATAL_ERROR "headers installed: ${headers}")
+if(NOT headers STREQUAL wanted)
+  message(FATAL_ERROR "headers installed: ${headers}; wanted: ${wanted}")
 endif()
 
 set(configure ${CMAKE_COMMAND} -S ${SOURCE} -G ${GENERATOR} -DCMAKE_C_COMPILER=${CC} -DCMAKE_PREFIX_PATH=${prefix})
