@@ -15,8 +15,8 @@
  * RESULTS. A uint8_t result is 1 (true) or 0 (false). There are no error codes and no messages: a refusal is silent.
  * What a refusal leaves behind is said at each call; where nothing is said, nothing has changed. Results are part of
  * the interface even where they surprise: some setters always answer false, some calls that write nothing answer
- * true. So true does not mean that there is a picture: read the call's conditions below, or test with two fills of the
- * destination. A null context is allowed in ppl_free alone.
+ * true. So true does not mean that there is a picture: ppl_check.h, which stands beside this header, is told a call as
+ * it is planned and answers whether one comes of it, and if not, why. A null context is allowed in ppl_free alone.
  *
  * FRAME FORMATS. No format has padding between rows; W and H are the width and height of the frame.
  *
