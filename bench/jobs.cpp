@@ -78,9 +78,8 @@ buffer packed_frame(int width, int height, int shift) {
 }
 
 std::vector<level> levels() {
-  static const char* const names[] = {"sse2", "sse41", "avx2", "avx512"};
   std::vector<level> all;
-  for (int n = 0; n < ppl_test_levels(); ++n) all.push_back({n, names[n]});
+  for (int n = 0; n < ppl_test_levels(); ++n) all.push_back({n, ppl_test_level_name(n)});
   return all;
 }
 

@@ -73,7 +73,7 @@ endforeach()
 ppl_image_objects(ppl_levels ${PPL_ROOT}/platform/kernel_levels.cpp)
 target_compile_options(ppl_levels PRIVATE -mno-sse3 -fstack-protector-strong)
 # The guard changes under DllInitialize, and the memory functions must not be turned into calls of themselves.
-ppl_image_objects(ppl_platform ${PPL_ROOT}/platform/kernel.cpp ${PPL_ROOT}/platform/kernel_memory.cpp)
+ppl_image_objects(ppl_platform ${PPL_ROOT}/platform/kernel.cpp ${PPL_ROOT}/platform/memory.cpp)
 target_compile_options(ppl_platform PRIVATE -mno-sse3 -fno-stack-protector -fno-builtin)
 if(PPL_IMAGE_GCC)
   target_compile_options(ppl_platform PRIVATE -fno-tree-loop-distribute-patterns)

@@ -1,7 +1,6 @@
 # libppl.so, libppl.a and, for the tests alone, libppl_test.a, which can be held to a level.
 include(cmake/sources.cmake)
 
-set(PPL_LEVELS ${PPL_XMM_LEVELS} ${PPL_WIDE_LEVELS})
 set(PPL_OBJECTS)
 function(ppl_objects name)
   add_library(${name} OBJECT ${ARGN})
@@ -27,6 +26,9 @@ foreach(level IN LISTS PPL_LEVELS)
 endforeach()
 ppl_objects(ppl_platform ${PPL_ROOT}/platform/linux.cpp)
 ppl_objects(ppl_platform_test ${PPL_ROOT}/platform/linux_test.cpp)
+foreach(target ppl_platform ppl_platform_test)
+  target_compile_definitions(${target} PRIVATE ${PPL_HAS_LEVELS})
+endforeach()
 
 # The version script names exactly the exported functions.
 file(STRINGS ${PPL_ROOT}/cmake/exports.txt PPL_EXPORTS)

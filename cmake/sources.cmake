@@ -14,15 +14,38 @@ set(PPL_WARNINGS -Wall -Wextra -Wshadow -Wconversion -Wno-sign-conversion -Wunde
   -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
 set(PPL_CORE_FLAGS -fno-exceptions -fno-rtti -fno-threadsafe-statics -fno-strict-aliasing)
 
-# The levels, narrowest first, with the compiler flags of each. The kernel image takes the XMM ones only.
-set(PPL_XMM_LEVELS sse2 sse41)
-set(PPL_WIDE_LEVELS avx2 avx512)
-set(PPL_FLAGS_sse2 -msse2 -mno-sse3)
-set(PPL_FLAGS_sse41 -msse4.1 -mno-avx)
-set(PPL_FLAGS_avx2 -mavx2 -mbmi -mbmi2 -mno-avx512f)
-set(PPL_FLAGS_avx512 -mavx2 -mbmi -mbmi2 -mavx512f -mavx512bw -mavx512dq -mavx512vl -mavx512vbmi
-  -mprefer-vector-width=512)
-if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  # gcc 12 takes the undefined vectors of its own 512-bit intrinsics for mistakes
-  list(APPEND PPL_FLAGS_avx512 -Wno-uninitialized -Wno-maybe-uninitialized)
+# The levels, with the compiler flags of each: one entry here, one in platform/, and what its instructions do better in
+# simd/. "plain" is C++ without an intrinsic, for every other processor and for tools that see through plain code only.
+set(PPL_XMM_LEVELS sse2 sse41) # the kernel image takes these alone
+set(PPL_FLAGS_plain "")
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64)$")
+  set(PPL_OWN_LEVELS ${PPL_XMM_LEVELS} avx2 avx512) # narrowest first
+  set(PPL_FLAGS_sse2 -msse2 -mno-sse3)
+  set(PPL_FLAGS_sse41 -msse4.1 -mno-avx)
+  set(PPL_FLAGS_avx2 -mavx2 -mbmi -mbmi2 -mno-avx512f)
+  set(PPL_FLAGS_avx512 -mavx2 -mbmi -mbmi2 -mavx512f -mavx512bw -mavx512dq -mavx512vl -mavx512vbmi
+    -mprefer-vector-width=512)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # gcc 12 takes the undefined vectors of its own 512-bit intrinsics for mistakes
+    list(APPEND PPL_FLAGS_avx512 -Wno-uninitialized -Wno-maybe-uninitialized)
+  endif()
+elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64)$")
+  set(PPL_OWN_LEVELS neon)
+  set(PPL_FLAGS_neon "")
+elseif(CMAKE_SYSTEM_PROCESSOR STREQUAL "wasm32")
+  set(PPL_OWN_LEVELS simd128)
+  set(PPL_FLAGS_simd128 -msimd128)
+else()
+  set(PPL_OWN_LEVELS plain)
 endif()
+set(PPL_LEVELS "${PPL_OWN_LEVELS}" CACHE STRING "Vector levels to build: some of ${PPL_OWN_LEVELS}, or plain alone")
+foreach(level IN LISTS PPL_LEVELS)
+  if(NOT level IN_LIST PPL_OWN_LEVELS AND NOT PPL_LEVELS STREQUAL "plain")
+    list(JOIN PPL_OWN_LEVELS ", " own)
+    message(FATAL_ERROR "PPL_LEVELS has \"${level}\". For ${CMAKE_SYSTEM_PROCESSOR} there are ${own}; or plain alone.")
+  endif()
+endforeach()
+if(NOT PPL_LEVELS)
+  message(FATAL_ERROR "PPL_LEVELS is empty: name one vector level at least")
+endif()
+list(TRANSFORM PPL_LEVELS REPLACE "(.+)" "PPL_HAS_\\1=1" OUTPUT_VARIABLE PPL_HAS_LEVELS) # for platform/

@@ -6,14 +6,8 @@
 
 namespace ppl {
 
-#define PPL_LEVEL_TABLES(level)                                                              \
-  {                                                                                          \
-#level, &level::row_table, &level::tile_table, &level::path_table, &level::output_table, \
-        &level::convert_table, &level::scaler_table                                          \
-  }
 static constexpr kernels sse2_kernels = PPL_LEVEL_TABLES(sse2);
 static constexpr kernels sse41_kernels = PPL_LEVEL_TABLES(sse41);
-#undef PPL_LEVEL_TABLES
 
 const kernels* choose_kernels() {
   unsigned a, b, c, d;

@@ -2,5 +2,5 @@
 #include "platform/linux_levels.h"
 
 const ppl::kernels* ppl::choose_kernels() {
-  return &kLevelTables[supported_levels() - 1];
+  return &kLevels[supported_levels() - 1].tables;
 }

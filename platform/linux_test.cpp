@@ -8,11 +8,15 @@ int ppl_test_levels(void) {
   return ppl::supported_levels();
 }
 
+const char* ppl_test_level_name(int level) {
+  return ppl::kLevels[level].tables.name;
+}
+
 void ppl_test_force_level(int level) {
   forced_level = level;
 }
 
 const ppl::kernels* ppl::choose_kernels() {
   const int levels = supported_levels();
-  return &kLevelTables[forced_level >= 0 && forced_level < levels ? forced_level : levels - 1];
+  return &kLevels[forced_level >= 0 && forced_level < levels ? forced_level : levels - 1].tables;
 }

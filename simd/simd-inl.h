@@ -26,6 +26,8 @@
     defined(PPL_LEVEL_avx512)
 #define PPL_X86
 #include <immintrin.h>
+#elif defined(PPL_LEVEL_simd128)
+#include <wasm_simd128.h>
 #endif
 
 namespace ppl::PPL_LEVEL {
@@ -74,8 +76,10 @@ constexpr int kWidth = 16;
 
 // Whether one instruction picks bytes by indices in a register (shuffle8), and one multiplies pairs of bytes (madd8).
 // Where there is none, these operations take many, and some kernels have another way.
-#if defined(__SSSE3__) && defined(PPL_X86)
+#if defined(PPL_X86) && defined(__SSSE3__)
 constexpr bool kShufflesBytes = true, kMultipliesBytes = true;
+#elif defined(PPL_LEVEL_neon) || defined(PPL_LEVEL_simd128)
+constexpr bool kShufflesBytes = true, kMultipliesBytes = false;
 #else
 constexpr bool kShufflesBytes = false, kMultipliesBytes = false;
 #endif
@@ -85,6 +89,8 @@ constexpr bool kShufflesBytes = false, kMultipliesBytes = false;
 #include "simd/plain-inl.h"
 #if defined(PPL_X86)
 #include "simd/x86-inl.h"
+#elif defined(PPL_LEVEL_simd128)
+#include "simd/wasm-inl.h"
 #endif
 
 namespace ppl::PPL_LEVEL {

@@ -1,20 +1,22 @@
-// The four memory functions to which a compiler may turn loops and struct copies at any time. In the kernel image
-// nobody else provides them.
+// The four memory functions to which a compiler may turn loops and struct copies at any time. In the kernel image and
+// in the WebAssembly module nobody else provides them.
 //
 // 16 bytes at a time; the last, partial 16 are covered by one step that overlaps the one before it. memmove
 // goes backwards where it must, and leaves the direction flag alone.
-#include <emmintrin.h>
 #include <stddef.h>
 #include <stdint.h>
 
 namespace {
 
-__m128i load(const uint8_t* p) {
-  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+typedef uint8_t bytes16 __attribute__((vector_size(16)));
+typedef bytes16 bytes16_anywhere __attribute__((may_alias, aligned(1)));
+
+bytes16 load(const uint8_t* p) {
+  return *reinterpret_cast<const bytes16_anywhere*>(p);
 }
 
-void store(uint8_t* p, __m128i v) {
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
+void store(uint8_t* p, bytes16 v) {
+  *reinterpret_cast<bytes16_anywhere*>(p) = v;
 }
 
 }  // namespace
@@ -30,7 +32,7 @@ void* memset(void* destination, int value, size_t size) {
     }
     return destination;
   }
-  const __m128i v = _mm_set1_epi8(static_cast<char>(byte));
+  const bytes16 v = bytes16{} + byte;
   for (size_t i = 0; i + 16 <= size; i += 16) {
     store(d + i, v);
   }
@@ -52,13 +54,13 @@ void* memmove(void* destination, const void* source, size_t size) {
   }
   // What the overlapping step moves is read before anything is written.
   if (forwards) {
-    const __m128i last = load(s + size - 16);
+    const bytes16 last = load(s + size - 16);
     for (size_t i = 0; i + 16 <= size; i += 16) {
       store(d + i, load(s + i));
     }
     store(d + size - 16, last);
   } else {
-    const __m128i first = load(s);
+    const bytes16 first = load(s);
     for (size_t i = size; i >= 16; i -= 16) {
       store(d + i - 16, load(s + i - 16));
     }

@@ -1,0 +1,21 @@
+# clang and lld for WebAssembly (preset wasm), with the C headers of wasi-libc and nothing of its code.
+set(CMAKE_SYSTEM_NAME Generic)
+set(CMAKE_SYSTEM_PROCESSOR wasm32)
+
+find_program(PPL_WASM_CLANG NAMES clang-19 clang-18 clang-17 clang-16 clang-15 clang-14 clang)
+if(PPL_WASM_CLANG)
+  string(REGEX MATCH "-[0-9]+$" PPL_WASM_SUFFIX "${PPL_WASM_CLANG}")
+  find_program(PPL_WASM_CLANGXX NAMES clang++${PPL_WASM_SUFFIX})
+  find_program(PPL_WASM_LD NAMES wasm-ld${PPL_WASM_SUFFIX} wasm-ld)
+endif()
+if(NOT PPL_WASM_CLANG OR NOT PPL_WASM_CLANGXX OR NOT PPL_WASM_LD OR NOT EXISTS /usr/include/wasm32-wasi)
+  message(FATAL_ERROR "The preset 'wasm' needs clang, version 14 or later, lld of the same version, and the C headers for "
+    "WebAssembly. On Debian: apt-get install clang-19 lld-19 wasi-libc")
+endif()
+set(CMAKE_C_COMPILER ${PPL_WASM_CLANG})
+set(CMAKE_CXX_COMPILER ${PPL_WASM_CLANGXX})
+set(CMAKE_C_COMPILER_TARGET wasm32-wasi)
+set(CMAKE_CXX_COMPILER_TARGET wasm32-wasi)
+set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
+set(CMAKE_CXX_FLAGS_INIT "-isystem /usr/include/wasm32-wasi")
+set(CMAKE_C_FLAGS_INIT "-isystem /usr/include/wasm32-wasi")
