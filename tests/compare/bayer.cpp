@@ -863,17 +863,6 @@ size_t random_offset(random_source& random, int misaligned_percent) {
   return 16 * size_t(random.between(0, 3));
 }
 
-// Whether the rules leave the picture of this frame open: incomplete groups of the frame-at-once qualities, and doubled
-// cells in I420 whose planes overlap because black lines of a negative count took rows away.
-bool picture_is_open(const ref::state& s, format kind) {
-  const bool bulk = s.quality == 3 || s.quality == 13;
-  if (!bulk) return false;
-  const int T = s.frame_width / 16, N = s.frame_height / 2;
-  if (kind == format::i420 && s.decimation < 0 && s.out_height < 2 * s.frame_height) return true;
-  const bool halves = s.decimation > 0 || (s.quality == 13 && s.decimation != 0);
-  return halves ? T % 4 != 0 || N % 2 != 0 : T % 2 != 0;
-}
-
 constexpr size_t kLargest = size_t(36) << 20;
 
 size_t bytes_of(format kind, int32_t width, int32_t height) {
@@ -909,7 +898,7 @@ void one_frame(test_case& c, format kind, const frame_size& f, int misaligned_pe
                                   random.chance(50)};
   source.fill(c.slot_count(), scene);
   destination.fill_random(c.slot_count(), random.bits());
-  const bool skip_picture = open || picture_is_open(after, kind);
+  const bool skip_picture = open || ref::picture_is_open(after, kind);
   c.each(text("%s frame, quality %d, %d x %d, stride %d, %ssource +%d, %sdestination +%d",
               slots::format_names[int(kind)], int(c.reference.quality), f.width, f.height, f.stride,
               null.source ? "null " : "", int(source.offset), null.destination ? "null " : "",
@@ -1153,7 +1142,7 @@ void wrapper_case(test_case& c, format kind, bool with_nulls = false) {
         "source", [&](int i) { return source.of(i); }, 0, 0);
     c.compare_windows(
         "destination", [&](int i) { return destination.of(i); }, 0,
-        picture_is_open(after, kind) ? output : 0);
+        ref::picture_is_open(after, kind) ? output : 0);
     c.compare_figures(true);
   }
 }
@@ -1218,7 +1207,7 @@ void scaled_case(test_case& c, bool with_nulls = false) {
                                          handed_over(destination, i, null.destination), uint32_t(ow),
                                          uint32_t(oh), handed_over(scratch, i, null.scratch));
            });
-    const bool open = picture_is_open(after, kind);
+    const bool open = ref::picture_is_open(after, kind);
     c.compare_windows(
         "source", [&](int i) { return source.of(i); }, 0, 0);
     c.compare_windows(

@@ -112,6 +112,15 @@ void last_resort(format kind, const uint8_t* source, uint8_t* destination, uint3
 
 }  // namespace
 
+bool picture_is_open(const state& s, format kind) {
+  const bool bulk = s.quality == 3 || s.quality == 13;
+  if (!bulk) return false;
+  const int T = s.frame_width / 16, N = s.frame_height / 2;
+  if (kind == format::i420 && s.decimation < 0 && s.out_height < 2 * s.frame_height) return true;
+  const bool halves = s.decimation > 0 || (s.quality == 13 && s.decimation != 0);
+  return halves ? T % 4 != 0 || N % 2 != 0 : T % 2 != 0;
+}
+
 const std::vector<int64_t>& open_bytes() {
   return last_open_bytes;
 }

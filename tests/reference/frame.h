@@ -13,13 +13,15 @@
 
 namespace ref {
 
+// Whether the rules leave the picture of a frame open: incomplete groups of the frame-at-once qualities, and doubled cells
+// in I420 whose planes overlap because black lines of a negative count took rows away.
+bool picture_is_open(const state& s, format kind);
 // Offsets in the last frame that this thread put out of bytes that no rule settles (canvas.h).
 const std::vector<int64_t>& open_bytes();
 
 bool process_frame(state& s, format kind, uint8_t* source, uint8_t* destination, uint32_t width,
                    uint32_t height, uint32_t stride);
 
-enum class ending { none, deci_2_1, intp_1_2, intp_1_2_stride, intp_1_4_stride };
 bool wrapper(state& s, format kind, ending name, uint8_t* source, uint8_t* destination, uint32_t width,
              uint32_t height);
 bool scaling_wrapper(state& s, format kind, uint8_t* source, uint32_t width, uint32_t height, uint32_t stride,

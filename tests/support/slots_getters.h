@@ -1,5 +1,5 @@
-// The plain getters and the 256-byte tables, by name, for the two sides of slots.h. For this purpose alone; no guard:
-// each side includes it once.
+// The plain getters and the 256-byte tables, by name, for the two sides of slots.h.
+#pragma once
 
 // Every plain getter with the expression that the reference has for it.
 #define PLAIN_GETTERS(GET)                                                                                  \
