@@ -1,7 +1,9 @@
-// The header in a C++ program.
-#include <ppl.h>
+// The header and the helpers in a C++ program.
+#include <ppl.hpp>
 
 int main() {
-  ppl_context* context = ppl_init();
-  return context && ppl_quality(context) == 15 && ppl_free(context) ? 0 : 1;
+  ppl::context context;
+  ppl::buffer mosaic(64 * 32);
+  const ppl::buffer picture = context.convert({mosaic, 64, 32}, ppl::format::rgb24);
+  return context.quality() == ppl::quality::full && picture.size() == 3 * 64 * 32 ? 0 : 1;
 }
