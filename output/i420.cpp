@@ -23,7 +23,7 @@ struct size_rule {
 
   template <bool kWhole>
   static void put_luma(output_writer& w, const finished_rows& rows, int first_tile, int tiles) {
-    const output_plan& plan = w.context->plan;
+    const output_offset_plan& plan = w.context->plan;
     const auto [blocks, x] = blocks_of(first_tile, tiles, kLumaTiles);
     if (blocks == 0) return;
     const int n = blocks * kBlock;
@@ -43,7 +43,7 @@ struct size_rule {
 
   template <bool kWhole>
   static void put_chroma(output_writer& w, const finished_rows& rows, int first_tile, int tiles) {
-    const output_plan& plan = w.context->plan;
+    const output_offset_plan& plan = w.context->plan;
     const output_kernels& k = *w.kernels;
     const auto [blocks, x] = blocks_of(first_tile, tiles, kChromaTiles);
     if (blocks == 0) return;

@@ -13,7 +13,7 @@ namespace {
 
 template <bool kWhole>
 void put_blocks(output_writer& w, const finished_rows& rows, int first_tile, int tiles) {
-  const output_plan& plan = w.context->plan;
+  const output_offset_plan& plan = w.context->plan;
   const output_kernels& k = *w.kernels;
   const int d = w.decimation;
   const byte_order order = order_of(w.format);

@@ -54,7 +54,7 @@ void widen_planes(const output_writer& w, const rgb_source& from, const plane_ro
 // ---- doubled rows, by runs or by clipped tiles
 
 void put_doubled(const output_writer& w, const finished_rows& rows) {
-  const output_plan& plan = w.context->plan;
+  const output_offset_plan& plan = w.context->plan;
   const int64_t pitch = plan.rgb24_pitch.row_pitch;
   for (int i = 0; i < 2; ++i) {
     const plane_rows wide = wide_planes(w);
@@ -75,7 +75,7 @@ void put_doubled(const output_writer& w, const finished_rows& rows) {
 // ---- halved rows
 
 void put_halved_row(const output_writer& w, const finished_rows& rows) {
-  const output_plan& plan = w.context->plan;
+  const output_offset_plan& plan = w.context->plan;
   const rgb_source full = finished_planes(w, rows, 0, false);
   const plane_rows half = wide_planes(w);
   for (int i = 0; i < 3; ++i) w.rows->halve(half.plane[i], full.plane[i], w.width / 2, w.h_mirror);

@@ -13,7 +13,7 @@ namespace {
 
 // One pixel of each pair: the even column, under the mirror the odd one.
 void put_halved(output_writer& w, const finished_rows& rows) {
-  const output_plan& plan = w.context->plan;
+  const output_offset_plan& plan = w.context->plan;
   uint8_t* const full[3] = {w.planes, w.planes + kPlanePitch, w.planes + 2 * kPlanePitch};
   uint8_t* const half[3] = {w.planes + 3 * kPlanePitch, w.planes + 4 * kPlanePitch,
                             w.planes + 5 * kPlanePitch};
@@ -38,7 +38,7 @@ void put_halved(output_writer& w, const finished_rows& rows) {
 
 // Tile by tile, since each reads what the one before it stored.
 void put_doubled(output_writer& w, const finished_rows& rows) {
-  const output_plan& plan = w.context->plan;
+  const output_offset_plan& plan = w.context->plan;
   const int64_t pitch = plan.rgb24_pitch.row_pitch;
   uint8_t plane[2][3][16];
   uint8_t block[96];

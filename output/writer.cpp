@@ -69,7 +69,7 @@ void put_rgb_rows(const output_writer& w, const finished_rows& rows, int pixel_b
 
 output_writer make_writer(const frame_job& job, quality_rules quality) {
   ppl_context& c = *job.context;
-  const start_offsets start = output_start(&c, job.format);
+  const start_pointers start = start_pointers_of(&c, job.format);
   const bool doubled = c.decimation < 0;
   output_writer w = {};
   w.put = job.format == out_format::i420    ? put_i420

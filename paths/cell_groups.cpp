@@ -52,8 +52,8 @@ void store_groups(const cell_frame& f, const made_rows& rows, group_walk& w) {
 }  // namespace
 
 group_walk start_groups(const cell_frame& f) {
-  const output_plan& plan = f.context->plan;
-  const start_offsets start = output_start(f.context, f.job->format);
+  const output_offset_plan& plan = f.context->plan;
+  const start_pointers start = start_pointers_of(f.context, f.job->format);
   group_walk w = {};
   w.luma = start.bulk;
   w.u = int64_t{f.context->out_pixels} + start.bulk_chroma;

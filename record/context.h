@@ -40,8 +40,10 @@ struct rgb32 {
   uint32_t r, g, b;
 };
 
-// Steps and offsets in bytes by which output pointers move; see record/output_plan.h for every rule.
-struct output_plan {
+// Steps and offsets in bytes by which output pointers move; record/output_plan.cpp has every rule. The plan is whole: a
+// figure for each step of each layout, in this order. Nothing reads the last_source and chroma_last_source of the bulk
+// groups, the quarter offsets, the bulk figures of `packed`, and of a pitch anything but row_pitch.
+struct output_offset_plan {
   struct {
     int32_t left_offset, right_offset, row_0_offset, row_1_offset, group_step, row_step, last_source;
     int32_t chroma_group_step, chroma_row_step, chroma_last_source;
@@ -73,7 +75,7 @@ struct output_plan {
     int32_t zero, tile_offset, row_pitch, row_pitch_and_tile_offset;
   } i420_pitch, packed_pitch, rgb24_pitch, rgb32_pitch;
 };
-static_assert(sizeof(output_plan) == kPlanValues * sizeof(int32_t));
+static_assert(sizeof(output_offset_plan) == kPlanValues * sizeof(int32_t));
 
 // What the tile pipeline hands from step to step and, for these few, from frame to frame. Nothing initialises
 // them but the clearing of the pool: they survive frames, paths, ppl_free and ppl_init.
@@ -124,7 +126,7 @@ struct alignas(64) ppl_context {
   int32_t grid_first_tile, grid_end_tile, grid_first_row_pair, grid_end_row_pair, grid_tiles, grid_row_pairs;
   int32_t cell_tiles, cell_row_pairs, tiles_per_row, row_pairs;
   int32_t stats_scale_table[ppl::kStatsScales];
-  ppl::output_plan plan;
+  ppl::output_offset_plan plan;
   int32_t mark_position;
   uint8_t claimed_flag;
   uint8_t P3_only;

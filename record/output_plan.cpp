@@ -41,7 +41,7 @@ int32_t luma_row_step(const terms& t, int32_t rows) {
   return t.v * rows * t.w - t.s * t.w;
 }
 
-void plan_i420(const terms& t, output_plan* p) {
+void plan_i420(const terms& t, output_offset_plan* p) {
   const int32_t w = t.w, d = t.d, v = t.v, half = w / 2;
   const int32_t mirrored_tile = t.h ? 16 : 0;
   auto& o = p->i420;
@@ -73,7 +73,7 @@ void plan_i420(const terms& t, output_plan* p) {
 }
 
 // YUYV and UYVY; reads what plan_i420 wrote.
-void plan_packed(const terms& t, output_plan* p) {
+void plan_packed(const terms& t, output_offset_plan* p) {
   const int32_t w = t.w, d = t.d;
   auto& o = p->packed;
   o.tile_step = t.s * 32 * t.m;
@@ -99,7 +99,7 @@ void plan_packed(const terms& t, output_plan* p) {
   p->packed_pitch = {0, t.s * 32, t.v * 2 * w, t.v * 2 * w + t.s * 32};
 }
 
-void plan_rgb24(const terms& t, output_plan* p) {
+void plan_rgb24(const terms& t, output_offset_plan* p) {
   const int32_t w = t.w, d = t.d, r = t.r;
   auto& o = p->rgb24;
   o.tile_step = t.shrunk ? t.s * 24 : t.s * 48 * t.m;
@@ -127,7 +127,7 @@ void plan_rgb24(const terms& t, output_plan* p) {
 }
 
 // RGB32 has no steps of its own for double size.
-void plan_rgb32(const terms& t, output_plan* p) {
+void plan_rgb32(const terms& t, output_offset_plan* p) {
   const int32_t w = t.w;
   auto& o = p->rgb32;
   o.tile_step = t.shrunk ? t.s * 32 : t.s * 64;
@@ -149,10 +149,10 @@ struct extent {
   int64_t w, n, q;  // out_width, out_pixels, out_quarter_pixels
 };
 
-start_offsets start_i420(const terms& t, const extent& e) {
+start_pointers start_i420(const terms& t, const extent& e) {
   const int64_t w = e.w, half = e.w / 2;
   const int64_t group = t.doubled ? 64 : 32, chroma_group = t.doubled ? 32 : 16;
-  start_offsets o = {};
+  start_pointers o = {};
   switch (t.state) {
     case 1:
       o.stage = w - 16;
@@ -178,8 +178,8 @@ start_offsets start_i420(const terms& t, const extent& e) {
   return o;
 }
 
-start_offsets start_packed(const terms& t, const extent& e) {
-  start_offsets o = {};
+start_pointers start_packed(const terms& t, const extent& e) {
+  start_pointers o = {};
   switch (t.state) {
     case 1:
       o.stage = e.w - 16;
@@ -200,9 +200,9 @@ start_offsets start_packed(const terms& t, const extent& e) {
   return {2 * o.stage, 0, 2 * o.bulk, 0, 2 * o.third};
 }
 
-start_offsets start_rgb24(const terms& t, const extent& e) {
+start_pointers start_rgb24(const terms& t, const extent& e) {
   const int64_t tile = t.doubled ? 32 : t.shrunk ? 8 : 16, group = t.doubled ? 64 : 32;
-  start_offsets o = {};
+  start_pointers o = {};
   switch (t.state) {
     case 0:
       o.stage = e.n - e.w;
@@ -222,9 +222,9 @@ start_offsets start_rgb24(const terms& t, const extent& e) {
   return {3 * o.stage, 0, 3 * o.bulk, 0, 0};
 }
 
-start_offsets start_rgb32(const terms& t, const extent& e) {
+start_pointers start_rgb32(const terms& t, const extent& e) {
   const int64_t tile = t.shrunk ? 8 : 16;
-  start_offsets o = {};
+  start_pointers o = {};
   switch (t.state) {
     case 0:
       o.stage = e.n - e.w;
@@ -255,7 +255,7 @@ bool rebuild_output_plan(ppl_context* c) {
   return true;
 }
 
-start_offsets output_start(const ppl_context* c, out_format format) {
+start_pointers start_pointers_of(const ppl_context* c, out_format format) {
   const terms t = terms_of(c);
   const extent e = {c->out_width, c->out_pixels, c->out_quarter_pixels};
   switch (format) {

@@ -49,7 +49,7 @@ struct matrix_vectors {
 };
 
 struct colour_out {
-  uint8_t *luma, *chroma, *plane3;  // no chroma, no third plane: null
+  uint8_t* plane[3];  // Y and chroma words, or three planes; no chroma, no third plane: null
 };
 
 enum class colour_form { luma, luma_chroma, three_planes };
@@ -57,22 +57,22 @@ enum class colour_form { luma, luma_chroma, three_planes };
 template <colour_form kForm, class V>
 PPL_INLINE void put_colours(const colour_out& o, const matrix_vectors<V>& m, int x, const colours<V>& c) {
   if constexpr (kForm == colour_form::three_planes) {
-    store(o.luma + x, m.plane(0, c));
-    store(o.chroma + x, m.plane(1, c));
-    store(o.plane3 + x, m.plane(2, c));
+    store(o.plane[0] + x, m.plane(0, c));
+    store(o.plane[1] + x, m.plane(1, c));
+    store(o.plane[2] + x, m.plane(2, c));
   } else {
-    store(o.luma + x, join_shifted8<6>(m.even_row(0, c), m.odd_row(0, c)));
+    store(o.plane[0] + x, join_shifted8<6>(m.even_row(0, c), m.odd_row(0, c)));
     if constexpr (kForm == colour_form::luma_chroma) {
-      store(o.chroma + x, m.join_biased(m.even_row(1, c), m.even_row(2, c), set16<V>(128 << 6)));
+      store(o.plane[1] + x, m.join_biased(m.even_row(1, c), m.even_row(2, c), set16<V>(128 << 6)));
     }
   }
 }
 // Runs body<form>() for the form that the outputs ask for.
 template <class Body>
 PPL_INLINE void with_colour_form(const colour_out& o, Body&& body) {
-  if (o.plane3 != nullptr)
+  if (o.plane[2] != nullptr)
     body.template operator()<colour_form::three_planes>();
-  else if (o.chroma != nullptr)
+  else if (o.plane[1] != nullptr)
     body.template operator()<colour_form::luma_chroma>();
   else
     body.template operator()<colour_form::luma>();

@@ -134,8 +134,8 @@ static void demosaic(const demosaic_args& a, int i) {
                                   a.flat_r,
                                   a.flat_g,
                                   a.flat_b};
-  const colour_out out = {a.plane[0][i], in_bits(a.with_chroma, i) ? a.plane[1][i] : nullptr,
-                          a.plane[2] != nullptr ? a.plane[2][i] : nullptr};
+  const colour_out out = {{a.plane[0][i], in_bits(a.with_chroma, i) ? a.plane[1][i] : nullptr,
+                           a.plane[2] != nullptr ? a.plane[2][i] : nullptr}};
   ((a.odd_row + i) & 1) != 0 ? demosaic_row<Interpolator, true>(source, *a.matrix, out, a.width)
                              : demosaic_row<Interpolator, false>(source, *a.matrix, out, a.width);
 }

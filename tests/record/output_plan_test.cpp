@@ -6,8 +6,8 @@ namespace {
 
 using ppl::out_format;
 
-struct output_plan : ctl::controls {
-  const ppl::output_plan& plan = c->plan;
+struct output_offset_plan : ctl::controls {
+  const ppl::output_offset_plan& plan = c->plan;
 
   void state(bool h, bool v, int d) {
     ASSERT_EQ(ppl_set_h_mirror(c, h), 1);
@@ -26,7 +26,7 @@ struct output_plan : ctl::controls {
   void state_320(bool h, bool v, int d) { state_of(320, 240, h, v, d); }
 };
 
-TEST_F(output_plan, no_mirrors_at_640) {
+TEST_F(output_offset_plan, no_mirrors_at_640) {
   state_640(false, false, 0);
   EXPECT_EQ(plan.i420.luma_tile_step, 16);
   EXPECT_EQ(plan.i420.luma_row_step, 640);
@@ -35,22 +35,22 @@ TEST_F(output_plan, no_mirrors_at_640) {
   EXPECT_EQ(plan.rgb32.row_step, -7616);
 }
 
-TEST_F(output_plan, both_mirrors_doubled_to_640) {
+TEST_F(output_offset_plan, both_mirrors_doubled_to_640) {
   state_640(true, true, -1);
   EXPECT_EQ(plan.i420.luma_row_step, -1920);
   EXPECT_EQ(plan.rgb24.row_step, 9504);
 }
 
-TEST_F(output_plan, does_not_depend_on_the_height) {
+TEST_F(output_offset_plan, does_not_depend_on_the_height) {
   state_640(true, false, -1);
-  const ppl::output_plan before = plan;
+  const ppl::output_offset_plan before = plan;
   ASSERT_EQ(ppl_set_decimation(c, -1, 40, 8), 1);
   EXPECT_EQ(std::memcmp(&before, &plan, sizeof before), 0);
   ASSERT_EQ(ppl_new_frame_size(c, 320, 100, 320), 1);
   EXPECT_EQ(std::memcmp(&before, &plan, sizeof before), 0);
 }
 
-TEST_F(output_plan, a_mirror_takes_effect_with_no_other_call) {
+TEST_F(output_offset_plan, a_mirror_takes_effect_with_no_other_call) {
   state_640(false, false, 0);
   ppl_set_h_mirror(c, 1);
   EXPECT_EQ(plan.i420.luma_tile_step, -16);
@@ -65,13 +65,13 @@ TEST_F(output_plan, a_mirror_takes_effect_with_no_other_call) {
 }
 
 // The words of one state, in record order, worked out by hand for W = 640.
-std::vector<int> words(const ppl::output_plan& plan) {
+std::vector<int> words(const ppl::output_offset_plan& plan) {
   std::vector<int> v(79);
   std::memcpy(v.data(), &plan, sizeof plan);
   return v;
 }
 
-TEST_F(output_plan, all_words_without_mirrors) {
+TEST_F(output_offset_plan, all_words_without_mirrors) {
   state_640(false, false, 0);
   const std::vector<int> expected = {
       0,  16,    0,     640,   32, 640,   0,     16,    0,    640,                // I420 groups
@@ -86,7 +86,7 @@ TEST_F(output_plan, all_words_without_mirrors) {
   EXPECT_EQ(words(plan), expected);
 }
 
-TEST_F(output_plan, all_words_mirrored_horizontally_and_doubled) {
+TEST_F(output_offset_plan, all_words_mirrored_horizontally_and_doubled) {
   state_640(true, false, -1);
   const std::vector<int> expected = {
       32,  0,     0,     1280,  -64,   3200,  0,     -32,   960,   0,                   // I420 groups
@@ -101,7 +101,7 @@ TEST_F(output_plan, all_words_mirrored_horizontally_and_doubled) {
   EXPECT_EQ(words(plan), expected);
 }
 
-TEST_F(output_plan, all_words_mirrored_vertically_and_doubled) {
+TEST_F(output_offset_plan, all_words_mirrored_vertically_and_doubled) {
   state_640(false, true, -1);
   const std::vector<int> expected = {
       0,  32,    1280,  0,     64,    -3200, 1280,  32,    -960, 0,                // I420 groups
@@ -116,7 +116,7 @@ TEST_F(output_plan, all_words_mirrored_vertically_and_doubled) {
   EXPECT_EQ(words(plan), expected);
 }
 
-TEST_F(output_plan, all_words_with_both_mirrors_and_doubled) {
+TEST_F(output_offset_plan, all_words_with_both_mirrors_and_doubled) {
   state_640(true, true, -1);
   const std::vector<int> expected = {
       32,  0,     1280,  0,     -64,   -1920, 2560,  -32,   -320, 640,              // I420 groups
@@ -131,7 +131,7 @@ TEST_F(output_plan, all_words_with_both_mirrors_and_doubled) {
   EXPECT_EQ(words(plan), expected);
 }
 
-TEST_F(output_plan, all_words_with_both_mirrors_and_halved) {
+TEST_F(output_offset_plan, all_words_with_both_mirrors_and_halved) {
   for (int d : {1, 2}) {
     state_320(true, true, d);
     const int k = 2 * d - 1, f = 4 * d - 1, b = 2 * d + 1;
@@ -151,7 +151,7 @@ TEST_F(output_plan, all_words_with_both_mirrors_and_halved) {
   }
 }
 
-TEST_F(output_plan, rgb_row_steps_by_mirror_state) {
+TEST_F(output_offset_plan, rgb_row_steps_by_mirror_state) {
   struct {
     bool h, v;
     int d, rgb24, rgb32, bulk24, bulk32;
@@ -192,7 +192,7 @@ struct picture {
   }
 };
 
-struct walk : output_plan, testing::WithParamInterface<std::tuple<bool, bool>> {
+struct walk : output_offset_plan, testing::WithParamInterface<std::tuple<bool, bool>> {
   bool h = std::get<0>(GetParam()), v = std::get<1>(GetParam());
 
   void prepare(int d) {
@@ -217,7 +217,7 @@ TEST_P(walk, tiles_of_luma_and_packed_at_equal_size) {
       {out_format::yuyv, 2, plan.packed.tile_step, plan.packed.row_step, plan.packed_pitch.row_pitch}};
   for (const auto& l : layouts) {
     const picture image = of(l.pixel);
-    int64_t at = ppl::output_start(c, l.format).stage;
+    int64_t at = ppl::start_pointers_of(c, l.format).stage;
     for (int p = 0; p < pairs(); ++p) {
       for (int t = 0; t < tiles(); ++t) {
         ASSERT_EQ(at, image.at(16 * t, 2 * p, 16)) << p << " " << t;
@@ -233,7 +233,7 @@ TEST_P(walk, chroma_tiles_at_equal_size_and_halved) {
   for (int d : {0, 1}) {
     prepare(d);
     const picture image = chroma();
-    int64_t at = ppl::output_start(c, out_format::i420).stage_chroma;
+    int64_t at = ppl::start_pointers_of(c, out_format::i420).stage_chroma;
     for (int y = 0; y < image.h; ++y) {
       for (int x = 0; x < image.w; x += 16) {
         ASSERT_EQ(at, image.at(x, y, 16)) << x << " " << y;
@@ -253,7 +253,7 @@ TEST_P(walk, tiles_of_luma_and_packed_halved) {
                  {out_format::uyvy, 2, plan.packed.tile_step, plan.packed.row_step}};
   for (const auto& l : layouts) {
     const picture image = of(l.pixel);
-    int64_t at = ppl::output_start(c, l.format).stage;
+    int64_t at = ppl::start_pointers_of(c, l.format).stage;
     for (int y = 0; y < image.h; ++y) {
       for (int x = 0; x < image.w; x += 16) {
         ASSERT_EQ(at, image.at(x, y, 16)) << x << " " << y;
@@ -279,7 +279,7 @@ TEST_P(walk, tiles_of_luma_and_packed_doubled) {
   for (const auto& l : layouts) {
     const picture image = of(l.pixel);
     const int back = h ? 16 * l.pixel : 0;
-    int64_t at = ppl::output_start(c, l.format).stage;
+    int64_t at = ppl::start_pointers_of(c, l.format).stage;
     for (int p = 0; p < pairs(); ++p) {
       for (int t = 0; t < tiles(); ++t) {
         ASSERT_EQ(at - back, image.at(32 * t, 4 * p, 32)) << p << " " << t;
@@ -301,7 +301,7 @@ TEST_P(walk, chroma_tiles_doubled) {
   prepare(-1);
   const picture image = chroma();
   const int back = h ? 16 : 0;
-  int64_t at = ppl::output_start(c, out_format::i420).stage_chroma;
+  int64_t at = ppl::start_pointers_of(c, out_format::i420).stage_chroma;
   for (int p = 0; p < pairs(); ++p) {
     for (int x = 0; x < image.w; x += 32) {
       ASSERT_EQ(at - back, image.at(x, 2 * p, 32));
@@ -327,7 +327,7 @@ TEST_P(walk, rgb_tiles_at_equal_size) {
       {out_format::rgb32, 4, plan.rgb32.tile_step, plan.rgb32.row_step, plan.rgb32_pitch.row_pitch}};
   for (const auto& l : layouts) {
     const picture image = of(l.pixel, true);
-    int64_t at = ppl::output_start(c, l.format).stage;
+    int64_t at = ppl::start_pointers_of(c, l.format).stage;
     for (int p = 0; p < pairs(); ++p) {
       for (int t = 0; t < tiles(); ++t) {
         ASSERT_EQ(at, image.at(16 * t, 2 * p, 16)) << p << " " << t;
@@ -348,7 +348,7 @@ TEST_P(walk, rgb_tiles_halved) {
                  {out_format::rgb32, 4, plan.rgb32.tile_step, plan.rgb32.row_step}};
   for (const auto& l : layouts) {
     const picture image = of(l.pixel, true);
-    int64_t at = ppl::output_start(c, l.format).stage;
+    int64_t at = ppl::start_pointers_of(c, l.format).stage;
     for (int p = 0; p < pairs(); ++p) {
       for (int t = 0; t < tiles(); ++t) {
         ASSERT_EQ(at, image.at(8 * t, p, 8)) << p << " " << t;
@@ -364,7 +364,7 @@ TEST_P(walk, rgb24_tiles_doubled) {
   prepare(-1);
   const picture image = of(3, true);
   const int rows = h != v ? 2 : 4;
-  int64_t at = ppl::output_start(c, out_format::rgb24).stage;
+  int64_t at = ppl::start_pointers_of(c, out_format::rgb24).stage;
   for (int p = 0; p < pairs(); ++p) {
     for (int t = 0; t < tiles(); ++t) {
       ASSERT_EQ(at, image.at(32 * t, rows * p, 32)) << p << " " << t;
@@ -404,7 +404,7 @@ TEST_P(walk, groups_of_luma_packed_and_rgb24) {
     for (const auto& l : layouts) {
       const picture image = of(l.pixel, l.bottom_up);
       const int lower = d < 0 && v != l.bottom_up ? 1 : 0;
-      int64_t at = ppl::output_start(c, l.format).bulk;
+      int64_t at = ppl::start_pointers_of(c, l.format).bulk;
       for (int y = 0; y < image.h; y += 2 * m) {
         for (int x = 0; x < image.w; x += 32 * m) {
           SCOPED_TRACE(testing::Message() << "d " << d << " pixel " << l.pixel << " at " << x << ", " << y);
@@ -426,7 +426,7 @@ TEST_P(walk, groups_of_chroma) {
     const int m = d < 0 ? 2 : 1;
     const picture image = chroma();
     const int lower = d < 0 && v ? 1 : 0;
-    int64_t at = ppl::output_start(c, out_format::i420).bulk_chroma;
+    int64_t at = ppl::start_pointers_of(c, out_format::i420).bulk_chroma;
     for (int y = 0; y < image.h; y += m) {
       for (int x = 0; x < image.w; x += 16 * m) {
         ASSERT_EQ(at, image.at(x, y + lower, 16 * m)) << d << " " << x << " " << y;
@@ -442,7 +442,7 @@ TEST_P(walk, groups_of_rgb32) {
     prepare(d);
     const picture image = of(4, true);
     const auto& b = plan.bulk_rgb32;
-    int64_t at = ppl::output_start(c, out_format::rgb32).bulk;
+    int64_t at = ppl::start_pointers_of(c, out_format::rgb32).bulk;
     for (int y = 0; y < image.h; y += 2) {
       for (int x = 0; x < image.w; x += 32) {
         for (int row = 0; row < 2; ++row) {
@@ -461,62 +461,63 @@ INSTANTIATE_TEST_SUITE_P(mirrors, walk, testing::Combine(testing::Bool(), testin
 
 // ---- Starts by figure, in pixels times bytes per pixel.
 
-TEST_F(output_plan, starts_without_mirrors_are_at_the_first_row_in_memory_for_yuv_and_at_the_last_for_rgb) {
+TEST_F(output_offset_plan,
+       starts_without_mirrors_are_at_the_first_row_in_memory_for_yuv_and_at_the_last_for_rgb) {
   for (int d : {-1, 0, 1, 2}) {
     state_320(false, false, d);
     for (out_format f : {out_format::i420, out_format::yuyv, out_format::uyvy}) {
-      const ppl::start_offsets o = ppl::output_start(c, f);
+      const ppl::start_pointers o = ppl::start_pointers_of(c, f);
       EXPECT_EQ(o.stage, 0);
       EXPECT_EQ(o.stage_chroma, 0);
       EXPECT_EQ(o.bulk, 0);
       EXPECT_EQ(o.bulk_chroma, 0);
       EXPECT_EQ(o.third, 0);
     }
-    EXPECT_EQ(ppl::output_start(c, out_format::rgb24).stage, 239 * 320 * 3);
-    EXPECT_EQ(ppl::output_start(c, out_format::rgb24).bulk, (d < 0 ? 236 : 238) * 320 * 3);
-    EXPECT_EQ(ppl::output_start(c, out_format::rgb32).stage, 239 * 320 * 4);
-    EXPECT_EQ(ppl::output_start(c, out_format::rgb32).bulk, 238 * 320 * 4);
+    EXPECT_EQ(ppl::start_pointers_of(c, out_format::rgb24).stage, 239 * 320 * 3);
+    EXPECT_EQ(ppl::start_pointers_of(c, out_format::rgb24).bulk, (d < 0 ? 236 : 238) * 320 * 3);
+    EXPECT_EQ(ppl::start_pointers_of(c, out_format::rgb32).stage, 239 * 320 * 4);
+    EXPECT_EQ(ppl::start_pointers_of(c, out_format::rgb32).bulk, 238 * 320 * 4);
   }
 }
 
-TEST_F(output_plan, starts_under_both_mirrors) {
+TEST_F(output_offset_plan, starts_under_both_mirrors) {
   const int n = 320 * 240, q = n / 4;
   for (int d : {-1, 0, 1, 2}) {
     state_320(true, true, d);
-    const ppl::start_offsets i420 = ppl::output_start(c, out_format::i420);
+    const ppl::start_pointers i420 = ppl::start_pointers_of(c, out_format::i420);
     EXPECT_EQ(i420.stage, n - 16);
     EXPECT_EQ(i420.stage_chroma, q - 16);
     EXPECT_EQ(i420.bulk, d < 0 ? n - 64 - 3 * 320 : n - 32 - 320);
     EXPECT_EQ(i420.bulk_chroma, d < 0 ? q - 32 - 160 : q - 16);
-    const ppl::start_offsets packed = ppl::output_start(c, out_format::uyvy);
+    const ppl::start_pointers packed = ppl::start_pointers_of(c, out_format::uyvy);
     EXPECT_EQ(packed.stage, 2 * (n - 16));
     EXPECT_EQ(packed.bulk, 2 * (n - 320 - 32));
     EXPECT_EQ(packed.third, 2 * (n - 32));
-    const ppl::start_offsets rgb24 = ppl::output_start(c, out_format::rgb24);
+    const ppl::start_pointers rgb24 = ppl::start_pointers_of(c, out_format::rgb24);
     EXPECT_EQ(rgb24.stage, 3 * (320 - (d < 0 ? 32 : d > 0 ? 8 : 16)));
     EXPECT_EQ(rgb24.bulk, 3 * (320 - (d < 0 ? 64 : 32)));
-    const ppl::start_offsets rgb32 = ppl::output_start(c, out_format::rgb32);
+    const ppl::start_pointers rgb32 = ppl::start_pointers_of(c, out_format::rgb32);
     EXPECT_EQ(rgb32.stage, 4 * (320 - (d > 0 ? 8 : 16)));
     EXPECT_EQ(rgb32.bulk, 4 * (320 - 32));
   }
 }
 
-TEST_F(output_plan, the_third_pointer_of_packed_formats) {
+TEST_F(output_offset_plan, the_third_pointer_of_packed_formats) {
   const int n = 640 * 480;
   state_640(true, false, -1);
-  EXPECT_EQ(ppl::output_start(c, out_format::yuyv).third, 2 * (640 - 32));
+  EXPECT_EQ(ppl::start_pointers_of(c, out_format::yuyv).third, 2 * (640 - 32));
   state_640(false, true, -1);
-  EXPECT_EQ(ppl::output_start(c, out_format::yuyv).third, 2 * (n - 640));
+  EXPECT_EQ(ppl::start_pointers_of(c, out_format::yuyv).third, 2 * (n - 640));
 }
 
-TEST_F(output_plan, starts_count_black_lines_as_rows_of_the_frame) {
+TEST_F(output_offset_plan, starts_count_black_lines_as_rows_of_the_frame) {
   state_640(false, true, 0);
   ASSERT_EQ(ppl_set_decimation(c, 0, 8, 12), 1);
-  EXPECT_EQ(ppl::output_start(c, out_format::i420).stage, 640 * 499);
-  EXPECT_EQ(ppl::output_start(c, out_format::yuyv).stage, 2 * 640 * 499);
+  EXPECT_EQ(ppl::start_pointers_of(c, out_format::i420).stage, 640 * 499);
+  EXPECT_EQ(ppl::start_pointers_of(c, out_format::yuyv).stage, 2 * 640 * 499);
 }
 
-TEST_F(output_plan, bytes_of_a_frame) {
+TEST_F(output_offset_plan, bytes_of_a_frame) {
   state_640(false, false, 0);
   EXPECT_EQ(ppl::output_bytes(c, out_format::i420), 460800);
   EXPECT_EQ(ppl::output_bytes(c, out_format::yuyv), 614400);
