@@ -129,7 +129,7 @@ else()
 endif()
 add_custom_target(ppl_image ALL DEPENDS ppl.sys ppl.lib libppl.a)
 
-install(FILES ${PPL_ROOT}/include/ppl.h ${PPL_ROOT}/helpers/ppl_qualities.h
+install(FILES ${PPL_ROOT}/include/ppl.h ${PPL_ROOT}/helpers/ppl_qualities.h ${PPL_ROOT}/helpers/ppl_auto.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(FILES ${CMAKE_BINARY_DIR}/ppl.sys ${CMAKE_BINARY_DIR}/${PPL_SYMBOLS} DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES ${CMAKE_BINARY_DIR}/ppl.lib ${CMAKE_BINARY_DIR}/libppl.a DESTINATION ${CMAKE_INSTALL_LIBDIR})

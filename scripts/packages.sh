@@ -3,6 +3,7 @@
 PACKAGES_BUILD="g++ cmake ninja-build pkg-config"
 PACKAGES_TOOL="libcli11-dev nlohmann-json3-dev libpng-dev libcairo2-dev fonts-dejavu-core"
 PACKAGES_CHECK="clang libgtest-dev python3 binutils"
+PACKAGES_PHOTOGRAPHS="mate-backgrounds python3-skimage imagemagick"
 PACKAGES_GSTREAMER="libgstreamer-plugins-base1.0-dev gstreamer1.0-tools"
 PACKAGES_KERNEL="g++-mingw-w64-x86-64-win32 clang-19 lld-19 llvm-19 wine wine64 osslsigncode openssl"
 
