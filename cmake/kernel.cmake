@@ -129,7 +129,8 @@ else()
 endif()
 add_custom_target(ppl_image ALL DEPENDS ppl.sys ppl.lib libppl.a)
 
-install(FILES ${PPL_ROOT}/include/ppl.h ${PPL_ROOT}/helpers/ppl_qualities.h ${PPL_ROOT}/helpers/ppl_auto.h
+file(GLOB PPL_HELPERS CONFIGURE_DEPENDS ${PPL_ROOT}/helpers/*.h ${PPL_ROOT}/helpers/*.hpp)
+install(FILES ${PPL_ROOT}/include/ppl.h ${PPL_HELPERS}
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(FILES ${CMAKE_BINARY_DIR}/ppl.sys ${CMAKE_BINARY_DIR}/${PPL_SYMBOLS} DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES ${CMAKE_BINARY_DIR}/ppl.lib ${CMAKE_BINARY_DIR}/libppl.a DESTINATION ${CMAKE_INSTALL_LIBDIR})
