@@ -7,8 +7,8 @@
 namespace ppl::cells {
 namespace {
 
-// The rows of a row pair once widened, and those of the row pair before. In place they stand in the frame; in a
-// clipped frame they are made aside, three sets in turn, because a row that falls outside still shapes its
+// The rows of a row pair once widened, and those of the row pair before. In place they are rows of the frame; in
+// a clipped frame they are made aside, three sets in turn, because a row that falls outside still shapes its
 // neighbours.
 struct doubled_rows {
   // Luma, or the format's rows; `before` is the second of the row pair before.

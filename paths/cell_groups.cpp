@@ -80,7 +80,7 @@ group_walk start_groups(const cell_frame& f) {
 void place_groups(const cell_frame& f, group_walk& walk, int p) {
   ppl_context* const c = f.context;
   made_rows rows = {{packed_row(c, 0), packed_row(c, 1)}, nullptr, nullptr};
-  if (f.job->format == out_format::i420) {  // behind the luma, which fills a quarter of a packed row
+  if (f.job->format == out_format::i420) {  // after the luma, which fills a quarter of a packed row
     rows.u = packed_row(c, 0) + kPackedPitch / 2;
     rows.v = packed_row(c, 1) + kPackedPitch / 2;
   }

@@ -29,8 +29,8 @@ cell_frame plan_frame(const frame_job& job, const quality_row& q) {
   f.doubled = c->decimation < 0 && !f.grey && job.format != out_format::rgb32;
   const bool drifts = c->decimation < 0 && !f.doubled;
   f.pixels = f.doubled ? 2 * f.columns : f.halved ? f.columns / 2 : f.columns;
-  // A doubled picture has one row more, the copy at its end: behind the last row, or, where rows run upwards, below the
-  // first, which then lies one row above the bottom.
+  // A doubled picture has one row more, the copy at its end: after the last row or, where rows run upwards, below
+  // the first, which then lies one row above the bottom.
   const bool upwards = is_rgb(job.format) == (c->v_mirror == 0);
   const auto lay_out = [&](int below) {
     return lay_out_rows(c, job.format, f.pixels, upwards, f.mirrored, below);

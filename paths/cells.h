@@ -1,11 +1,11 @@
-// Qualities 3 and 13: row pair by row pair, each cell from its own four samples, with no neighbourhood.
+// Frames made cell by cell, row pair after row pair: a cell's colours come from its own four samples.
 //
-// Every row pair passes the front end in place; then its rows are brought to planes, and the planes to rows of the
-// format (cell_rows.cpp), the latter by the kernels of the output stage. Three ways lead into the caller's frame,
-// chosen once per frame:
-//   in place   the ordinary frame: rows stand where the mirrors and the decimation put them, all of them inside
-//   by groups  the pointers of the plan, moved literally, 32 columns of two rows at a time, every store clipped:
-//              pictures whose pointers drift, and black lines that push rows out of the frame (cell_groups.cpp)
+// A row pair passes the front end in place. Its samples then become planes, and the planes rows of the format, by the
+// kernels of the output stage (cell_rows.cpp). There are three ways to place these rows; which one a frame takes is
+// decided once:
+//   in place   the ordinary frame: mirrors and decimation say where each row belongs, and all of them lie inside
+//   by groups  along the pointers of the plan, 32 columns of two rows at a time, every store cut to the frame: pictures
+//              whose pointers drift, and black lines that push rows out of the frame (cell_groups.cpp)
 //   clipped    the doubled picture (cell_doubled.cpp) where not all of its rows are inside
 #pragma once
 
@@ -45,7 +45,7 @@ inline uint8_t* packed_row(ppl_context* c, int row) {
   return c->ring_pool + kPackedBase + row * kPackedPitch;
 }
 
-// RGB planes stand where the YUV ones do.
+// RGB planes have the rows of the YUV ones.
 constexpr plane_row kG0 = kLuma0, kG1 = kLuma1, kR = kU, kB = kV;
 
 enum class placing : uint8_t { in_place, by_groups, clipped };

@@ -61,7 +61,7 @@ constexpr stage_list plan_stages(const quality_row& q, bool medium_filter, bool 
 }
 
 constexpr bool forms_planes(const quality_row& q, out_format format) {
-  return (format == out_format::rgb24 || format == out_format::rgb32) && q.rgb != rgb_form::yuv_words;
+  return is_rgb(format) && q.rgb != rgb_form::yuv_words;
 }
 
 // Every quality's rings have their place, whatever the format.
@@ -90,9 +90,7 @@ void load_matrix(walk& w, rgb_form rgb) {
       w.matrix.offset[row].lane[lane] = 32;
     }
     if (!chroma)
-      w.matrix.offset[row] = !w.three_planes ? c.luma_offset
-                             : yuv2          ? c.yuv2_offset
-                                             : c.rgb_offset_vector;
+      w.matrix.offset[row] = !w.three_planes ? c.luma_offset : yuv2 ? c.yuv2_offset : c.rgb_offset_vector;
   }
 }
 

@@ -7,9 +7,9 @@ A kernel stack is 24 KB in all and belongs to everything above the library too. 
 bytes, from the unwind data, and 8 for every return address. Recursion, frames of variable size and code that touches
 the stack without unwind data are errors.
 
-An indirect call is taken to reach every function that stands in a level's tables (tile, path, output, convert,
-scaler); if its address visibly comes from a field of such a table, the functions in that field. All other functions whose address
-is taken must be covered by POINTERS below, which tells by their parameters which callers reach them.
+An indirect call is taken to reach every function in a level's tables (row, tile, path, output, convert, scaler); if its
+address visibly comes from a field of such a table, the functions in that field. All other functions whose address is
+taken must be covered by POINTERS below, which tells by their parameters which callers reach them.
 """
 
 import re
@@ -18,12 +18,13 @@ import sys
 from code_map import CodeMap
 from pe_image import Image
 
-TABLE = re.compile(r"(?:sse2|sse41)\d+(?:tile|path|output|convert|scaler)_tableE$")
+TABLE = re.compile(r"(?:sse2|sse41)\d+(?:row|tile|path|output|convert|scaler)_tableE$")
 # Callers, and the end of the mangled names of what they call through pointers that the code hands around.
 POINTERS = [
     (r"run_walk", r"ERNS_4walkERKNS_5stageEi"),
     (r"output_stage", r"ERNS_13output_writerEiRKNS_13finished_rowsE"),
     (r"run_cells_path", r"ERKNS0_10cell_frameE\w*"),
+    (r"5scaleEP11ppl_context|_scaling_stride$", r"P11ppl_contextRKNS0_11scaled_callE"),
     (r"run_raw_path|draw_top_down|draw_bottom_up", r"PKhRKNS0_4spanE"),
 ]
 
