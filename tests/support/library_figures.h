@@ -33,9 +33,11 @@ void library_read_back(const ppl_context* c, Take&& take) {
 #define GET(name, field) one(#name, static_cast<uint32_t>(ppl_##name(c)));
   PLAIN_GETTERS(GET)
 #undef GET
-#define GET(name)                                            \
-  for (int i = 0; i < 256; ++i) words[i] = ppl_##name(c)[i]; \
-  take(#name, static_cast<const uint32_t*>(words), 256u);
+  const auto table = [&](const char* name, const uint8_t* bytes) {
+    for (int i = 0; i < 256; ++i) words[i] = bytes[i];
+    take(name, static_cast<const uint32_t*>(words), 256u);
+  };
+#define GET(name) table(#name, ppl_##name(c));
   TABLES(GET)
 #undef GET
   one("sensor_type", ppl_sensor_type(c));
