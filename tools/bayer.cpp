@@ -74,7 +74,7 @@ void require_possible(const Job& job, const Controls& controls, Format format, u
   const Format route = is_picture(format)      ? picture_route(job)
                        : format == Format::y4m ? Format::i420
                                                : format;
-  const bool one_mirror = controls.h_mirror != controls.v_mirror;
+  const bool one_mirror = controls.h_mirror() != controls.v_mirror();
   const std::string what = text("quality ", q, " to ", name(format),
                                 d > 0   ? " at half size"
                                 : d < 0 ? " at double size"
@@ -95,7 +95,7 @@ void require_possible(const Job& job, const Controls& controls, Format format, u
   if (q == 15 && format == Format::rgb32)
     misuse("quality 15 makes no rgb32; use rgb24, or quality 0, 1, 2, 3, 10, 11 or 12");
   if (raw_quality(q)) {
-    if (controls.h_mirror || controls.v_mirror)
+    if (controls.h_mirror() || controls.v_mirror())
       misuse("quality ", q, " is the mosaic as it is: it has no mirrors");
     if (d < 0 || (d > 0 && format == Format::rgb24)) misuse(what, " isn't there; use full size");
   }
@@ -109,7 +109,7 @@ void require_possible(const Job& job, const Controls& controls, Format format, u
       misuse("rgb24 at double size takes both mirrors or none; use png or ppm");
     if ((route == Format::i420 || packed) && q >= 10 && q <= 12)
       misuse(what, " leaves rows out; use rgb24, or png or ppm by way of it, or another quality");
-    if (format == Format::yuyv && (q == 15 || (q == 2 && controls.medium_filter)))
+    if (format == Format::yuyv && (q == 15 || (q == 2 && controls.medium_filter())))
       misuse(what, " leaves rows out; use uyvy, i420, png or ppm");
   }
 
@@ -153,10 +153,10 @@ BayerWorker::BayerWorker(const Job& job, const Controls& controls, Format format
   ppl_set_decimation(c, job.decimation, 0, 0);
   // With one mirror the double-size RGB24 rows lie elsewhere: the mirrors are then left to the picture.
   if (is_picture(format) && route_ == Format::rgb24 && job.decimation < 0 &&
-      controls.h_mirror != controls.v_mirror) {
+      controls.h_mirror() != controls.v_mirror()) {
     ppl_reset_mirrors(c);
-    mirror_columns_ = controls.h_mirror;
-    mirror_rows_ = controls.v_mirror;
+    mirror_columns_ = controls.h_mirror();
+    mirror_rows_ = controls.v_mirror();
   }
   // YUYV rows are read 4 bytes beyond the last one.
   if (job.scale.width) scratch_.resize(frame_bytes(route_, job.frame.width, job.frame.height) + 64);

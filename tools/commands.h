@@ -10,5 +10,6 @@ void add_compare(CLI::App&);
 void add_stats(CLI::App&);
 void add_deinterlace(CLI::App&);
 void add_simulate(CLI::App&);
+void add_settings(CLI::App&);
 
 }  // namespace tool

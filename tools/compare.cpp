@@ -66,7 +66,7 @@ void Compare::run() {
   if (!ends_in_png(output)) misuse("the sheet is a PNG picture: end the output's name in .png, not ", output);
   refuse_same_file(frame.paths[0], output);
   if (!truth.empty()) refuse_same_file(truth, output);
-  if (controls.medium_filter) misuse("--medium-filter is shown beside its absence; leave the option out");
+  if (controls.medium_filter()) misuse("--medium-filter is shown beside its absence; leave the option out");
   for (const Kind& kind : kinds) require_possible(job(kind), controls, Format::png, frame.stride);
   controls.note_idle(0);
   const Bytes source = frame.read(Format::bayer);

@@ -1,57 +1,74 @@
-// The image controls as options of the command line, and their way into a context.
+// The image controls of one command: from its options, from a settings file, and into a context.
 #pragma once
 
 #include <ppl.h>
 
 #include <CLI/CLI.hpp>
-#include <functional>
-#include <memory>
+#include <array>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "bytes.h"
+#include "control_table.h"
 
 namespace tool {
 
+// What stands in a settings file; what it does not name keeps its default.
+struct Settings {
+  using Values = std::array<int32_t, 9>;
+  struct Lens {
+    std::array<int32_t, 4> numbers{lens_numbers[0].standard, lens_numbers[1].standard,
+                                   lens_numbers[2].standard, lens_numbers[3].standard};
+    std::optional<std::array<int32_t, 2>> origin;  // the middle of the frame
+  };
+  std::optional<uint32_t> quality;
+  std::array<std::optional<Values>, control_count> values;  // by the place in the table of controls
+  std::optional<Lens> lens;
+};
+
 class Controls {
  public:
-  // Adds an option for every control. The options' ranges are those of the library's setters.
+  // Adds --settings and an option for every control. The options' ranges are those of the library's setters.
   void add_options(CLI::App&);
 
-  // Sets what was given on the command line, in a context that stands at the defaults. The table is filled if the lens
-  // is corrected and must outlive the context's frames; width and height are those of the Bayer frame.
+  // What was given: by an option, else by the settings file.
+  Settings given() const;
+  // The quality of the settings file, unless the option was given.
+  void take_quality(const CLI::Option*, uint32_t& quality) const;
+
+  // Sets what was given, in a context that stands at the defaults. The table is filled if the lens is corrected and must
+  // outlive the context's frames; width and height are those of the Bayer frame.
   void apply(ppl_context*, uint32_t width, uint32_t height, Words& lens_table) const;
 
+  bool h_mirror() const { return flag("h_mirror"); }
+  bool v_mirror() const { return flag("v_mirror"); }
+  bool medium_filter() const { return flag("medium_filter"); }
   // The contrast in force; the library has no way to ask it.
-  int contrast() const { return *contrast_; }
+  int contrast() const;
 
   // A note for each option given that no picture of this quality depends on.
   void note_idle(uint32_t quality) const;
-
   // The first control option that was given, mirrors left out; empty if there is none.
   std::string first_given() const;
 
-  bool h_mirror = false, v_mirror = false;
-  bool medium_filter = false;
-
  private:
-  struct Given {
-    CLI::Option* option;
-    std::function<bool(ppl_context*)> set;
-  };
-  void number(CLI::App&, const std::string& names, const std::string& what, int low, int high, int standard,
-              uint8_t (*set)(ppl_context*, int), std::shared_ptr<int> value = {});
-  void numbers(CLI::App&, const std::string& names, const std::string& what, size_t count, int low, int high,
-               const std::string& standard, uint8_t (*set)(ppl_context*, const int*));
-  void flag(CLI::App&, const std::string& names, const std::string& what, uint8_t (*set)(ppl_context*));
-  bool set_lens(ppl_context*, uint32_t width, uint32_t height, Words& table) const;
+  void add_control(CLI::App&, size_t index);
+  void add_lens(CLI::App&);
+  bool flag(const char* key) const;
 
-  std::vector<Given> given_;
-  std::vector<CLI::Option*> lens_options_, idle_;
-  int f1_ = 16, f1_shift_ = 24, f2_ = 16, f2_shift_ = 44;
-  bool lens_ = false;
-  std::vector<int> origin_;
-  std::shared_ptr<int> contrast_ = std::make_shared<int>(0);
+  std::array<CLI::Option*, control_count> options_{};
+  std::vector<CLI::Option*> lens_options_;
+  CLI::Option *black_option_ = nullptr, *settings_option_ = nullptr;
+  Settings from_options_, from_file_;
+  Settings::Lens lens_;
+  bool lens_asked_ = false;
 };
+
+// The place of a control in the table by its key.
+size_t control_index(const std::string& key);
+
+// Sets values that were given; throws with the control's name if the library refuses one.
+void apply_settings(const Settings&, ppl_context*, uint32_t width, uint32_t height, Words& lens_table);
 
 }  // namespace tool

@@ -24,6 +24,7 @@ struct Convert {
   Job job;
   std::string input = "bayer", output, format, chroma, out_chroma, out_range, scale, via, rate = "25/1";
   unsigned jobs = 0;
+  CLI::Option* quality_option = nullptr;
 
   void run();
   void choose_standard(Format out);
@@ -92,7 +93,7 @@ void Convert::from_finished(Format in, Format out) {
   const Chroma meaning = chroma.empty()       ? (packed ? Chroma::decoder : Chroma::camera)
                          : chroma == "camera" ? Chroma::camera
                                               : Chroma::decoder;
-  FinishedFrames frames(in, out, job.frame, meaning, controls.h_mirror, controls.v_mirror);
+  FinishedFrames frames(in, out, job.frame, meaning, controls.h_mirror(), controls.v_mirror());
   FrameSink::Target where = target(out);
   FrameStream stream(frame, in, frame.recording() && is_picture(out));
   FrameSink sink(std::move(where));
@@ -105,6 +106,7 @@ void Convert::from_finished(Format in, Format out) {
 void Convert::run() {
   if (!scale.empty()) job.scale = parse_size("--scale", scale);
   job.frame = {frame.width, frame.height};
+  controls.take_quality(quality_option, job.quality);
   job.via_i420 = via.empty() ? best_via_i420(job.quality) : via == "i420";
   const Format out = output_format(output, format);
   const Format in = input == "bayer" ? Format::bayer : output_format("", input);
@@ -162,13 +164,14 @@ void add_convert(CLI::App& app) {
                    "Frames worked on at a time, 1 to 8 (default: as many as there are processors); the "
                    "result is the same")
       ->check(in_range(1, 8));
-  command
-      ->add_option(
-          "-q,--quality", state->job.quality,
-          "Reconstruction: 15 the default; 0, 1, 2 also with --medium-filter; 10, 11 smooth flat areas; "
-          "3 cell by cell; 12, 13 grey; 4 the raw mosaic")
-      ->capture_default_str()
-      ->check(in_range(0, 15));
+  state->quality_option =
+      command
+          ->add_option(
+              "-q,--quality", state->job.quality,
+              "Reconstruction: 15 the default; 0, 1, 2 also with --medium-filter; 10, 11 smooth flat areas; "
+              "3 cell by cell; 12, 13 grey; 4 the raw mosaic")
+          ->capture_default_str()
+          ->check(in_range(0, 15));
   command->add_option("--decimation", state->job.decimation, "1 half size, 0 full size, -1 double size")
       ->capture_default_str()
       ->check(in_range(-1, 1));

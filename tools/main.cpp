@@ -9,31 +9,9 @@
 
 #include "commands.h"
 #include "failure.h"
+#include "nearest.h"
 
 namespace {
-
-// Letters to change, add or drop to make one word of the other.
-size_t distance(const std::string& a, const std::string& b) {
-  std::vector<size_t> row(b.size() + 1);
-  for (size_t j = 0; j < row.size(); ++j) row[j] = j;
-  for (size_t i = 1; i <= a.size(); ++i) {
-    size_t corner = row[0];
-    row[0] = i;
-    for (size_t j = 1; j <= b.size(); ++j) {
-      const size_t above = row[j];
-      row[j] = std::min({above + 1, row[j - 1] + 1, corner + (a[i - 1] != b[j - 1])});
-      corner = above;
-    }
-  }
-  return row.back();
-}
-
-std::string nearest(const std::string& word, const std::vector<std::string>& known) {
-  const auto best = std::min_element(known.begin(), known.end(), [&](const auto& a, const auto& b) {
-    return distance(word, a) < distance(word, b);
-  });
-  return best != known.end() && distance(word, *best) <= 1 + word.size() / 3 ? *best : "";
-}
 
 std::string explain(const CLI::App& app, const CLI::ParseError& error, int count, char** words) {
   const auto chosen = app.get_subcommands();
@@ -45,8 +23,8 @@ std::string explain(const CLI::App& app, const CLI::ParseError& error, int count
     what = "a command is needed: ";
     for (size_t i = 0; i < known.size(); ++i)
       what += (i == 0 ? "" : i + 1 < known.size() ? ", " : " or ") + known[i];
-    if (count > 1 && !nearest(words[1], known).empty())
-      what += "; did you mean " + nearest(words[1], known) + "?";
+    if (count > 1 && !tool::nearest(words[1], known).empty())
+      what += "; did you mean " + tool::nearest(words[1], known) + "?";
   } else if (dynamic_cast<const CLI::ExtrasError*>(&error) && !chosen.empty()) {
     std::vector<std::string> known;
     for (const CLI::Option* option : chosen[0]->get_options())
@@ -55,7 +33,7 @@ std::string explain(const CLI::App& app, const CLI::ParseError& error, int count
     const std::string word = extras.empty() ? "" : extras[0].substr(0, extras[0].find('='));
     if (word.starts_with("-")) {
       what = "there is no option " + word;
-      const std::string guess = nearest(word, known);
+      const std::string guess = tool::nearest(word, known);
       if (!guess.empty()) what += "; did you mean " + guess + "?";
     }
   }
@@ -76,6 +54,7 @@ int main(int count, char** words) {
   tool::add_stats(app);
   tool::add_deinterlace(app);
   tool::add_simulate(app);
+  tool::add_settings(app);
   // A write that can't be done answers with an error, and the error is told.
   signal(SIGPIPE, SIG_IGN);
   signal(SIGXFSZ, SIG_IGN);

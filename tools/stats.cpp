@@ -22,6 +22,7 @@ struct Stats {
   Controls controls;
   uint32_t quality = 15;
   bool json = false;
+  CLI::Option* quality_option = nullptr;
   std::string output = "-";
 
   void run();
@@ -127,6 +128,7 @@ std::string table(const Json& s) {
 }
 
 void Stats::run() {
+  controls.take_quality(quality_option, quality);
   Job job;
   job.frame = {frame.width, frame.height};
   job.quality = quality;
@@ -153,9 +155,10 @@ void add_stats(CLI::App& app) {
   command->add_flag("--json", state->json, "Write JSON instead of a table");
   command->add_option("-o,--output", state->output, "File to write; - is standard output")
       ->capture_default_str();
-  command->add_option("-q,--quality", state->quality, "Reconstruction that gathers them")
-      ->capture_default_str()
-      ->check(in_range(0, 15));
+  state->quality_option =
+      command->add_option("-q,--quality", state->quality, "Reconstruction that gathers them")
+          ->capture_default_str()
+          ->check(in_range(0, 15));
   state->controls.add_options(*command);
   command->callback([state] { state->run(); });
 }
