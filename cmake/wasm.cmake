@@ -27,5 +27,9 @@ set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PPL_ROOT}/cmake
 list(TRANSFORM PPL_EXPORTS PREPEND --export= OUTPUT_VARIABLE PPL_WASM_EXPORTS)
 add_custom_command(OUTPUT ppl.wasm DEPENDS ${PPL_WASM_OBJECTS} COMMAND_EXPAND_LISTS VERBATIM
   COMMAND ${PPL_WASM_LD} --no-entry --stack-first -z stack-size=65536 --strip-debug --gc-sections
-    ${PPL_WASM_EXPORTS} --export=__heap_base -o ppl.wasm ${PPL_WASM_OBJECTS})
+    ${PPL_WASM_EXPORTS} -o ppl.wasm ${PPL_WASM_OBJECTS})
 add_custom_target(ppl_wasm ALL DEPENDS ${CMAKE_BINARY_DIR}/ppl.wasm)
+
+# The npm package, the tuning page and the tests under Node.
+enable_testing()
+add_subdirectory(${PPL_ROOT}/web)
