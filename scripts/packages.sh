@@ -5,6 +5,8 @@ PACKAGES_TOOL="libcli11-dev nlohmann-json3-dev libpng-dev libcairo2-dev fonts-de
 PACKAGES_CHECK="clang libgtest-dev python3 binutils"
 PACKAGES_PHOTOGRAPHS="mate-backgrounds python3-skimage imagemagick"
 PACKAGES_GSTREAMER="libgstreamer-plugins-base1.0-dev gstreamer1.0-tools"
+PACKAGES_WASM="clang-19 lld-19 wasi-libc"
+PACKAGES_PAGE="chromium"
 PACKAGES_KERNEL="g++-mingw-w64-x86-64-win32 clang-19 lld-19 llvm-19 wine wine64 osslsigncode openssl"
 
 # The packages of the list that are not installed.
@@ -48,4 +50,9 @@ install_optional_packages() {
     echo "== installing $package"
     try_install "$package" || echo "== $package can't be installed here; the tests that need it are skipped"
   done
+}
+
+# node and npm, from Debian where the commands are missing.
+install_node() {
+  command -v node >/dev/null && command -v npm >/dev/null || install_optional_packages nodejs npm
 }
