@@ -34,10 +34,10 @@ struct column {
   V sum[2], fall[2];  // of the three samples about the row; the one below less the one above
   PPL_INLINE_MEMBER explicit column(const V (&s)[4]) {
     const V middle = add16(s[1], s[2]);
-    for (int i = 0; i < 2; ++i) {
-      sum[i] = add16(middle, s[3 * i]);
-      fall[i] = sub16(s[i + 2], s[i]);
-    }
+    sum[0] = add16(middle, s[0]);
+    sum[1] = add16(middle, s[3]);
+    fall[0] = sub16(s[2], s[0]);
+    fall[1] = sub16(s[3], s[1]);
   }
 };
 
@@ -81,31 +81,46 @@ PPL_INLINE V left_of_even(const uint8_t* row, V samples, V finished) {
   return move_up16(odd(load<V>(row - V::size)), samples);
 }
 
+// f(0), f(1) ...: written out, whatever the optimizer thinks of loops, so that no array of vectors takes stack.
+template <int n, class F>
+PPL_INLINE void each_of(const F& f) {
+  f(0);
+  f(1);
+  if constexpr (n > 2) f(2);
+  if constexpr (n > 3) f(3);
+}
+
 template <bool kThreePlanes>
 PPL_INLINE void mosaic_edge_rows(const mosaic_edge_args& a) {
   const grey_matrix grey(*a.matrix);
   const edge_band band(*a.context);
   walk_padded(a.width, [&]<class V>(int x) {
-    V evens[4], odds[4], before[4], behind[4];
-    for (int r = 0; r < 4; ++r) {
+    V evens[4], odds[4];
+    each_of<4>([&](int r) __attribute__((always_inline)) {
       const V samples = load<V>(a.rows[r] + x);
       evens[r] = even(samples);
       odds[r] = odd(samples);
-      behind[r] = even(loadu<V>(a.rows[r] + x + 2));
-    }
-    const column<V> even_columns(evens), odd_columns(odds), next(behind);
+    });
+    const column<V> even_columns(evens), odd_columns(odds);
     V e_even[2], e_odd[2], y_odd[2];
-    for (int i = 0; i < 2; ++i) {
-      e_odd[i] = sharpened(band, i, odds[i + 1], even_columns, odd_columns, next);
-      y_odd[i] = clamp_u8_16(grey.at<0>(e_odd[i]));
+    {
+      V behind[4];
+      each_of<4>([&](int r) __attribute__((always_inline)) { behind[r] = even(loadu<V>(a.rows[r] + x + 2)); });
+      const column<V> next(behind);
+      each_of<2>([&](int i) __attribute__((always_inline)) {
+        e_odd[i] = sharpened(band, i, odds[i + 1], even_columns, odd_columns, next);
+        y_odd[i] = clamp_u8_16(grey.at<0>(e_odd[i]));
+      });
     }
-    const auto raw = [&](int r) { return odd(loadu<V>(a.rows[r] + x - 2)); };
-    for (int i = 0; i < 2; ++i)
+    V before[4];
+    const auto raw = [&](int r) __attribute__((always_inline)) { return odd(loadu<V>(a.rows[r] + x - 2)); };
+    each_of<2>([&](int i) __attribute__((always_inline)) {
       before[i + 1] = kThreePlanes ? raw(i + 1) : left_of_even(a.rows[i + 1] + x, odds[i + 1], y_odd[i]);
+    });
     before[0] = a.rows[0] == a.rows[2] ? before[2] : raw(0);
     before[3] = a.rows[3] == a.rows[1] ? before[1] : raw(3);
     const column<V> previous(before);
-    for (int i = 0; i < 2; ++i) {
+    each_of<2>([&](int i) __attribute__((always_inline)) {
       e_even[i] = sharpened(band, i, evens[i + 1], previous, even_columns, odd_columns);
       const V y = join_clamp8(grey.at<0>(e_even[i]), y_odd[i]);
       store(a.plane[0][i] + x, y);
@@ -117,7 +132,7 @@ PPL_INLINE void mosaic_edge_rows(const mosaic_edge_args& a) {
         if (a.plane[1][i] != nullptr)
           store(a.plane[1][i] + x, join_clamp8(grey.at<1>(e_even[i]), grey.at<2>(e_even[i])));
       }
-    }
+    });
   });
 }
 
