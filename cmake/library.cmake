@@ -6,7 +6,7 @@ function(ppl_objects name)
   add_library(${name} OBJECT ${ARGN})
   target_include_directories(${name} PUBLIC ${PPL_ROOT}/include PRIVATE ${PPL_ROOT})
   target_compile_definitions(${name} PRIVATE PPL_BUILDING)
-  target_compile_options(${name} PRIVATE ${PPL_WARNINGS} ${PPL_CORE_FLAGS})
+  target_compile_options(${name} PRIVATE ${PPL_WARNINGS} ${PPL_CORE_FLAGS} -fno-stack-protector)
   set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON
     CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
   if(PPL_SANITIZE)
@@ -43,13 +43,16 @@ add_library(ppl::ppl_static ALIAS ppl_static)
 foreach(lib ppl ppl_static ppl_test)
   target_include_directories(${lib} PUBLIC "$<BUILD_INTERFACE:${PPL_ROOT}/include;${PPL_ROOT}/helpers>"
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-  set_target_properties(${lib} PROPERTIES ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}
-    LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
+  set_target_properties(${lib} PROPERTIES ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}
+    LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
 endforeach()
-# C++ sources, but nothing of the C++ run-time library: the shared object depends on nothing.
+# C++ sources, but nothing of the C++ run-time library: the shared object needs three memory functions of the C library.
+# It calls its own functions directly, whatever else goes by their names, and has every address before it is first
+# called: no call pays the dynamic linker's stack, and the table of addresses is read-only.
 set_target_properties(ppl PROPERTIES LINK_DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/ppl.map
   SOVERSION 1 VERSION ${PROJECT_VERSION})
-target_link_options(ppl PRIVATE -Wl,--version-script=${CMAKE_CURRENT_BINARY_DIR}/ppl.map)
+target_link_options(ppl PRIVATE -Wl,--version-script=${CMAKE_CURRENT_BINARY_DIR}/ppl.map
+  -Wl,-Bsymbolic ${PPL_LINK_HARDENING})
 if(NOT PPL_SANITIZE)
   target_link_options(ppl PRIVATE -Wl,--no-undefined)
 else()

@@ -11,7 +11,15 @@ list(FILTER PPL_KERNEL_SOURCES INCLUDE REGEX "_kernels\\.cpp$")
 list(FILTER PPL_CORE_SOURCES EXCLUDE REGEX "_kernels\\.cpp$")
 
 set(PPL_WARNINGS -Wall -Wextra -Wshadow -Wconversion -Wno-sign-conversion -Wundef -Wcast-align
-  -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
+  -Wnon-virtual-dtor -Woverloaded-virtual)
+set(PPL_C_WARNINGS -Wall -Wextra -Wshadow)  # of C programs, and of code around other libraries' macros
+if(PPL_WERROR)
+  list(APPEND PPL_WARNINGS -Werror)
+  list(APPEND PPL_C_WARNINGS -Werror)
+endif()
+# Of programs around the library. The library itself goes without: it would import one more symbol.
+set(PPL_HARDENING -fstack-protector-strong)
+set(PPL_LINK_HARDENING -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 set(PPL_CORE_FLAGS -fno-exceptions -fno-rtti -fno-threadsafe-statics -fno-strict-aliasing)
 
 # The levels, with the compiler flags of each: one entry here, one in platform/, and what its instructions do better in

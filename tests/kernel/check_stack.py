@@ -162,7 +162,7 @@ def plain_name(mangled):
 
 def main():
     image = Image(sys.argv[1])
-    frame_limit, limit = (int(a) for a in (sys.argv[2:] + [2048, 4096])[:2])
+    frame_limit, limit = (int(a) for a in (sys.argv[2:] + [2048, 3584])[:2])
     stack = StackMap(CodeMap(image))
     for f in stack.code.functions:
         if f.frame_in_all > frame_limit:

@@ -76,9 +76,9 @@ CASES = [
     ("deep stack",
      "__attribute__((noinline)) int g(int a) { int b[300]; b[3] = a; return helper(b) + b[a & 3]; } "
      "int ppl_f(int a) { int b[300]; b[3] = a; return g(helper(b)) + b[a & 3]; }",
-     "__attribute__((noinline)) int h(int a) { int b[400]; b[3] = a; return helper(b) + b[a & 3]; } "
-     "__attribute__((noinline)) int g(int a) { int b[400]; b[3] = a; return h(helper(b)) + b[a & 3]; } "
-     "int ppl_f(int a) { int b[400]; b[3] = a; return g(helper(b)) + b[a & 3]; }", "stack", "bytes of stack"),
+     "__attribute__((noinline)) int h(int a) { int b[300]; b[3] = a; return helper(b) + b[a & 3]; } "
+     "__attribute__((noinline)) int g(int a) { int b[300]; b[3] = a; return h(helper(b)) + b[a & 3]; } "
+     "int ppl_f(int a) { int b[300]; b[3] = a; return g(helper(b)) + b[a & 3]; }", "stack", "bytes of stack"),
     ("recursion", "int ppl_f(int a) { return a; }",
      "int ppl_f(int a) { int b[8]; b[3] = a; return a > 2 ? ppl_f(helper(b)) * 3 + b[2] : 1; }", "stack", "recursion"),
     ("frame of variable size", "int ppl_f(int a) { int b[8]; b[3] = a; return helper(b); }",

@@ -54,11 +54,11 @@ extern "C" uint64_t kernel_image_thunk(uint64_t index, const uint64_t* registers
 int ppl_test_levels() {
   unsigned a, b, c, d;
   __cpuid(1, a, b, c, d);
-  return (c & bit_SSE4_1) != 0 ? 2 : 1;
+  return (c & bit_SSSE3) != 0 && (c & bit_SSE4_1) != 0 ? 2 : 1;
 }
 
 void ppl_test_force_level(int level) {
-  kernel_image::allow_sse41(kernel_image::image(), level != 0);
+  kernel_image::deny_features(kernel_image::image(), level == 0 ? bit_SSE4_1 | bit_SSE4_2 | bit_AVX : 0);
 }
 
 // What the Linux library's tests call to start from an empty pool: the image's load entry does it.

@@ -1,4 +1,5 @@
 // The kernel image as such: load entries, pool, stack guard, and the promises that every call is held to.
+#include <cpuid.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <string.h>
@@ -8,7 +9,9 @@
 #include <vector>
 
 #include "image_calls.h"
+#include "platform/levels.h"
 #include "ppl.h"
+#include "record/context.h"
 #include "support/level.h"
 
 extern "C" void ppl_clear_pool();
@@ -181,7 +184,7 @@ sets_direction:
   std
   ret
 uses_much_stack:
-  movl $1, -4092(%rsp)
+  movl $1, -3580(%rsp)
   ret
 changes_rounding:
   push $0x7f80
@@ -189,7 +192,7 @@ changes_rounding:
   pop %rax
   ret
 keeps_promises:
-  movl $1, -4084(%rsp)
+  movl $1, -3572(%rsp)
   lea (%rcx, %rdx, 2), %rcx
   lea (%rcx, %r8, 4), %rcx
   lea (%rcx, %r9, 8), %rax
@@ -207,7 +210,7 @@ TEST(KernelCallDeathTest, PromisesAreChecked) {
   EXPECT_DEATH(call_local(clobbers_rsi), "did not preserve a register among rbx");
   EXPECT_DEATH(call_local(clobbers_xmm9), "did not preserve a register among xmm6");
   EXPECT_DEATH(call_local(sets_direction), "direction flag");
-  EXPECT_DEATH(call_local(uses_much_stack), "took 41.. bytes of stack");
+  EXPECT_DEATH(call_local(uses_much_stack), "took 35.. bytes of stack");
   EXPECT_DEATH(call_local(changes_rounding), "rounding mode");
 }
 
@@ -215,6 +218,23 @@ TEST(KernelCall, PassesArguments) {
   // 1 + 2 x 2 + 4 x 3 + 8 x 4 in the upper half; the fifth and the fourteenth in the lower.
   const uint64_t sum = call_local(keeps_promises, {1, 2, 3, 4, 5, 0, 0, 0, 0, 0, 0, 0, 0, 600});
   EXPECT_EQ(sum, (uint64_t{49} << 32) + 605);
+}
+
+// The wider level uses SSSE3 and SSE4.1; where either is denied, it is not taken.
+TEST(KernelCall, WiderLevelNeedsBothItsFeatures) {
+  const auto level = [] {
+    ppl_context* const c = ppl_init();
+    const std::string name = c->kernels->name;
+    ppl_free(c);
+    return name;
+  };
+  for (const uint32_t denied : {bit_SSE4_1, bit_SSSE3}) {
+    kernel_image::deny_features(image(), static_cast<uint32_t>(denied));
+    EXPECT_EQ(level(), "sse2") << denied;
+  }
+  kernel_image::deny_features(image(), bit_AVX);
+  EXPECT_EQ(level(), ppl_test_levels() == 2 ? "sse41" : "sse2");
+  kernel_image::deny_features(image(), 0);
 }
 
 TEST(KernelCall, LevelsDiffer) {

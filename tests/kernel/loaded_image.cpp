@@ -145,7 +145,7 @@ void read_exports(const file_view& f, loaded_image& image) {
 
 // ---- The processor's answer
 
-bool sse41_allowed = true;
+uint32_t denied_features = 0;
 
 // Stands in for the image's cpuid instruction.
 void answer_cpuid(int, siginfo_t*, void* context) {
@@ -153,9 +153,7 @@ void answer_cpuid(int, siginfo_t*, void* context) {
   const auto leaf = static_cast<unsigned>(r[REG_RAX]);
   unsigned a, b, c, d;
   __cpuid_count(leaf, static_cast<unsigned>(r[REG_RCX]), a, b, c, d);
-  if (leaf == 1 && !sse41_allowed) {
-    c &= ~static_cast<unsigned>(bit_SSE4_1 | bit_SSE4_2 | bit_AVX);
-  }
+  if (leaf == 1) c &= ~denied_features;
   r[REG_RAX] = a;
   r[REG_RBX] = b;
   r[REG_RCX] = c;
@@ -348,13 +346,13 @@ size_t used_stack() {
 
 }  // namespace
 
-void allow_sse41(const loaded_image& image, bool allowed) {
+void deny_features(const loaded_image& image, uint32_t features) {
   static bool trapped = false;
-  if (!allowed && !trapped) {
+  if (features != 0 && !trapped) {
     trap_cpuid(image);
     trapped = true;
   }
-  sse41_allowed = allowed;
+  denied_features = features;
 }
 
 loaded_image load(const std::string& path) {

@@ -20,7 +20,7 @@
 namespace kernel_image {
 
 constexpr size_t kStackBytes = 24 * 1024;
-constexpr size_t kStackLimit = 4096;  // what an export may take of it
+constexpr size_t kStackLimit = 3584;  // what an export may take of it
 
 struct loaded_image {
   std::string path;
@@ -37,9 +37,9 @@ struct loaded_image {
 // Maps the file. Ends the process with a message if the file is not as expected.
 loaded_image load(const std::string& path);
 
-// Whether the image's one cpuid instruction, executed when an instance is claimed, tells of SSE4.1 as the processor
-// does, or denies it. The first denial replaces that instruction by a trap; until then the image is as it came.
-void allow_sse41(const loaded_image& image, bool allowed);
+// Features, as bits of ecx of leaf 1, that the image's one cpuid instruction, executed when an instance is claimed,
+// denies. The first denial replaces that instruction by a trap; until then the image is as it came.
+void deny_features(const loaded_image& image, uint32_t features);
 
 // Calls a function of the image. Up to 14 integer or pointer arguments.
 uint64_t call(const char* name, void* function, const std::vector<uint64_t>& arguments);
