@@ -15,8 +15,8 @@
 #include <utility>
 #include <vector>
 
-#include "level.h"
 #include "ppl.h"
+#include "support/level.h"
 
 extern "C" void ppl_clear_pool();
 
