@@ -1,5 +1,6 @@
 // Quality, statistics switch, mirrors, and the controls that only answer.
 #include "controls/defaults.h"
+#include "helpers/ppl_qualities.h"
 #include "record/context.h"
 
 using namespace ppl;
@@ -9,13 +10,13 @@ uint32_t ppl_quality(const ppl_context* c) {
 }
 
 uint8_t ppl_set_quality(ppl_context* c, uint32_t quality) {
-  if (quality > 15) return 0;
+  if (quality >= PPL_QUALITIES) return 0;
   c->quality = quality;
   return 1;
 }
 
 uint8_t ppl_reset_quality(ppl_context* c) {
-  return ppl_set_quality(c, kDefaultQuality);
+  return ppl_set_quality(c, PPL_QUALITY_DEFAULT);
 }
 
 uint8_t ppl_mean_collection(const ppl_context* c) {

@@ -5,7 +5,6 @@
 
 namespace ppl {
 
-constexpr uint32_t kDefaultQuality = 15;
 constexpr uint8_t kDefaultMeanCollection = 1;
 constexpr uint32_t kUnityGain = 256;                                                            // 8.8
 constexpr int32_t kDefaultSensorMatrix[9] = {389, -15, -120, -118, 509, -137, -19, -229, 503};  // 8.8

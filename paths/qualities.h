@@ -7,9 +7,17 @@
 #include "helpers/ppl_qualities.h"
 #include "paths/blocks.h"
 #include "record/context.h"
+#include "record/format.h"
 #include "record/quality.h"
 
 namespace ppl {
+
+// Both halves number the formats alike.
+static_assert(static_cast<int>(out_format::i420) == PPL_FORMAT_I420 &&
+              static_cast<int>(out_format::yuyv) == PPL_FORMAT_YUYV &&
+              static_cast<int>(out_format::uyvy) == PPL_FORMAT_UYVY &&
+              static_cast<int>(out_format::rgb24) == PPL_FORMAT_RGB24 &&
+              static_cast<int>(out_format::rgb32) == PPL_FORMAT_RGB32);
 
 // What the medium filter in front of a quality changes.
 struct quality_form {
