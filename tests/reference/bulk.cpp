@@ -14,7 +14,7 @@ namespace {
 using row_bytes = std::vector<uint8_t>;
 
 plan_input plan_of(const state& s) {
-  return {s.out_width, s.decimation, s.h_mirror != 0, s.v_mirror != 0};
+  return {s.out_width, s.decimation, s.h_mirror != 0, s.v_mirror != 0, s.out_pixels, s.out_quarter_pixels};
 }
 
 // The collecting tiles are those of odd index in row pairs of odd index; their partner is the tile before.
@@ -211,26 +211,23 @@ frame_rows layout(const state& s, format kind, canvas& out) {
 template <typename Luma, typename U, typename V>
 void walk_i420(const state& s, int width, int height, canvas& out, Luma&& luma, U&& u, V&& v) {
   const plan_input in = plan_of(s);
-  const bulk_plan plan = bulk_i420_plan(in);
-  const start from = bulk_start(format::i420, in, s.out_pixels, s.out_quarter_pixels);
-  int64_t l = from.main, c = s.out_pixels + from.chroma;
+  const group_walk plan = luma_groups(in), chroma_plan = chroma_groups(in);
+  int64_t l = plan.start, c = s.out_pixels + chroma_plan.start;
   const auto place_in_tile = [&](int i) { return in.h_mirror ? 15 - i : i; };
   for (int y = 0; y + 1 < height; y += 2) {
     for (int x = 0; x + 31 < width; x += 32) {
       for (int half = 0; half < 2; ++half)
         for (int k = 0; k < 2; ++k)
           for (int i = 0; i < 16; ++i)
-            out.store(l + (half ? plan.right_offset : plan.left_offset) +
-                          (k ? plan.row_1_offset : plan.row_0_offset) + place_in_tile(i),
-                      luma(x + 16 * half + i, y + k));
+            out.store(l + plan.half[half] + plan.row[k] + place_in_tile(i), luma(x + 16 * half + i, y + k));
       for (int i = 0; i < 16; ++i) out.store(c + place_in_tile(i), u(x / 2 + i, y / 2));
       for (int i = 0; i < 16; ++i)
         out.store(c + s.out_quarter_pixels + place_in_tile(i), v(x / 2 + i, y / 2));
       l += plan.group_step;
-      c += plan.chroma_group_step;
+      c += chroma_plan.group_step;
     }
     l += plan.row_step;
-    c += plan.chroma_row_step;
+    c += chroma_plan.row_step;
   }
 }
 
@@ -312,17 +309,16 @@ void put_cells_doubled(const state& s, const cells& c, format kind, canvas& out)
 // RGB32 has no doubling: the routine for full size walks with the plan of a doubled picture.
 void walk_rgb32(const state& s, const cells& c, canvas& out) {
   const plan_input in = plan_of(s);
-  const bulk_plan plan = bulk_rgb32_plan(in);
+  const group_walk plan = rgb32_groups(in);
   const bool h = in.h_mirror;
-  int64_t to = 4 * bulk_start(format::rgb32, in, s.out_pixels, s.out_quarter_pixels).main;
+  int64_t to = plan.start;
   for (int p = 0; p < c.rows; ++p) {
     for (int t = 0; t + 1 < s.tiles_per_row; t += 2) {
       for (int half = 0; half < 2; ++half)
         for (int k = 0; k < 2; ++k)
           for (int i = 0; i < 16; ++i) {
             const int x = 16 * (t + half) + (h ? 15 - i : i), y = 2 * p + k;
-            const int64_t pixel = to + (half ? plan.right_offset : plan.left_offset) +
-                                  (k ? plan.row_1_offset : plan.row_0_offset) + 4 * i;
+            const int64_t pixel = to + plan.half[half] + plan.row[k] + 4 * i;
             out.store(pixel, c.colour(2, y, x));
             out.store(pixel + 1, c.colour(1, y, x));
             out.store(pixel + 2, c.colour(0, y, x));
@@ -338,17 +334,15 @@ void walk_rgb32(const state& s, const cells& c, canvas& out) {
 // out. At double size it runs too, with the plan of a doubled picture, and leaves gaps.
 void walk_grey_half_rgb24(const state& s, const plane& f, canvas& out) {
   const plan_input in = plan_of(s);
-  const bulk_plan plan = bulk_rgb24_plan(in);
-  int64_t to = 3 * bulk_start(format::rgb24, in, s.out_pixels, s.out_quarter_pixels).main;
+  const group_walk plan = rgb24_groups(in);
+  int64_t to = plan.start;
   for (int p = 0; p + 1 < s.row_pairs; p += 2) {
     for (int t = 0; t + 3 < s.tiles_per_row; t += 4) {
       for (int k = 0; k < 2; ++k)
         for (int half = 0; half < 2; ++half)
           for (int i = 0; i < 16; ++i) {
             const int x = 16 * t + 32 * half + 2 * (in.h_mirror ? 15 - i : i), y = 2 * p + 2 * k;
-            out.fill(to + (half ? plan.right_offset : plan.left_offset) +
-                         (k ? plan.row_1_offset : plan.row_0_offset) + 3 * i,
-                     3, f(y, x));
+            out.fill(to + plan.half[half] + plan.row[k] + 3 * i, 3, f(y, x));
           }
       to += plan.group_step;
     }

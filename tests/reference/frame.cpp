@@ -79,9 +79,8 @@ bool dispatch(state& s, format kind, uint8_t* source, uint8_t* destination) {
     how.kind = kind;
     how.quality = s.quality;
     how.medium_filter = s.medium_filter_enabled != 0;
-    how.plan = {s.out_width, s.decimation, s.h_mirror != 0, s.v_mirror != 0};
-    how.out_pixels = s.out_pixels;
-    how.out_quarter_pixels = s.out_quarter_pixels;
+    how.plan = {s.out_width,     s.decimation, s.h_mirror != 0,
+                s.v_mirror != 0, s.out_pixels, s.out_quarter_pixels};
     place(reconstruct(s, source, kind), how, out);
   }
   out.commit();

@@ -134,10 +134,9 @@ bytes32 repeated(const bytes16& block) {
 }
 
 void walk::i420() {
-  const luma_plan plan = i420_plan(how.plan);
-  const start from = stage_start(format::i420, how.plan, how.out_pixels, how.out_quarter_pixels);
-  const int64_t W = how.plan.width, to_v = how.out_quarter_pixels;
-  int64_t l = from.main, c = how.out_pixels + from.chroma;
+  const tile_walk luma_plan = luma_walk(how.plan), chroma_plan = chroma_walk(how.plan);
+  const int64_t W = how.plan.width, to_v = how.plan.out_quarter_pixels;
+  int64_t l = luma_plan.start, c = how.plan.out_pixels + chroma_plan.start;
   // A mirrored tile of 32 bytes begins 16 bytes before its pointer.
   const int64_t back = d < 0 && h ? 16 : 0;
 
@@ -150,7 +149,7 @@ void walk::i420() {
       put(c, uu);
       put(c + to_v, vv);
     }
-    c += plan.chroma_tile_step;
+    c += chroma_plan.tile_step;
   };
 
   for (int p = 0; p < row_pairs; ++p) {
@@ -161,17 +160,17 @@ void walk::i420() {
         for (int k = 0; k < 2; ++k) {
           bytes16 y{};
           for (int i = 0; i < 16; ++i) y[size_t(i)] = luma(row + k, 16 * t + i);
-          put(l + k * plan.row_pitch, h ? reversed(y) : y);
+          put(l + k * luma_plan.row_pitch, h ? reversed(y) : y);
         }
-        l += plan.luma_tile_step;
+        l += luma_plan.tile_step;
       } else if (d < 0) {
-        for (int k = 0; k < 2; ++k) put(l - back + k * 2 * plan.row_pitch, widened_luma(row + k, t));
-        l += plan.luma_tile_step;
+        for (int k = 0; k < 2; ++k) put(l - back + k * 2 * luma_plan.row_pitch, widened_luma(row + k, t));
+        l += luma_plan.tile_step;
       } else if (odd) {
         bytes16 y{};
         for (int i = 0; i < 16; ++i) y[size_t(i)] = luma(row, 16 * (t - 1) + 2 * i);
         put(l, h ? reversed(y) : y);
-        l += plan.luma_tile_step;
+        l += luma_plan.tile_step;
       }
       if (d <= 0 && odd) {
         bytes16 u{}, v{};
@@ -190,10 +189,11 @@ void walk::i420() {
         put_chroma(u, v);
       }
     }
-    l += plan.luma_row_step;
-    if (d <= 0 || p % 2 == 1) c += plan.chroma_row_step;
+    l += luma_plan.row_step;
+    if (d <= 0 || p % 2 == 1) c += chroma_plan.row_step;
 
-    // Passes over whole rows. A mirrored row ends 16 bytes behind the pointer of its first tile.
+    // Passes over whole rows, counted back from the first row of the next row pair, four rows of luma and two of chroma
+    // on. A mirrored row ends 16 bytes behind the pointer of its first tile.
     const passes run = passes_of(p);
     const auto between = [&](int64_t row_start, int64_t length) {
       for (int64_t i = 0; i < length; ++i) {
@@ -206,24 +206,24 @@ void walk::i420() {
     };
     const int64_t l_row = h ? l + 16 - W : l;
     const int64_t c_row = h ? c + 16 - W / 2 : c;
-    // The fill values of the luma carry the 16 bytes by which a mirrored tile begins before its pointer.
-    if (run.inner) between(l_row + plan.luma_fill_1 + back, W);
+    const int64_t l_pitch = luma_plan.row_pitch, c_pitch = chroma_plan.row_pitch;
+    if (run.inner) between(l_row - 3 * l_pitch, W);
     if (run.outer) {
-      between(l_row + plan.luma_fill_2 + back, W);
-      between(c_row + plan.chroma_fill, W / 2);
-      between(c_row + plan.chroma_fill + to_v, W / 2);
+      between(l_row - 5 * l_pitch, W);
+      between(c_row - 3 * c_pitch, W / 2);
+      between(c_row - 3 * c_pitch + to_v, W / 2);
     }
     if (run.last_copy) {
-      copy(l_row + plan.luma_last_target, l_row + plan.luma_last_source, W);
-      copy(c_row + plan.chroma_last_target, c_row + plan.chroma_last_source, W / 2);
-      copy(c_row + plan.chroma_last_target + to_v, c_row + plan.chroma_last_source + to_v, W / 2);
+      copy(l_row - l_pitch, l_row - 2 * l_pitch, W);
+      copy(c_row - c_pitch, c_row - 2 * c_pitch, W / 2);
+      copy(c_row - c_pitch + to_v, c_row - 2 * c_pitch + to_v, W / 2);
     }
   }
 }
 
 void walk::packed() {
-  const packed_plan plan = yuyv_plan(how.plan);
-  int64_t at = 2 * stage_start(how.kind, how.plan, how.out_pixels, how.out_quarter_pixels).main;
+  const tile_walk plan = packed_walk(how.plan);
+  int64_t at = plan.start;
   const int64_t row_bytes = 2 * int64_t(how.plan.width);
   const int64_t back = d < 0 && h ? 32 : 0;
   const bool luma_first = how.kind == format::yuyv;
@@ -292,11 +292,11 @@ void walk::packed() {
       }
     };
     const int64_t row_start = h ? at + 32 - row_bytes : at;
-    if (run.inner) between(row_start + plan.fill_1 + back);
-    if (run.outer) between(row_start + plan.fill_2 + back);
+    if (run.inner) between(row_start - 3 * plan.row_pitch);
+    if (run.outer) between(row_start - 5 * plan.row_pitch);
     if (run.last_copy)
       for (int64_t i = 0; i < row_bytes; ++i)
-        out.copy(row_start + plan.last_target + i, row_start + plan.last_source + i);
+        out.copy(row_start - plan.row_pitch + i, row_start - 2 * plan.row_pitch + i);
   }
 }
 
@@ -322,8 +322,8 @@ void walk::rgb24_doubled(int64_t at, int row, int tile) {
 }
 
 void walk::rgb24() {
-  const rgb_plan plan = rgb24_plan(how.plan);
-  int64_t at = 3 * stage_start(format::rgb24, how.plan, how.out_pixels, how.out_quarter_pixels).main;
+  const tile_walk plan = rgb24_walk(how.plan);
+  int64_t at = plan.start;
   const int64_t row_bytes = 3 * int64_t(how.plan.width);
 
   struct tile_planes {
@@ -396,17 +396,17 @@ void walk::rgb24() {
       for (int64_t i = 0; i < row_bytes; ++i)
         out.mean_of(start_ + i, start_ + i - row_bytes, start_ + i + row_bytes);
     };
-    if (run.inner) between(row_start + plan.fill_1);
-    if (run.outer) between(row_start + plan.fill_2);
+    if (run.inner) between(row_start - 3 * plan.row_pitch);
+    if (run.outer) between(row_start - 5 * plan.row_pitch);
     if (run.last_copy)
       for (int64_t i = 0; i < row_bytes; ++i)
-        out.copy(row_start + plan.last_target + i, row_start + plan.last_source + i);
+        out.copy(row_start - plan.row_pitch + i, row_start - 2 * plan.row_pitch + i);
   }
 }
 
 void walk::rgb32() {
-  const rgb_plan plan = rgb32_plan(how.plan);
-  int64_t at = 4 * stage_start(format::rgb32, how.plan, how.out_pixels, how.out_quarter_pixels).main;
+  const tile_walk plan = rgb32_walk(how.plan);
+  int64_t at = plan.start;
   const auto pixel = [&](int64_t to, int row, int column) {
     const size_t index = size_t(row) * size_t(f.width) + size_t(column);
     out.store(to, f.b[index]);
@@ -422,7 +422,7 @@ void walk::rgb32() {
           for (int i = 0; i < 16; ++i)
             pixel(at + k * plan.row_pitch + 4 * i, row + k, 16 * t + (h ? 15 - i : i));
       } else if (d < 0) {
-        const int64_t rgb24_pitch = rgb24_plan(how.plan).row_pitch;
+        const int64_t rgb24_pitch = rgb24_walk(how.plan).row_pitch;
         for (int k = 0; k < 2; ++k) rgb24_doubled(at + k * 2 * rgb24_pitch, row + k, t);
       } else {
         // Reversed before the even places are taken, so that a mirrored tile shows its odd columns.

@@ -18,7 +18,6 @@ struct placing {
   uint32_t quality = 15;
   bool medium_filter = false;  // the control; it counts in qualities 0, 1 and 2
   plan_input plan;
-  int32_t out_pixels = 0, out_quarter_pixels = 0;
 };
 
 // The whole picture of a quality path with tiles (0, 1, 2, 10, 11, 12, 15).

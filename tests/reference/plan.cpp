@@ -1,191 +1,139 @@
 #include "plan.h"
 
+#include <algorithm>
+
 namespace ref {
 namespace {
 
-int sign(bool mirror) {
-  return mirror ? -1 : 1;
+// A plane in memory, and where the pixels of the picture lie in it: mirrored, a row runs from right to left; upward, the
+// first row is the last in memory.
+struct memory_plane {
+  int64_t width, pixels;
+  int bytes_a_pixel;
+  bool mirrored, upward;
+
+  int64_t pixel(int64_t x, int64_t y) const {
+    const int64_t column = mirrored ? width - 1 - x : x;
+    const int64_t row = upward ? pixels - width * (y + 1) : width * y;
+    return bytes_a_pixel * (row + column);
+  }
+  // The first byte of n pixels from column x on.
+  int64_t run(int64_t x, int64_t n, int64_t y) const { return std::min(pixel(x, y), pixel(x + n - 1, y)); }
+  // From the first pixel of a row to the place behind its last one, in the direction of the walk.
+  int64_t whole_row() const { return width * (pixel(1, 0) - pixel(0, 0)); }
+};
+
+memory_plane luma_plane(const plan_input& in) {
+  return {in.width, in.out_pixels, 1, in.h_mirror, in.v_mirror};
+}
+memory_plane chroma_plane(const plan_input& in) {
+  return {in.width / 2, in.out_quarter_pixels, 1, in.h_mirror, in.v_mirror};
+}
+memory_plane packed_plane(const plan_input& in) {
+  return {in.width, in.out_pixels, 2, in.h_mirror, in.v_mirror};
+}
+// RGB pictures are stored from the last row to the first.
+memory_plane rgb_plane(const plan_input& in, int bytes_a_pixel) {
+  return {in.width, in.out_pixels, bytes_a_pixel, in.h_mirror, !in.v_mirror};
+}
+
+// Columns and rows of the picture that a tile (or where only tile pairs are written, a pair) and a row pair make.
+int tile_columns(const plan_input& in) {
+  return in.decimation < 0 ? 32 : 16;
+}
+int pair_rows(const plan_input& in) {
+  return in.decimation < 0 ? 4 : in.decimation == 0 ? 2 : 1;
+}
+
+// Luma, chroma and packed pictures: the pointer goes on behind every tile, the last one of a row included. It starts at
+// the first 16 pixels, at double size too.
+tile_walk stepping_behind(const memory_plane& p, int columns, int rows) {
+  tile_walk w{};
+  w.start = p.run(0, 16, 0);
+  w.tile_step = p.pixel(columns, 0) - p.pixel(0, 0);
+  w.row_step = p.pixel(0, rows) - (p.pixel(0, 0) + p.whole_row());
+  w.row_pitch = p.pixel(0, 1) - p.pixel(0, 0);
+  return w;
+}
+
+// RGB: the pointer stays at the last tile of a row and goes from there to the first of the next row pair.
+tile_walk stepping_between(const memory_plane& p, int columns, int rows) {
+  tile_walk w{};
+  w.start = p.run(0, columns, 0);
+  w.tile_step = p.run(columns, columns, 0) - p.run(0, columns, 0);
+  w.row_step = p.run(0, columns, rows) - p.run(p.width - columns, columns, 0);
+  w.row_pitch = p.pixel(0, 1) - p.pixel(0, 0);
+  return w;
+}
+
+// A group of 2 * n columns in the rows 0 and `apart`. Where a doubled picture goes upward, its first group lies a row
+// further from the end than its two rows ask for.
+group_walk groups(const memory_plane& p, int n, int apart, int rows) {
+  group_walk w{};
+  const int64_t low_row = std::min(p.pixel(0, 0), p.pixel(0, apart));
+  w.start = std::min(p.run(0, 2 * n, 0), p.run(0, 2 * n, apart));
+  if (apart == 2 && p.upward) w.start -= p.bytes_a_pixel * p.width;
+  for (int i = 0; i < 2; ++i) {
+    w.half[i] = p.run(n * i, n, 0) - p.run(0, 2 * n, 0);
+    w.row[i] = p.pixel(0, apart * i) - low_row;
+  }
+  w.group_step = p.pixel(2 * n, 0) - p.pixel(0, 0);
+  w.row_step = p.pixel(0, rows) - (p.pixel(0, 0) + p.whole_row());
+  return w;
 }
 
 }  // namespace
 
-luma_plan i420_plan(const plan_input& in) {
-  const int W = in.width, d = in.decimation, s = sign(in.h_mirror), v = sign(in.v_mirror);
-  const int m = d < 0 ? 2 : 1;
-  const int less = in.h_mirror ? 16 : 0;
-  const int R = d < 0 ? 4 : d == 0 ? 2 : 1;
-  const int C = d < 0 ? 2 : 1;
-  luma_plan p{};
-  p.luma_tile_step = s * 16 * m;
-  p.luma_row_step = v * R * W - s * W;
-  p.luma_fill_1 = v * (2 * d - 1) * W - less;
-  p.luma_fill_2 = v * (4 * d - 1) * W - less;
-  p.luma_last_source = v * 2 * d * W;
-  p.luma_last_target = v * (2 * d + 1) * W;
-  p.chroma_tile_step = s * 16 * m;
-  p.chroma_row_step = v * C * (W / 2) - s * (W / 2);
-  p.chroma_fill = v * (2 * d - 1) * (W / 2);
-  p.chroma_last_source = v * d * W;
-  p.chroma_last_target = v * (2 * d + 1) * (W / 2);
-  p.row_pitch = v * W;
-  return p;
+tile_walk luma_walk(const plan_input& in) {
+  return stepping_behind(luma_plane(in), tile_columns(in), pair_rows(in));
 }
 
-packed_plan yuyv_plan(const plan_input& in) {
-  const luma_plan l = i420_plan(in);
-  packed_plan p{};
-  p.tile_step = sign(in.h_mirror) * 32 * (in.decimation < 0 ? 2 : 1);
-  p.row_step = 2 * l.luma_row_step;
-  p.fill_1 = 2 * l.luma_fill_1;
-  p.fill_2 = 2 * l.luma_fill_2;
-  p.last_source = 2 * l.luma_last_source;
-  p.last_target = 2 * l.luma_last_target;
-  p.row_pitch = 2 * l.row_pitch;
-  return p;
+// 16 samples of each plane for two tiles, doubled 32; at half size a row for two row pairs.
+tile_walk chroma_walk(const plan_input& in) {
+  return stepping_behind(chroma_plane(in), tile_columns(in), in.decimation < 0 ? 2 : 1);
 }
 
-rgb_plan rgb24_plan(const plan_input& in) {
-  const int W = in.width, d = in.decimation, s = sign(in.h_mirror);
-  const int r = in.v_mirror ? 1 : -1;
-  rgb_plan p{};
-  p.tile_step = d > 0 ? s * 24 : s * 48 * (d < 0 ? 2 : 1);
-  const int t = p.tile_step;
-  if (!in.h_mirror && !in.v_mirror) p.row_step = (d < 0 ? -15 : d == 0 ? -9 : -6) * W + t;
-  if (in.h_mirror && !in.v_mirror) p.row_step = (d <= 0 ? -3 : 0) * W + t;
-  if (!in.h_mirror && in.v_mirror) p.row_step = (d <= 0 ? 3 : 0) * W + t;
-  if (in.h_mirror && in.v_mirror) p.row_step = (d < 0 ? 15 : d == 0 ? 9 : 6) * W + t;
-  p.fill_1 = -r * 3 * (1 - 2 * d) * W;
-  p.fill_2 = -r * 3 * (1 - 4 * d) * W;
-  p.last_source = r * 6 * d * W;
-  p.last_target = r * 3 * (2 * d + 1) * W;
-  p.row_pitch = r * 3 * W;
-  return p;
+tile_walk packed_walk(const plan_input& in) {
+  return stepping_behind(packed_plane(in), tile_columns(in), pair_rows(in));
 }
 
-rgb_plan rgb32_plan(const plan_input& in) {
-  const int W = in.width, d = in.decimation, s = sign(in.h_mirror);
-  const int r = in.v_mirror ? 1 : -1;
-  rgb_plan p{};
-  p.tile_step = d > 0 ? s * 32 : s * 64;
-  const int t = p.tile_step;
-  if (!in.h_mirror && !in.v_mirror) p.row_step = (d > 0 ? -8 : -12) * W + t;
-  if (in.h_mirror && !in.v_mirror) p.row_step = (d > 0 ? 0 : -4) * W + t;
-  if (!in.h_mirror && in.v_mirror) p.row_step = (d > 0 ? 0 : 4) * W + t;
-  if (in.h_mirror && in.v_mirror) p.row_step = (d > 0 ? 8 : 12) * W + t;
-  p.row_pitch = r * 4 * W;
-  return p;
+tile_walk rgb24_walk(const plan_input& in) {
+  const int columns = in.decimation > 0 ? 8 : tile_columns(in);
+  tile_walk w = stepping_between(rgb_plane(in, 3), columns, pair_rows(in));
+  // Doubled under one mirror alone, row pairs follow one another two rows on instead of four.
+  if (in.decimation < 0 && in.h_mirror && !in.v_mirror) w.row_step = -3 * int64_t{in.width} - 96;
+  if (in.decimation < 0 && !in.h_mirror && in.v_mirror) w.row_step = 3 * int64_t{in.width} + 96;
+  return w;
 }
 
-bulk_plan bulk_i420_plan(const plan_input& in) {
-  const int W = in.width, d = in.decimation, s = sign(in.h_mirror), v = sign(in.v_mirror);
-  const int m = d < 0 ? 2 : 1;
-  bulk_plan p{};
-  p.left_offset = in.h_mirror ? 16 * m : 0;
-  p.right_offset = in.h_mirror ? 0 : 16 * m;
-  p.row_0_offset = in.v_mirror ? m * W : 0;
-  p.row_1_offset = in.v_mirror ? 0 : m * W;
-  p.group_step = s * 32 * m;
-  p.row_step = v * (d < 0 ? 4 : 2) * W - s * W;
-  p.chroma_group_step = s * 16 * m;
-  p.chroma_row_step = i420_plan(in).chroma_row_step;
-  return p;
+// Not doubled: a picture of twice the size is walked as one of the same.
+tile_walk rgb32_walk(const plan_input& in) {
+  return stepping_between(rgb_plane(in, 4), in.decimation > 0 ? 8 : 16, in.decimation > 0 ? 1 : 2);
 }
 
-bulk_plan bulk_rgb24_plan(const plan_input& in) {
-  const int W = in.width, d = in.decimation, s = sign(in.h_mirror);
-  const int m = d < 0 ? 2 : 1;
-  bulk_plan p{};
-  p.left_offset = in.h_mirror ? 48 * m : 0;
-  p.right_offset = in.h_mirror ? 0 : 48 * m;
-  p.row_0_offset = in.v_mirror ? 0 : 3 * m * W;
-  p.row_1_offset = in.v_mirror ? 3 * m * W : 0;
-  p.group_step = s * 96 * m;
-  if (!in.h_mirror && !in.v_mirror) p.row_step = (d < 0 ? -15 : -9) * W;
-  if (in.h_mirror && !in.v_mirror) p.row_step = (d < 0 ? -9 : -3) * W;
-  if (!in.h_mirror && in.v_mirror) p.row_step = (d < 0 ? 9 : 3) * W;
-  if (in.h_mirror && in.v_mirror) p.row_step = (d < 0 ? 15 : 9) * W;
-  return p;
+group_walk luma_groups(const plan_input& in) {
+  const int m = in.decimation < 0 ? 2 : 1;
+  return groups(luma_plane(in), 16 * m, m, 2 * m);
 }
 
-bulk_plan bulk_rgb32_plan(const plan_input& in) {
-  const int W = in.width;
-  bulk_plan p{};
-  p.left_offset = in.h_mirror ? 64 : 0;
-  p.right_offset = in.h_mirror ? 0 : 64;
-  p.row_0_offset = in.v_mirror ? 0 : 4 * W;
-  p.row_1_offset = in.v_mirror ? 4 * W : 0;
-  p.group_step = sign(in.h_mirror) * 128;
-  if (!in.h_mirror && !in.v_mirror) p.row_step = -12 * W;
-  if (in.h_mirror && !in.v_mirror) p.row_step = -4 * W;
-  if (!in.h_mirror && in.v_mirror) p.row_step = 4 * W;
-  if (in.h_mirror && in.v_mirror) p.row_step = 12 * W;
-  return p;
+group_walk chroma_groups(const plan_input& in) {
+  const memory_plane p = chroma_plane(in);
+  const int m = in.decimation < 0 ? 2 : 1;
+  group_walk w{};
+  w.start = p.run(0, 16 * m, 0);
+  if (m == 2 && p.upward) w.start -= p.width;
+  w.group_step = p.pixel(16 * m, 0) - p.pixel(0, 0);
+  w.row_step = p.pixel(0, m) - (p.pixel(0, 0) + p.whole_row());
+  return w;
 }
 
-start stage_start(format f, const plan_input& in, int32_t out_pixels, int32_t out_quarter_pixels) {
-  const int64_t W = in.width, N = out_pixels, Q = out_quarter_pixels;
-  const int d = in.decimation;
-  const bool h = in.h_mirror, v = in.v_mirror;
-  start p;
-  switch (f) {
-    case format::i420:
-      p.main = !v ? (h ? W - 16 : 0) : (h ? N - 16 : N - W);
-      p.chroma = !v ? (h ? W / 2 - 16 : 0) : (h ? Q - 16 : Q - W / 2);
-      break;
-    case format::yuyv:
-    case format::uyvy:
-      p.main = !v ? (h ? W - 16 : 0) : (h ? N - 16 : N - W);
-      break;
-    case format::rgb24: {
-      const int back = d < 0 ? 32 : d == 0 ? 16 : 8;
-      p.main = !v ? (h ? N - back : N - W) : (h ? W - back : 0);
-      break;
-    }
-    case format::rgb32: {
-      const int back = d <= 0 ? 16 : 8;
-      p.main = !v ? (h ? N - back : N - W) : (h ? W - back : 0);
-      break;
-    }
-  }
-  return p;
+group_walk rgb24_groups(const plan_input& in) {
+  const int m = in.decimation < 0 ? 2 : 1;
+  return groups(rgb_plane(in, 3), 16 * m, m, 2 * m);
 }
 
-start bulk_start(format f, const plan_input& in, int32_t out_pixels, int32_t out_quarter_pixels) {
-  const int64_t W = in.width, N = out_pixels, Q = out_quarter_pixels;
-  const int d = in.decimation;
-  const bool h = in.h_mirror, v = in.v_mirror;
-  const int64_t a = d < 0 ? 64 : 32, c = d < 0 ? 32 : 16;
-  start p;
-  switch (f) {
-    case format::i420:
-      if (!v) {
-        p.main = h ? W - a : 0;
-        p.chroma = h ? W / 2 - c : 0;
-      } else if (!h) {
-        // The group's two rows are the last of the plane; at double size they are the last and last but two.
-        p.main = N - W * (d < 0 ? 4 : 2);
-        p.chroma = Q - (d < 0 ? W : W / 2);
-      } else {
-        p.main = N - a - (d < 0 ? 3 * W : W);
-        p.chroma = Q - c - (d < 0 ? W / 2 : 0);
-      }
-      break;
-    case format::yuyv:
-    case format::uyvy:
-      p.main = !v ? (h ? W - 32 : 0) : (h ? N - W - 32 : N - 2 * W);
-      break;
-    case format::rgb24:
-      if (!v) {
-        p.main = d < 0 ? (h ? N - a - 3 * W : N - 4 * W) : (h ? N - a - W : N - 2 * W);
-      } else {
-        p.main = h ? W - a : 0;
-      }
-      break;
-    case format::rgb32:
-      p.main = !v ? (h ? N - W - 32 : N - 2 * W) : (h ? W - 32 : 0);
-      break;
-  }
-  return p;
+group_walk rgb32_groups(const plan_input& in) {
+  return groups(rgb_plane(in, 4), 16, 1, 2);
 }
 
 }  // namespace ref

@@ -1,6 +1,8 @@
-// The steps by which output pointers move, and where they start: every value by its own rule.
+// The steps by which output pointers move, and where they start, worked out from where pixels lie in a picture.
 //
-// Steps are bytes of the format in question. Start pointers are pixels from the start of the plane or frame.
+// A walk writes tiles or groups of pixels, one after the other along a row and row pair after row pair. Its steps are
+// distances between the pixels that it writes next, so a picture that fits the walk comes out pixel by pixel; one that
+// does not (odd tile counts, decimation 2) comes out as the steps lead. All figures are bytes.
 #pragma once
 
 #include <cstdint>
@@ -9,49 +11,38 @@
 
 namespace ref {
 
-// What the plan depends on: the output width after decimation, the decimation, the mirrors.
+// What the plan depends on: the output picture, the decimation, the mirrors.
 struct plan_input {
-  int32_t width = 0;
+  int32_t width = 0;  // of the picture that comes out
   int32_t decimation = 0;
   bool h_mirror = false, v_mirror = false;
+  int32_t out_pixels = 0, out_quarter_pixels = 0;
 };
 
-struct luma_plan {
-  int32_t luma_tile_step, luma_row_step, luma_fill_1, luma_fill_2, luma_last_source, luma_last_target;
-  int32_t chroma_tile_step, chroma_row_step, chroma_fill, chroma_last_source, chroma_last_target;
-  int32_t row_pitch;
+// From tile to tile. The chroma planes' starts count from the start of U.
+struct tile_walk {
+  int64_t start;
+  int64_t tile_step;  // after a tile that was written
+  int64_t row_step;   // after a row pair
+  int64_t row_pitch;  // from a row to the next one of the picture
 };
+tile_walk luma_walk(const plan_input& in);
+tile_walk chroma_walk(const plan_input& in);
+tile_walk packed_walk(const plan_input& in);
+tile_walk rgb24_walk(const plan_input& in);
+tile_walk rgb32_walk(const plan_input& in);
 
-struct packed_plan {
-  int32_t tile_step, row_step, fill_1, fill_2, last_source, last_target;
-  int32_t row_pitch;
+// The frame-at-once routines, which go by groups of 32 pixels in two rows. `half` and `row` lead from a group's pointer to
+// its first and second half and row.
+struct group_walk {
+  int64_t start;
+  int64_t half[2], row[2];
+  int64_t group_step, row_step;
 };
-
-struct rgb_plan {
-  int32_t tile_step, row_step, fill_1, fill_2, last_source, last_target;
-  int32_t row_pitch;
-};
-
-// The frame-at-once routines, which step by groups of 32 pixels in two rows.
-struct bulk_plan {
-  int32_t left_offset, right_offset, row_0_offset, row_1_offset, group_step, row_step;
-  int32_t chroma_group_step, chroma_row_step;  // I420 alone
-};
-
-luma_plan i420_plan(const plan_input& in);
-packed_plan yuyv_plan(const plan_input& in);
-rgb_plan rgb24_plan(const plan_input& in);
-rgb_plan rgb32_plan(const plan_input& in);  // tile_step, row_step and row_pitch alone
-
-bulk_plan bulk_i420_plan(const plan_input& in);
-bulk_plan bulk_rgb24_plan(const plan_input& in);
-bulk_plan bulk_rgb32_plan(const plan_input& in);
-
-// Start pointers in pixels; `chroma` is set for I420 alone and counts from the start of its plane.
-struct start {
-  int64_t main = 0, chroma = 0;
-};
-start stage_start(format f, const plan_input& in, int32_t out_pixels, int32_t out_quarter_pixels);
-start bulk_start(format f, const plan_input& in, int32_t out_pixels, int32_t out_quarter_pixels);
+group_walk luma_groups(const plan_input& in);
+group_walk chroma_groups(
+    const plan_input& in);  // one row of 16 samples a group; `half` and `row` are not used
+group_walk rgb24_groups(const plan_input& in);
+group_walk rgb32_groups(const plan_input& in);
 
 }  // namespace ref
