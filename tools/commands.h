@@ -11,5 +11,7 @@ void add_stats(CLI::App&);
 void add_deinterlace(CLI::App&);
 void add_simulate(CLI::App&);
 void add_settings(CLI::App&);
+void add_gains(CLI::App&);
+void add_lens(CLI::App&);
 
 }  // namespace tool

@@ -55,6 +55,8 @@ int main(int count, char** words) {
   tool::add_deinterlace(app);
   tool::add_simulate(app);
   tool::add_settings(app);
+  tool::add_gains(app);
+  tool::add_lens(app);
   // A write that can't be done answers with an error, and the error is told.
   signal(SIGPIPE, SIG_IGN);
   signal(SIGXFSZ, SIG_IGN);

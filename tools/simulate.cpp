@@ -154,7 +154,7 @@ double root(double value) {
 }
 
 void require(bool good, const char* what, const char* right) {
-  if (!good) fail(what, " won't do: it takes ", right);
+  if (!good) misuse(what, " won't do: it takes ", right);
 }
 
 void check(const Picture& picture, const Simulation& s) {
@@ -237,10 +237,10 @@ Bytes pack(const Mosaic& mosaic, Packing packing) {
   if (packing == Packing::packed) {
     const unsigned bits = mosaic.bits;
     if (bits != 10 && bits != 12)
-      fail("samples of ", bits, " bits can't be packed: packed ones have 10 or 12");
+      misuse("samples of ", bits, " bits can't be packed: packed ones have 10 or 12");
     const size_t group = bits == 10 ? 4 : 2;
     if (mosaic.width % group)
-      fail("width ", mosaic.width, " can't be packed at ", bits, " bits: it takes multiples of ", group);
+      misuse("width ", mosaic.width, " can't be packed at ", bits, " bits: it takes multiples of ", group);
     for (size_t i = 0; i < n; i += group) {
       unsigned low = 0;
       for (size_t k = 0; k < group; ++k) {

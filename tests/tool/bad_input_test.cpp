@@ -32,7 +32,7 @@ TEST_F(BadInput, OneLineAndNoFile) {
   const Arguments s{"-W", "64", "-H", "32"};
   const Arguments convert{"convert", "small.raw", "-o", "x.png"}, good = convert + s;
   const std::vector<Mistake> mistakes{
-      {{}, 2, {"convert, compare, stats, deinterlace, simulate or settings"}},
+      {{}, 2, {"convert, compare, stats, deinterlace, simulate, settings, gains or lens"}},
       {{"convrt"}, 2, {"did you mean convert?"}},
       {{"convert"}, 2, {"FRAME"}},
       {{"convert", "small.raw", "-W", "64", "-H", "32"}, 2, {"--output"}},
