@@ -1,0 +1,57 @@
+// What a fuzz target is fed with, and memory that ends exactly where the interface says.
+#pragma once
+
+#include <fuzzer/FuzzedDataProvider.h>
+#include <stddef.h>
+#include <stdint.h>
+#include <stdlib.h>
+
+#include <type_traits>
+
+namespace fuzz {
+
+using input = FuzzedDataProvider;
+
+// A number that is usually small, sometimes at a border, sometimes anything.
+template <class T>
+T number(input& in) {
+  switch (in.ConsumeIntegralInRange(0, 3)) {
+    case 0:
+      return in.ConsumeIntegral<T>();
+    case 1: {
+      constexpr int32_t kBorders[] = {0,    -1,    1,     16,    31,    32,     63,        127,
+                                      128,  255,   256,   257,   512,   1020,   1530,      2047,
+                                      2048, 32767, 32768, 65535, 65536, -32768, 0x7fffffff};
+      return static_cast<T>(in.PickValueInArray(kBorders));
+    }
+    default:
+      return static_cast<T>(in.ConsumeIntegralInRange(-64, 255));
+  }
+}
+
+// `bytes` bytes at an address that is `offset` modulo 16, with nothing behind them.
+class exact {
+ public:
+  exact(size_t bytes, size_t offset, uint8_t value) : offset_(offset), bytes_(bytes) {
+    block_ = static_cast<uint8_t*>(malloc(bytes + offset));
+    if (block_ == nullptr) abort();
+    for (size_t i = 0; i < bytes; ++i) block_[offset + i] = static_cast<uint8_t>(value + i * 37 + (i >> 7));
+  }
+  exact(const exact&) = delete;
+  exact& operator=(const exact&) = delete;
+  ~exact() { free(block_); }
+  uint8_t* at() const { return block_ + offset_; }
+  size_t bytes() const { return bytes_; }
+
+ private:
+  uint8_t* block_;
+  size_t offset_, bytes_;
+};
+
+// Mostly aligned as calls want it.
+inline size_t alignment(input& in) {
+  constexpr size_t kOffsets[] = {0, 0, 0, 0, 0, 0, 8, 1};
+  return in.PickValueInArray(kOffsets);
+}
+
+}  // namespace fuzz
