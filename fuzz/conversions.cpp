@@ -8,7 +8,7 @@
 
 #include "fuzz/frame_size.h"
 #include "fuzz/session.h"
-#include "tests/convert/exports.h"
+#include "tests/support/convert_exports.h"
 
 namespace {
 
@@ -65,9 +65,11 @@ void convert(session& s, input& in) {
              packed_12 = strstr(e.name, "YYYY") || strstr(e.name, "yyyy");
   const format to = made_by(e.name);
   const sizes z = any_sizes(s, in);
+  const int null =
+      in.ConsumeIntegralInRange(0, 31);  // which buffer is a null pointer, which counts as aligned
   size_t offsets[4];
   size_t all = 0;
-  for (size_t& offset : offsets) all |= offset = alignment(in);
+  for (int i = 0; i < 4; ++i) all |= offsets[i] = null == i + 1 ? 0 : alignment(in);
   if (e.fields == nullptr) all = offsets[1] | offsets[3];
   int64_t source_bytes = 0, bytes = 0;
   geometry after = s.size;
@@ -91,7 +93,6 @@ void convert(session& s, input& in) {
   const exact kept(source, offsets[1], in.ConsumeIntegral<uint8_t>());
   const exact later(e.fields != nullptr ? source : 0, offsets[2], in.ConsumeIntegral<uint8_t>());
   const exact output(static_cast<size_t>(bytes), offsets[3], 0);
-  const int null = in.ConsumeIntegralInRange(0, 31);
   e(s.context, null == 1 ? nullptr : earlier.at(), null == 2 ? nullptr : kept.at(),
     null == 3 ? nullptr : later.at(), null == 4 ? nullptr : output.at(), z.in_width, z.in_height, z.out_width,
     z.out_height);

@@ -47,7 +47,9 @@ void call_frame(session& s, input& in) {
 void call_wrapper(session& s, input& in) {
   const auto which = in.ConsumeIntegralInRange(0, 4), form = in.ConsumeIntegralInRange(0, 4);
   const uint32_t width = side(in), height = side(in), pitch = kStrides[form] * width;
-  const size_t source_offset = alignment(in), offset = alignment(in);
+  const int null =
+      in.ConsumeIntegralInRange(0, 31);  // which buffer is a null pointer, which counts as aligned
+  const size_t source_offset = null == 1 ? 0 : alignment(in), offset = null == 2 ? 0 : alignment(in);
   const auto as = static_cast<format>(which);
   int64_t source_bytes = 0, bytes = 0;
   geometry after = s.size;
@@ -67,7 +69,6 @@ void call_wrapper(session& s, input& in) {
   s.size = after;
   const exact source(static_cast<size_t>(source_bytes), source_offset, in.ConsumeIntegral<uint8_t>());
   const exact destination(static_cast<size_t>(bytes), offset, 0);
-  const int null = in.ConsumeIntegralInRange(0, 31);
   kWrappers[which][form](s.context, null == 1 ? nullptr : source.at(), null == 2 ? nullptr : destination.at(),
                          width, height);
 }

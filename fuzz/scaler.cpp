@@ -26,8 +26,10 @@ void scale(session& s, input& in) {
   const auto as = static_cast<format>(which);
   const uint32_t width = side(in), height = side(in), pitch = stride(in, width);
   const uint32_t out_width = out_side(in), out_height = out_side(in);
-  const size_t source_offset = alignment(in),
-               offset = in.ConsumeIntegralInRange(0, 7) == 0 ? 1 : 8 * in.ConsumeBool();
+  const int null =
+      in.ConsumeIntegralInRange(0, 31);  // which buffer is a null pointer, which counts as aligned
+  const size_t source_offset = null == 1 ? 0 : alignment(in);
+  const size_t offset = null == 2 ? 0 : in.ConsumeIntegralInRange(0, 7) == 0 ? 1 : 8 * in.ConsumeBool();
   const size_t scratch_offset = alignment(in);
   const uint32_t n = out_width * out_height;
   int64_t source_bytes = 0, scratch_bytes = 0, bytes = 0;
@@ -52,7 +54,6 @@ void scale(session& s, input& in) {
   const exact source(static_cast<size_t>(source_bytes), source_offset, in.ConsumeIntegral<uint8_t>());
   const exact destination(static_cast<size_t>(bytes), offset, 0);
   const exact scratch(static_cast<size_t>(scratch_bytes), scratch_offset, 1);
-  const int null = in.ConsumeIntegralInRange(0, 31);
   kCalls[which](s.context, null == 1 ? nullptr : source.at(), width, height, pitch,
                 null == 2 ? nullptr : destination.at(), out_width, out_height,
                 null == 3 ? nullptr : scratch.at());
