@@ -155,11 +155,11 @@ constexpr block kBlocks[] = {
     {"tile/medium_filter", 2 * kWidth,
      [](bench_rows& b) {
        b.k().tile->medium_filter({.context = &b.context(),
-                           .rows = b.in.from(0),
-                           .out = b.out.from(0),
-                           .made = 3,
-                           .odd_row = 0,
-                           .width = kWidth});
+                                  .rows = b.in.from(0),
+                                  .out = b.out.from(0),
+                                  .made = 3,
+                                  .odd_row = 0,
+                                  .width = kWidth});
      }},
     {"tile/green_fill", 2 * kWidth,
      [](bench_rows& b) {

@@ -30,10 +30,10 @@
 #include <stdint.h>
 
 enum {
-  PPL_AUTO_PAIRS = 2304,   /* pairs of neighbouring blocks that a sample holds at most */
-  PPL_AUTO_LIGHTS = 32,    /* lights of a curve, at most */
-  PPL_AUTO_BINS = 96,      /* of a histogram of colours, in each direction: 16 to the octave */
-  PPL_AUTO_CLIPPED = 250,  /* a raw sample from here on counts as cut */
+  PPL_AUTO_PAIRS = 2304,  /* pairs of neighbouring blocks that a sample holds at most */
+  PPL_AUTO_LIGHTS = 32,   /* lights of a curve, at most */
+  PPL_AUTO_BINS = 96,     /* of a histogram of colours, in each direction: 16 to the octave */
+  PPL_AUTO_CLIPPED = 250, /* a raw sample from here on counts as cut */
   PPL_AUTO_GAIN_LIMIT = 2047
 };
 
@@ -45,7 +45,8 @@ static inline int32_t ppl_auto_log2(uint32_t x) {
   if (x == 0) return 0;
   for (; x >= 65536; x >>= 1) ++whole;
   for (; x < 32768; x <<= 1) --whole;
-  for (bit = 128; bit; bit >>= 1) { /* x is 1 to 2 in 15 fraction bits; squaring brings up the next binary place */
+  for (bit = 128; bit;
+       bit >>= 1) { /* x is 1 to 2 in 15 fraction bits; squaring brings up the next binary place */
     x = (x * x) >> 15;
     if (x >= 65536) {
       x >>= 1;
@@ -104,13 +105,13 @@ typedef struct ppl_auto_sample {
   uint16_t counts[PPL_AUTO_BINS * PPL_AUTO_BINS]; /* scratch of ppl_auto_white */
 } ppl_auto_sample;
 
-static inline void ppl_auto_empty(ppl_auto_sample *sample) {
+static inline void ppl_auto_empty(ppl_auto_sample* sample) {
   sample->blocks = sample->clipped = sample->colours = sample->edges = sample->light = 0;
 }
 
 /* One block: means of R, G and B in quarters of a sample step (0 to 1020), behind the black level, before any gain.
  * Whether it was kept as a colour. */
-static inline int ppl_auto_add(ppl_auto_sample *sample, uint32_t r, uint32_t g, uint32_t b, int clipped) {
+static inline int ppl_auto_add(ppl_auto_sample* sample, uint32_t r, uint32_t g, uint32_t b, int clipped) {
   uint32_t light, n = sample->colours;
   if (r > 1020) r = 1020;
   if (g > 1020) g = 1020;
@@ -129,7 +130,7 @@ static inline int ppl_auto_add(ppl_auto_sample *sample, uint32_t r, uint32_t g, 
 }
 
 /* The difference between two neighbouring blocks, both of which were kept. */
-static inline void ppl_auto_add_edge(ppl_auto_sample *sample, const uint32_t *one, const uint32_t *other) {
+static inline void ppl_auto_add_edge(ppl_auto_sample* sample, const uint32_t* one, const uint32_t* other) {
   uint32_t d[3], i, n = sample->edges;
   for (i = 0; i < 3; ++i) d[i] = one[i] > other[i] ? one[i] - other[i] : other[i] - one[i];
   if (n >= PPL_AUTO_PAIRS || d[0] < 6 || d[1] < 6 || d[2] < 6 || d[0] + d[1] + d[2] < 48) return;
@@ -139,7 +140,8 @@ static inline void ppl_auto_add_edge(ppl_auto_sample *sample, const uint32_t *on
 }
 
 /* Sums over 4 x 4 samples of a raw frame from a B site on: R, G (half of both greens), B. Whether one was cut. */
-static inline int ppl_auto_block(const uint8_t *raw, uint32_t stride, const uint32_t *black_b_gb_gr_r, uint32_t *rgb) {
+static inline int ppl_auto_block(const uint8_t* raw, uint32_t stride, const uint32_t* black_b_gb_gr_r,
+                                 uint32_t* rgb) {
   uint32_t sums[4] = {0, 0, 0, 0}, y, x;
   int clipped = 0;
   for (y = 0; y < 4; ++y)
@@ -157,9 +159,10 @@ static inline int ppl_auto_block(const uint8_t *raw, uint32_t stride, const uint
 /* A thin sample of a part of a raw 8-bit frame as the library takes it (B, Gb on even rows, Gr, R on odd rows), spread
  * over it evenly. Black levels as ppl_set_optical_black_b_gb_gr_r takes them. x and y are rounded up to even numbers.
  * A part of less than 8 x 4 samples gives an empty sample. The caller sees to it that the part lies in the frame. */
-static inline void ppl_auto_take_region(ppl_auto_sample *sample, const uint8_t *raw, uint32_t stride, uint32_t x,
-                                        uint32_t y, uint32_t width, uint32_t height, uint32_t black_b,
-                                        uint32_t black_gb, uint32_t black_gr, uint32_t black_r) {
+static inline void ppl_auto_take_region(ppl_auto_sample* sample, const uint8_t* raw, uint32_t stride,
+                                        uint32_t x, uint32_t y, uint32_t width, uint32_t height,
+                                        uint32_t black_b, uint32_t black_gb, uint32_t black_gr,
+                                        uint32_t black_r) {
   const uint32_t black[4] = {black_b, black_gb, black_gr, black_r};
   uint32_t across, down, step = 2, i, k;
   ppl_auto_empty(sample);
@@ -170,7 +173,7 @@ static inline void ppl_auto_take_region(ppl_auto_sample *sample, const uint8_t *
   while ((uint64_t)(across / step + 1) * (down / step + 1) > PPL_AUTO_PAIRS) ++step;
   for (k = 0; k < down; k += step)
     for (i = 0; i + 1 < across; i += step) {
-      const uint8_t *at = raw + (uint64_t)(y + 4 * k) * stride + x + 4 * i;
+      const uint8_t* at = raw + (uint64_t)(y + 4 * k) * stride + x + 4 * i;
       uint32_t one[3], other[3];
       const int one_cut = ppl_auto_block(at, stride, black, one);
       const int other_cut = ppl_auto_block(at + 4, stride, black, other);
@@ -180,15 +183,15 @@ static inline void ppl_auto_take_region(ppl_auto_sample *sample, const uint8_t *
     }
 }
 
-static inline void ppl_auto_take_frame(ppl_auto_sample *sample, const uint8_t *raw, uint32_t width, uint32_t height,
-                                       uint32_t stride, uint32_t black_b, uint32_t black_gb, uint32_t black_gr,
-                                       uint32_t black_r) {
+static inline void ppl_auto_take_frame(ppl_auto_sample* sample, const uint8_t* raw, uint32_t width,
+                                       uint32_t height, uint32_t stride, uint32_t black_b, uint32_t black_gb,
+                                       uint32_t black_gr, uint32_t black_r) {
   ppl_auto_take_region(sample, raw, stride, 0, 0, width, height, black_b, black_gb, black_gr, black_r);
 }
 
 /* What went into gain and delta, from a mean of the library's, 0 to 65280: half of the samples that it was made from
  * were counted before the tone curve, half behind it. In 1/256 of a sample step; exact for an even area. */
-static inline uint32_t ppl_auto_before_tone(uint32_t mean, const uint8_t *tone) {
+static inline uint32_t ppl_auto_before_tone(uint32_t mean, const uint8_t* tone) {
   uint32_t low = 0, high = 255, a, b;
   while (high - low > 1) { /* (i + tone[i]) / 2 rises with i */
     const uint32_t middle = (low + high) / 2;
@@ -207,9 +210,9 @@ static inline uint32_t ppl_auto_before_tone(uint32_t mean, const uint8_t *tone) 
 /* The sample from the library's statistics of the last frame instead: the 48 means of ppl_rgb_means_sub_windows, under
  * the gains and the tone curve (ppl_rgb_gamma_table) that the frame was converted with; deltas must be 0. Means of
  * large areas say less than samples of small ones: see docs/white-balance.md. */
-static inline void ppl_auto_take_windows(ppl_auto_sample *sample, const uint32_t *means, uint32_t columns,
+static inline void ppl_auto_take_windows(ppl_auto_sample* sample, const uint32_t* means, uint32_t columns,
                                          uint32_t rows, uint32_t r_gain, uint32_t g_gain, uint32_t b_gain,
-                                         const uint8_t *tone) {
+                                         const uint8_t* tone) {
   const uint32_t gains[3] = {r_gain >> 3, g_gain >> 3, b_gain >> 3};
   uint32_t last[3] = {0, 0, 0}, rgb[3], i, c;
   int last_kept = 0;
@@ -230,12 +233,12 @@ static inline void ppl_auto_take_windows(ppl_auto_sample *sample, const uint32_t
 }
 
 /* Mean brightness of the sample, (R + 2 G + B) / 4 in 1/256 of a sample step, 0 to 65280. 0 of an empty sample. */
-static inline uint32_t ppl_auto_level(const ppl_auto_sample *sample) {
+static inline uint32_t ppl_auto_level(const ppl_auto_sample* sample) {
   return sample->blocks ? (uint32_t)((uint64_t)sample->light * 16 / sample->blocks) : 0;
 }
 
 /* Share of the blocks that hold a cut sample, 0 to 256. */
-static inline uint32_t ppl_auto_clipped(const ppl_auto_sample *sample) {
+static inline uint32_t ppl_auto_clipped(const ppl_auto_sample* sample) {
   return sample->blocks ? sample->clipped * 256 / sample->blocks : 0;
 }
 
@@ -254,13 +257,14 @@ typedef struct ppl_auto_balance {
   uint32_t gain[3];  /* R, G, B as ppl_set_rgb_gain takes them, the smallest 256 */
   int32_t r, b;      /* the light: R / G and B / G of a white surface, 256 to the octave */
   uint32_t position; /* on the curve, in 1/256 of the step from light to light */
-  uint32_t spread;   /* standard deviation of the position: how unsure it is. Below 256 is sure; beyond 1000 the frame
+  uint32_t
+      spread; /* standard deviation of the position: how unsure it is. Below 256 is sure; beyond 1000 the frame
                         says little, and the answer leans to the middle */
 } ppl_auto_balance;
 
 /* Gains that turn a white of these ratios (256 to the octave) into grey: the smallest 256, none above 2047, rounded to
  * the steps of 8 in which gains are effective. */
-static inline void ppl_auto_gains(int32_t r, int32_t b, uint32_t *gain) {
+static inline void ppl_auto_gains(int32_t r, int32_t b, uint32_t* gain) {
   const int32_t log[3] = {ppl_auto_clamp(r, -4096, 4096), 0, ppl_auto_clamp(b, -4096, 4096)};
   int32_t most = 0, c;
   for (c = 0; c < 3; ++c)
@@ -273,112 +277,92 @@ static inline void ppl_auto_gains(int32_t r, int32_t b, uint32_t *gain) {
 
 /* 32 lights, black body to 4,000 K and daylight from 5,000 K on, from 10,000 K to 2,300 K in even steps of 1 / T: R / G
  * and B / G as a balanced sensor with the default colour matrix sees them, and how likely they are beforehand. */
-static inline const int16_t *ppl_auto_lights(void) {
+static inline const int16_t* ppl_auto_lights(void) {
   static const int16_t lights[3 * PPL_AUTO_LIGHTS] = {
-    -36, 56, -7,  -30, 45, 0,  -23, 34, 2,  -16, 22, 1,
-    -8, 11, 1,  0, 0, 2,  9, -12, 2,  17, -23, 2,
-    26, -34, 1,  36, -45, 1,  47, -54, 2,  58, -63, 2,
-    69, -71, 2,  79, -79, 2,  89, -87, 2,  98, -96, 2,
-    107, -105, 2,  116, -114, 2,  125, -122, 1,  134, -130, 1,
-    142, -138, 1,  151, -146, 0,  159, -153, 0,  167, -159, 0,
-    175, -166, 0,  184, -172, 0,  192, -178, 0,  199, -183, -1,
-    207, -188, -2,  215, -193, -4,  223, -198, -7,  230, -202, -11};
+      -36, 56,   -7, -30, 45,   0,  -23, 34,   2,  -16, 22,   1,  -8,  11,   1, 0,   0,    2, 9,   -12,  2,
+      17,  -23,  2,  26,  -34,  1,  36,  -45,  1,  47,  -54,  2,  58,  -63,  2, 69,  -71,  2, 79,  -79,  2,
+      89,  -87,  2,  98,  -96,  2,  107, -105, 2,  116, -114, 2,  125, -122, 1, 134, -130, 1, 142, -138, 1,
+      151, -146, 0,  159, -153, 0,  167, -159, 0,  175, -166, 0,  184, -172, 0, 192, -178, 0, 199, -183, -1,
+      207, -188, -2, 215, -193, -4, 223, -198, -7, 230, -202, -11};
   return lights;
 }
 
 /* Five tables of 16 x 16: how usual a colour is that lies off the light by R / G (down) and B / G (across), from -2 to
  * 2 octaves, in eighths of a natural logarithm: among all colours, the brightest tenth, fiftieth and two-hundredth,
  * and among differences of neighbours. Made by scripts/learn_white_balance.py. */
-static inline const int8_t *ppl_auto_tables(void) {
+static inline const int8_t* ppl_auto_tables(void) {
   static const int8_t tables[5 * 256] = {
-    0, 0, 0, 0, 0, -1, -1, 1, 22, 27, 17, 22, -12, -15, -16, -15,
-    0, 0, 0, 0, 0, -1, -3, -7, -3, 3, 7, 19, -7, -14, -15, -13,
-    0, 1, 1, 1, 0, -1, -3, -8, -13, 1, 22, 42, 3, -10, -12, -11,
-    1, 1, 2, 2, 3, -2, -5, -6, -15, -10, 15, 48, 16, -4, -8, -9,
-    0, 1, 3, 3, 6, -3, -15, -12, -24, -24, -3, 11, 12, -1, -5, -6,
-    3, 2, 4, 6, 13, 6, -18, -4, -9, -4, -19, -24, -1, -2, -3, -4,
-    -2, 3, 9, 15, 30, 29, -8, -3, 6, 19, 17, -9, -3, -4, -3, -2,
-    -9, -2, 4, 9, 16, 12, -16, 15, 9, -10, 0, -14, -7, -5, -3, -2,
-    -14, -8, -5, -5, 3, -1, 2, 10, -13, -26, -2, -6, -4, -2, -2, -1,
-    -18, -9, 2, 3, 2, -5, -1, 17, 10, 1, 9, 4, 1, 1, -1, -1,
-    -20, -12, -1, 2, 10, 26, 10, 12, 5, 9, 5, 0, 0, 0, 0, 0,
-    -22, -14, 0, 5, 1, 26, 20, 13, -1, -2, -3, -2, -1, 0, 0, 0,
-    -21, -16, -5, 0, 0, 0, -1, 4, 8, -2, -5, -1, 0, 0, 0, 0,
-    -17, -11, -2, 3, 0, -11, -8, 3, 37, 34, 8, 2, 0, 0, 0, 0,
-    -13, -6, 11, 14, 6, -7, -14, -17, -8, 4, 4, 1, 0, 0, 0, 0,
-    -17, -7, 20, 31, 13, -4, -17, -13, -7, -4, 2, 1, 0, 0, 0, 0,
-    0, 0, 0, 0, -1, -2, -5, -2, 13, 14, 20, 17, -9, -7, -8, -7,
-    0, 0, 0, 0, -1, -2, -4, -2, 2, -2, -3, -2, -6, -7, -7, -6,
-    0, 0, 0, 0, -1, -2, -3, -2, 4, 10, 10, 3, -7, -7, -6, -4,
-    0, 0, 0, 0, -1, -2, -4, -3, 4, 1, 15, 9, -7, -6, -3, -2,
-    0, 0, 0, -1, -2, -4, -6, -4, -5, 9, 29, 5, -1, -2, -1, -1,
-    0, 1, 1, -1, -4, -5, -5, 13, -13, 15, -3, -3, 0, -1, -1, 0,
-    1, 2, 3, 2, 6, 12, 0, -18, -3, -1, -2, -3, -1, 0, 0, 0,
-    1, 3, 8, -2, -24, 12, -15, -30, 4, -10, 1, -2, -1, -1, 0, 0,
-    -1, 4, 17, 17, -25, -2, 0, -14, -4, -10, -2, -2, -1, -1, 0, 0,
-    -6, -1, 14, 27, 2, 26, 10, -1, -4, -4, -1, -2, -1, 0, 0, 0,
-    -11, -5, 3, 18, 20, 14, 12, 9, 3, 6, -1, -2, -1, 0, 0, 0,
-    -15, -14, -5, 15, 20, 14, -4, 12, 3, 2, -2, -2, -1, 0, 0, 0,
-    -14, -16, -14, -5, 7, 6, -10, -2, 4, 1, -1, -1, 0, 0, 0, 0,
-    -12, -13, -10, -1, 7, 5, -4, 2, 15, 10, 3, 1, 0, 0, 0, 0,
-    -11, -9, -1, 6, 9, 9, -1, -2, 2, 3, 1, 0, 0, 0, 0, 0,
-    -6, -5, -3, -2, 0, 3, -3, -3, 0, 1, 2, 1, 0, 0, 0, 0,
-    0, 0, 0, 0, -1, -1, -3, 1, 15, 16, 6, 1, -13, -8, -8, -7,
-    0, 0, 0, 0, -1, -1, -2, 1, 9, 9, -1, -7, -9, -8, -8, -6,
-    0, 0, 0, 0, -1, -2, -4, -1, 8, 14, 0, -10, -10, -9, -6, -4,
-    0, 0, 0, 0, -1, -3, -6, -4, 4, 1, -3, -8, -11, -7, -4, -2,
-    0, 0, 0, -1, -2, -5, -8, -5, 6, 16, 12, -3, -3, -3, -2, -1,
-    0, 1, 1, -1, -3, -5, -4, -2, 7, 23, 11, 2, 1, -1, -1, -1,
-    1, 1, 4, 3, 7, 9, 17, -3, 25, 8, 2, 0, 0, 0, 0, 0,
-    0, 2, 8, -1, -17, 5, -9, -2, 6, 0, 0, -1, -1, 0, 0, 0,
-    -1, 1, 3, 8, -3, 7, -1, -12, 15, -4, -4, -2, -1, 0, 0, 0,
-    -4, -2, -6, -4, -11, 9, 3, -8, -15, -7, -4, -3, -1, 0, 0, 0,
-    0, 16, 8, 5, 8, -4, 7, 11, 12, 12, 0, -2, -1, 0, 0, 0,
-    -3, 8, 3, 1, -2, 23, 26, 15, 6, 6, 0, -1, 0, 0, 0, 0,
-    -9, -7, -11, -13, -5, 13, 6, -3, 4, 4, 1, 0, 0, 0, 0, 0,
-    -12, -10, -11, -10, -5, -1, -2, -3, 9, 8, 3, 1, 0, 0, 0, 0,
-    -14, -9, -8, -6, 3, 7, -1, -2, 0, 1, 1, 0, 0, 0, 0, 0,
-    -8, -7, -8, -9, 1, 10, 0, -1, 0, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, 0, 0, 1, 3, 8, 13, -5, -8, -15, -8, -7, -7,
-    0, 0, 0, 0, 0, 0, 0, 2, 5, 16, 5, -10, -11, -9, -8, -6,
-    0, 0, 0, 0, 0, 0, 0, 1, 3, 3, -8, -16, -13, -10, -7, -4,
-    0, 0, 0, 0, -1, -2, -2, 0, 5, -5, -19, -19, -16, -9, -4, -2,
-    0, 0, 0, -1, -2, -5, -6, 2, 14, 6, -19, -21, -12, -5, -2, -1,
-    1, 1, 1, -1, -4, -6, -8, 0, 19, 13, 0, -11, -5, -2, -1, -1,
-    1, 2, 5, 5, 12, 1, -1, 9, 20, -4, -3, -4, -2, -1, -1, 0,
-    1, 5, 12, 3, 15, 29, 26, 59, 20, -9, -3, -3, -2, -1, 0, 0,
-    0, 6, 7, -4, 18, 19, 42, 42, 106, 3, -2, -2, -1, -1, 0, 0,
-    -11, -8, -14, -12, -9, 4, -13, 8, 31, 7, 0, -1, -1, 0, 0, 0,
-    -5, 10, -6, -7, -23, -35, 5, 21, 21, 20, 3, 0, 0, 0, 0, 0,
-    -3, 6, -7, -13, -30, -6, 26, 18, 5, 9, 2, 0, 0, 0, 0, 0,
-    -8, -7, -14, -21, -22, -11, 0, -3, 2, 6, 3, 1, 0, 0, 0, 0,
-    -10, -9, -12, -14, -13, -10, -6, -4, 3, 5, 2, 1, 0, 0, 0, 0,
-    -12, -8, -8, -8, 0, 6, -2, -2, -1, 1, 1, 0, 0, 0, 0, 0,
-    -7, -6, -7, -9, -1, 11, 0, -1, -1, 0, 0, 0, 0, 0, 0, 0,
-    0, 0, 0, 0, -1, -4, -5, -6, -1, 1, 2, -10, -13, -10, -5, -3,
-    0, 1, 0, 0, -1, -4, -5, -4, 1, 10, -7, -12, -11, -8, -4, -3,
-    0, 1, 1, 0, -1, -4, -7, -5, -6, 5, -16, -20, -14, -8, -4, -3,
-    0, 1, 1, 0, -1, -4, -6, -5, -15, -14, -26, -27, -17, -9, -4, -2,
-    0, 1, 1, 0, -1, -6, -8, -2, -10, -20, -35, -30, -19, -10, -5, -4,
-    2, 2, 4, 4, 0, -7, -8, 0, -1, -19, -35, -28, -17, -9, -5, -4,
-    4, 4, 8, 11, 7, 5, 11, 20, 6, -23, -30, -24, -14, -6, -5, -5,
-    3, 3, 12, 25, 28, 30, 54, 104, 67, 0, -11, -12, -7, -2, -3, -4,
-    0, -1, 5, 11, 10, 15, 46, 83, 74, 17, 12, -1, -2, -1, -1, -3,
-    -2, -3, 5, 12, 12, 17, 22, 39, 34, 17, 10, 4, 1, 1, 0, -2,
-    -6, -7, -2, -1, -6, 4, 11, 17, 11, 10, 9, 5, 0, 0, 0, -1,
-    -4, -6, -9, -11, -13, -8, -4, -2, -1, -2, 1, 6, 0, 0, 1, 0,
-    -2, -2, -5, -9, -8, -2, -2, -1, 0, -2, 1, 7, 3, 1, 1, 1,
-    -8, -3, -4, -5, -3, 0, 1, 3, 4, 1, 0, 2, 1, 0, -1, -1,
-    -5, -3, -3, -4, -3, -3, -4, -3, -2, 0, 0, 2, 2, 1, -1, -8,
-    -3, -2, -3, -3, -4, -4, -4, -5, -4, -2, 0, 1, 7, 2, 4, -4};
+      0,   0,   0,   0,   0,   -1,  -1,  1,   22,  27,  17,  22,  -12, -15, -16, -15, 0,   0,   0,   0,   0,
+      -1,  -3,  -7,  -3,  3,   7,   19,  -7,  -14, -15, -13, 0,   1,   1,   1,   0,   -1,  -3,  -8,  -13, 1,
+      22,  42,  3,   -10, -12, -11, 1,   1,   2,   2,   3,   -2,  -5,  -6,  -15, -10, 15,  48,  16,  -4,  -8,
+      -9,  0,   1,   3,   3,   6,   -3,  -15, -12, -24, -24, -3,  11,  12,  -1,  -5,  -6,  3,   2,   4,   6,
+      13,  6,   -18, -4,  -9,  -4,  -19, -24, -1,  -2,  -3,  -4,  -2,  3,   9,   15,  30,  29,  -8,  -3,  6,
+      19,  17,  -9,  -3,  -4,  -3,  -2,  -9,  -2,  4,   9,   16,  12,  -16, 15,  9,   -10, 0,   -14, -7,  -5,
+      -3,  -2,  -14, -8,  -5,  -5,  3,   -1,  2,   10,  -13, -26, -2,  -6,  -4,  -2,  -2,  -1,  -18, -9,  2,
+      3,   2,   -5,  -1,  17,  10,  1,   9,   4,   1,   1,   -1,  -1,  -20, -12, -1,  2,   10,  26,  10,  12,
+      5,   9,   5,   0,   0,   0,   0,   0,   -22, -14, 0,   5,   1,   26,  20,  13,  -1,  -2,  -3,  -2,  -1,
+      0,   0,   0,   -21, -16, -5,  0,   0,   0,   -1,  4,   8,   -2,  -5,  -1,  0,   0,   0,   0,   -17, -11,
+      -2,  3,   0,   -11, -8,  3,   37,  34,  8,   2,   0,   0,   0,   0,   -13, -6,  11,  14,  6,   -7,  -14,
+      -17, -8,  4,   4,   1,   0,   0,   0,   0,   -17, -7,  20,  31,  13,  -4,  -17, -13, -7,  -4,  2,   1,
+      0,   0,   0,   0,   0,   0,   0,   0,   -1,  -2,  -5,  -2,  13,  14,  20,  17,  -9,  -7,  -8,  -7,  0,
+      0,   0,   0,   -1,  -2,  -4,  -2,  2,   -2,  -3,  -2,  -6,  -7,  -7,  -6,  0,   0,   0,   0,   -1,  -2,
+      -3,  -2,  4,   10,  10,  3,   -7,  -7,  -6,  -4,  0,   0,   0,   0,   -1,  -2,  -4,  -3,  4,   1,   15,
+      9,   -7,  -6,  -3,  -2,  0,   0,   0,   -1,  -2,  -4,  -6,  -4,  -5,  9,   29,  5,   -1,  -2,  -1,  -1,
+      0,   1,   1,   -1,  -4,  -5,  -5,  13,  -13, 15,  -3,  -3,  0,   -1,  -1,  0,   1,   2,   3,   2,   6,
+      12,  0,   -18, -3,  -1,  -2,  -3,  -1,  0,   0,   0,   1,   3,   8,   -2,  -24, 12,  -15, -30, 4,   -10,
+      1,   -2,  -1,  -1,  0,   0,   -1,  4,   17,  17,  -25, -2,  0,   -14, -4,  -10, -2,  -2,  -1,  -1,  0,
+      0,   -6,  -1,  14,  27,  2,   26,  10,  -1,  -4,  -4,  -1,  -2,  -1,  0,   0,   0,   -11, -5,  3,   18,
+      20,  14,  12,  9,   3,   6,   -1,  -2,  -1,  0,   0,   0,   -15, -14, -5,  15,  20,  14,  -4,  12,  3,
+      2,   -2,  -2,  -1,  0,   0,   0,   -14, -16, -14, -5,  7,   6,   -10, -2,  4,   1,   -1,  -1,  0,   0,
+      0,   0,   -12, -13, -10, -1,  7,   5,   -4,  2,   15,  10,  3,   1,   0,   0,   0,   0,   -11, -9,  -1,
+      6,   9,   9,   -1,  -2,  2,   3,   1,   0,   0,   0,   0,   0,   -6,  -5,  -3,  -2,  0,   3,   -3,  -3,
+      0,   1,   2,   1,   0,   0,   0,   0,   0,   0,   0,   0,   -1,  -1,  -3,  1,   15,  16,  6,   1,   -13,
+      -8,  -8,  -7,  0,   0,   0,   0,   -1,  -1,  -2,  1,   9,   9,   -1,  -7,  -9,  -8,  -8,  -6,  0,   0,
+      0,   0,   -1,  -2,  -4,  -1,  8,   14,  0,   -10, -10, -9,  -6,  -4,  0,   0,   0,   0,   -1,  -3,  -6,
+      -4,  4,   1,   -3,  -8,  -11, -7,  -4,  -2,  0,   0,   0,   -1,  -2,  -5,  -8,  -5,  6,   16,  12,  -3,
+      -3,  -3,  -2,  -1,  0,   1,   1,   -1,  -3,  -5,  -4,  -2,  7,   23,  11,  2,   1,   -1,  -1,  -1,  1,
+      1,   4,   3,   7,   9,   17,  -3,  25,  8,   2,   0,   0,   0,   0,   0,   0,   2,   8,   -1,  -17, 5,
+      -9,  -2,  6,   0,   0,   -1,  -1,  0,   0,   0,   -1,  1,   3,   8,   -3,  7,   -1,  -12, 15,  -4,  -4,
+      -2,  -1,  0,   0,   0,   -4,  -2,  -6,  -4,  -11, 9,   3,   -8,  -15, -7,  -4,  -3,  -1,  0,   0,   0,
+      0,   16,  8,   5,   8,   -4,  7,   11,  12,  12,  0,   -2,  -1,  0,   0,   0,   -3,  8,   3,   1,   -2,
+      23,  26,  15,  6,   6,   0,   -1,  0,   0,   0,   0,   -9,  -7,  -11, -13, -5,  13,  6,   -3,  4,   4,
+      1,   0,   0,   0,   0,   0,   -12, -10, -11, -10, -5,  -1,  -2,  -3,  9,   8,   3,   1,   0,   0,   0,
+      0,   -14, -9,  -8,  -6,  3,   7,   -1,  -2,  0,   1,   1,   0,   0,   0,   0,   0,   -8,  -7,  -8,  -9,
+      1,   10,  0,   -1,  0,   0,   0,   0,   0,   0,   0,   0,   0,   0,   0,   0,   0,   0,   1,   3,   8,
+      13,  -5,  -8,  -15, -8,  -7,  -7,  0,   0,   0,   0,   0,   0,   0,   2,   5,   16,  5,   -10, -11, -9,
+      -8,  -6,  0,   0,   0,   0,   0,   0,   0,   1,   3,   3,   -8,  -16, -13, -10, -7,  -4,  0,   0,   0,
+      0,   -1,  -2,  -2,  0,   5,   -5,  -19, -19, -16, -9,  -4,  -2,  0,   0,   0,   -1,  -2,  -5,  -6,  2,
+      14,  6,   -19, -21, -12, -5,  -2,  -1,  1,   1,   1,   -1,  -4,  -6,  -8,  0,   19,  13,  0,   -11, -5,
+      -2,  -1,  -1,  1,   2,   5,   5,   12,  1,   -1,  9,   20,  -4,  -3,  -4,  -2,  -1,  -1,  0,   1,   5,
+      12,  3,   15,  29,  26,  59,  20,  -9,  -3,  -3,  -2,  -1,  0,   0,   0,   6,   7,   -4,  18,  19,  42,
+      42,  106, 3,   -2,  -2,  -1,  -1,  0,   0,   -11, -8,  -14, -12, -9,  4,   -13, 8,   31,  7,   0,   -1,
+      -1,  0,   0,   0,   -5,  10,  -6,  -7,  -23, -35, 5,   21,  21,  20,  3,   0,   0,   0,   0,   0,   -3,
+      6,   -7,  -13, -30, -6,  26,  18,  5,   9,   2,   0,   0,   0,   0,   0,   -8,  -7,  -14, -21, -22, -11,
+      0,   -3,  2,   6,   3,   1,   0,   0,   0,   0,   -10, -9,  -12, -14, -13, -10, -6,  -4,  3,   5,   2,
+      1,   0,   0,   0,   0,   -12, -8,  -8,  -8,  0,   6,   -2,  -2,  -1,  1,   1,   0,   0,   0,   0,   0,
+      -7,  -6,  -7,  -9,  -1,  11,  0,   -1,  -1,  0,   0,   0,   0,   0,   0,   0,   0,   0,   0,   0,   -1,
+      -4,  -5,  -6,  -1,  1,   2,   -10, -13, -10, -5,  -3,  0,   1,   0,   0,   -1,  -4,  -5,  -4,  1,   10,
+      -7,  -12, -11, -8,  -4,  -3,  0,   1,   1,   0,   -1,  -4,  -7,  -5,  -6,  5,   -16, -20, -14, -8,  -4,
+      -3,  0,   1,   1,   0,   -1,  -4,  -6,  -5,  -15, -14, -26, -27, -17, -9,  -4,  -2,  0,   1,   1,   0,
+      -1,  -6,  -8,  -2,  -10, -20, -35, -30, -19, -10, -5,  -4,  2,   2,   4,   4,   0,   -7,  -8,  0,   -1,
+      -19, -35, -28, -17, -9,  -5,  -4,  4,   4,   8,   11,  7,   5,   11,  20,  6,   -23, -30, -24, -14, -6,
+      -5,  -5,  3,   3,   12,  25,  28,  30,  54,  104, 67,  0,   -11, -12, -7,  -2,  -3,  -4,  0,   -1,  5,
+      11,  10,  15,  46,  83,  74,  17,  12,  -1,  -2,  -1,  -1,  -3,  -2,  -3,  5,   12,  12,  17,  22,  39,
+      34,  17,  10,  4,   1,   1,   0,   -2,  -6,  -7,  -2,  -1,  -6,  4,   11,  17,  11,  10,  9,   5,   0,
+      0,   0,   -1,  -4,  -6,  -9,  -11, -13, -8,  -4,  -2,  -1,  -2,  1,   6,   0,   0,   1,   0,   -2,  -2,
+      -5,  -9,  -8,  -2,  -2,  -1,  0,   -2,  1,   7,   3,   1,   1,   1,   -8,  -3,  -4,  -5,  -3,  0,   1,
+      3,   4,   1,   0,   2,   1,   0,   -1,  -1,  -5,  -3,  -3,  -4,  -3,  -3,  -4,  -3,  -2,  0,   0,   2,
+      2,   1,   -1,  -8,  -3,  -2,  -3,  -3,  -4,  -4,  -4,  -5,  -4,  -2,  0,   1,   7,   2,   4,   -4};
   return tables;
 }
 
 /* The curve of a sensor with the default colour matrix from its gains in daylight of 6504 K, 8.8 as ppl_set_rgb_gain
  * takes them: 32 lights from 10,000 K to 2,300 K. Take the gains from a grey card in daylight (ppl_auto_grey). */
-static inline void ppl_auto_daylight_curve(ppl_auto_curve *curve, uint32_t r_gain, uint32_t g_gain, uint32_t b_gain) {
-  const int32_t r = ppl_auto_log2(g_gain) - ppl_auto_log2(r_gain), b = ppl_auto_log2(g_gain) - ppl_auto_log2(b_gain);
-  const int16_t *lights = ppl_auto_lights();
+static inline void ppl_auto_daylight_curve(ppl_auto_curve* curve, uint32_t r_gain, uint32_t g_gain,
+                                           uint32_t b_gain) {
+  const int32_t r = ppl_auto_log2(g_gain) - ppl_auto_log2(r_gain),
+                b = ppl_auto_log2(g_gain) - ppl_auto_log2(b_gain);
+  const int16_t* lights = ppl_auto_lights();
   uint32_t i;
   curve->lights = PPL_AUTO_LIGHTS;
   for (i = 0; i < PPL_AUTO_LIGHTS; ++i) {
@@ -389,26 +373,28 @@ static inline void ppl_auto_daylight_curve(ppl_auto_curve *curve, uint32_t r_gai
 }
 
 /* Where a colour falls in the histogram, whose middle is the middle light of the curve. */
-static inline uint32_t ppl_auto_bin(int32_t r, int32_t b, const ppl_auto_curve *curve) {
+static inline uint32_t ppl_auto_bin(int32_t r, int32_t b, const ppl_auto_curve* curve) {
   const uint32_t middle = curve->lights / 2;
   const int32_t i = (r - curve->r[middle] + 768) >> 4, k = (b - curve->b[middle] + 768) >> 4;
-  return (uint32_t)(ppl_auto_clamp(i, 0, PPL_AUTO_BINS - 1) * PPL_AUTO_BINS + ppl_auto_clamp(k, 0, PPL_AUTO_BINS - 1));
+  return (uint32_t)(ppl_auto_clamp(i, 0, PPL_AUTO_BINS - 1) * PPL_AUTO_BINS +
+                    ppl_auto_clamp(k, 0, PPL_AUTO_BINS - 1));
 }
 
 /* How usual a colour is that lies r, b from the light: between the entries of a table of 16 x 16, four to the octave,
  * in 4096ths of an entry. */
-static inline int32_t ppl_auto_usual(const int8_t *table, int32_t r, int32_t b) {
-  const int32_t x = ppl_auto_clamp(r + 512 - 32, 0, 15 * 64 - 1), y = ppl_auto_clamp(b + 512 - 32, 0, 15 * 64 - 1);
+static inline int32_t ppl_auto_usual(const int8_t* table, int32_t r, int32_t b) {
+  const int32_t x = ppl_auto_clamp(r + 512 - 32, 0, 15 * 64 - 1),
+                y = ppl_auto_clamp(b + 512 - 32, 0, 15 * 64 - 1);
   const int32_t fx = x & 63, fy = y & 63;
-  const int8_t *at = table + (x >> 6) * 16 + (y >> 6);
+  const int8_t* at = table + (x >> 6) * 16 + (y >> 6);
   return (at[0] * (64 - fx) + at[16] * fx) * (64 - fy) + (at[1] * (64 - fx) + at[17] * fx) * fy;
 }
 
 /* Adds to each light's score what one table says of the n colours, of those as bright as `least`: a colour counts by
  * the root of how often it occurs, so that a large even area does not outvote everything else. */
-static inline void ppl_auto_vote(const ppl_auto_curve *curve, const int8_t *table, const int16_t *r, const int16_t *b,
-                                 const uint16_t *light, uint32_t least, uint32_t n, uint16_t *counts,
-                                 int32_t *score) {
+static inline void ppl_auto_vote(const ppl_auto_curve* curve, const int8_t* table, const int16_t* r,
+                                 const int16_t* b, const uint16_t* light, uint32_t least, uint32_t n,
+                                 uint16_t* counts, int32_t* score) {
   const uint32_t middle = curve->lights / 2;
   int64_t sums[PPL_AUTO_LIGHTS];
   int32_t total = 0;
@@ -433,7 +419,7 @@ static inline void ppl_auto_vote(const ppl_auto_curve *curve, const int8_t *tabl
 }
 
 /* The brightness that one part in `parts` of the colours reach. */
-static inline uint32_t ppl_auto_brightest(const ppl_auto_sample *sample, uint32_t parts, uint16_t *counts) {
+static inline uint32_t ppl_auto_brightest(const ppl_auto_sample* sample, uint32_t parts, uint16_t* counts) {
   const uint32_t wanted = (sample->colours + parts - 1) / parts;
   uint32_t i, level = 4081, found = 0;
   for (i = 0; i < sample->colours; ++i) ++counts[sample->colour_light[i]];
@@ -444,12 +430,13 @@ static inline uint32_t ppl_auto_brightest(const ppl_auto_sample *sample, uint32_
 
 /* The light of the sample and the gains that balance it. False, and nothing written, if the sample holds fewer than 16
  * colours (a black or a wholly cut frame) or the curve no two lights. */
-static inline int ppl_auto_white(const ppl_auto_curve *curve, ppl_auto_sample *sample, ppl_auto_balance *balance) {
-  const int8_t *tables = ppl_auto_tables();
+static inline int ppl_auto_white(const ppl_auto_curve* curve, ppl_auto_sample* sample,
+                                 ppl_auto_balance* balance) {
+  const int8_t* tables = ppl_auto_tables();
   int32_t score[PPL_AUTO_LIGHTS], best;
   uint32_t chance[PPL_AUTO_LIGHTS], i, at, part;
   uint64_t total = 0, mean = 0, square = 0;
-  uint16_t *counts = sample->counts;
+  uint16_t* counts = sample->counts;
   if (sample->colours < 16 || curve->lights < 2 || curve->lights > PPL_AUTO_LIGHTS) return 0;
   for (i = 0; i < PPL_AUTO_BINS * PPL_AUTO_BINS; ++i) counts[i] = 0;
   for (i = 0; i < curve->lights; ++i) score[i] = curve->likely[i] * 4096;
@@ -489,9 +476,9 @@ static inline int ppl_auto_white(const ppl_auto_curve *curve, ppl_auto_sample *s
 
 /* The balance of a region that is known to be grey, a card for example: from the mean of all its colours, without a
  * curve. False if fewer than 16 blocks are bright enough and not cut. */
-static inline int ppl_auto_grey(const uint8_t *raw, uint32_t stride, uint32_t x, uint32_t y, uint32_t width,
+static inline int ppl_auto_grey(const uint8_t* raw, uint32_t stride, uint32_t x, uint32_t y, uint32_t width,
                                 uint32_t height, uint32_t black_b, uint32_t black_gb, uint32_t black_gr,
-                                uint32_t black_r, ppl_auto_balance *balance) {
+                                uint32_t black_r, ppl_auto_balance* balance) {
   const uint32_t black[4] = {black_b, black_gb, black_gr, black_r};
   uint64_t sums[3] = {0, 0, 0};
   uint32_t blocks = 0, rgb[3], i, k, c;
@@ -516,9 +503,9 @@ static inline int ppl_auto_grey(const uint8_t *raw, uint32_t stride, uint32_t x,
 /* For one frame that no sensor setting can change any more: gains of the balance times what brings the sample to the
  * level (in 1/256 of a sample step; 0 stands for 18 % of the range), as far as the brightest fiftieth of the colours
  * stays within the range and gains below 2048. Never darker than the balance alone: light that was cut stays white. */
-static inline void ppl_auto_brighten(const ppl_auto_balance *balance, ppl_auto_sample *sample, uint32_t level,
-                                     uint32_t *gain) {
-  const uint32_t *g = balance->gain;
+static inline void ppl_auto_brighten(const ppl_auto_balance* balance, ppl_auto_sample* sample, uint32_t level,
+                                     uint32_t* gain) {
+  const uint32_t* g = balance->gain;
   const uint32_t all = (g[0] + 2 * g[1] + g[2] + 2) / 4;
   uint64_t now, times, most = g[0] > g[1] ? g[0] : g[1];
   uint32_t i;
@@ -549,18 +536,18 @@ typedef struct ppl_auto_loop {
   uint32_t clipped;                    /* share of cut blocks that is let pass, 0 to 256: 8 */
   uint32_t exposure_min, exposure_max; /* in any unit: lines, microseconds; at least 1, below 2^24 */
   uint32_t gain_min, gain_max;         /* of the sensor, 8.8; at least 1, below 2^16 */
-  uint32_t flicker;                    /* exposures above it become multiples of it (of 10 ms at 50 Hz); 0: any */
-  uint32_t delay;                      /* frames after a change that do not show it yet: 2 */
-  uint32_t exposure_speed;             /* share of the way in one step, 1 to 256: 192 */
-  uint32_t exposure_band;              /* a settled exposure holds within this, 256 to the octave: 32 */
-  uint32_t balance_speed;              /* 1 to 256: 64 */
-  uint32_t balance_band;               /* 256 to the octave: 10 */
+  uint32_t flicker;        /* exposures above it become multiples of it (of 10 ms at 50 Hz); 0: any */
+  uint32_t delay;          /* frames after a change that do not show it yet: 2 */
+  uint32_t exposure_speed; /* share of the way in one step, 1 to 256: 192 */
+  uint32_t exposure_band;  /* a settled exposure holds within this, 256 to the octave: 32 */
+  uint32_t balance_speed;  /* 1 to 256: 64 */
+  uint32_t balance_band;   /* 256 to the octave: 10 */
   /* To be read. */
   uint32_t exposure, gain; /* for the sensor */
   uint32_t rgb_gain[3];    /* for ppl_set_rgb_gain */
   /* Its own. */
-  int32_t light, step, last;   /* exposure times gain as a logarithm; longest step; last error */
-  uint32_t wait, settled, along;               /* frames: to be waited, settled, on in one direction */
+  int32_t light, step, last;     /* exposure times gain as a logarithm; longest step; last error */
+  uint32_t wait, settled, along; /* frames: to be waited, settled, on in one direction */
   uint32_t balanced, balance_settled;
   int32_t r, b;
 } ppl_auto_loop;
@@ -578,7 +565,7 @@ static inline uint32_t ppl_auto_power(int32_t e) {
 }
 
 /* The logarithm of the light to exposure and gain: as long an exposure as there may be, then gain. */
-static inline void ppl_auto_split(ppl_auto_loop *loop) {
+static inline void ppl_auto_split(ppl_auto_loop* loop) {
   const int32_t gain_min = ppl_auto_log2(loop->gain_min);
   uint32_t exposure = ppl_auto_power(loop->light - gain_min), gain;
   if (exposure < loop->exposure_min) exposure = loop->exposure_min;
@@ -593,7 +580,7 @@ static inline void ppl_auto_split(ppl_auto_loop *loop) {
 }
 
 /* Bounds that make no sense are put right: at least 1, the upper not below the lower. Starts in the middle. */
-static inline void ppl_auto_start(ppl_auto_loop *loop, uint32_t exposure_min, uint32_t exposure_max,
+static inline void ppl_auto_start(ppl_auto_loop* loop, uint32_t exposure_min, uint32_t exposure_max,
                                   uint32_t gain_min, uint32_t gain_max) {
   loop->level = 11750;
   loop->clipped = 8;
@@ -609,7 +596,8 @@ static inline void ppl_auto_start(ppl_auto_loop *loop, uint32_t exposure_min, ui
   loop->balance_band = 10;
   loop->rgb_gain[0] = loop->rgb_gain[1] = loop->rgb_gain[2] = 256;
   loop->light = (ppl_auto_log2(loop->exposure_min) + ppl_auto_log2(loop->gain_min) +
-                 ppl_auto_log2(loop->exposure_max) + ppl_auto_log2(loop->gain_max)) / 2;
+                 ppl_auto_log2(loop->exposure_max) + ppl_auto_log2(loop->gain_max)) /
+                2;
   loop->step = 512;
   loop->last = 0;
   loop->wait = loop->settled = loop->along = loop->balanced = loop->balance_settled = 0;
@@ -619,7 +607,7 @@ static inline void ppl_auto_start(ppl_auto_loop *loop, uint32_t exposure_min, ui
 
 /* How much light is missing, 256 to the octave, within 4 octaves. Cut blocks beyond the share that is let pass count
  * as too much light: falling with more light in any scene, so that there is one exposure where it is 0. */
-static inline int32_t ppl_auto_missing(const ppl_auto_loop *loop, uint32_t level, uint32_t clipped) {
+static inline int32_t ppl_auto_missing(const ppl_auto_loop* loop, uint32_t level, uint32_t clipped) {
   int32_t missing = ppl_auto_log2(loop->level) - ppl_auto_log2(level < 16 ? 16 : level);
   if (clipped > 256) clipped = 256;
   if (clipped > loop->clipped) missing -= (int32_t)(clipped - loop->clipped) * 4;
@@ -627,7 +615,7 @@ static inline int32_t ppl_auto_missing(const ppl_auto_loop *loop, uint32_t level
 }
 
 /* One frame's level and share of cut blocks. Whether exposure or gain have changed. */
-static inline int ppl_auto_step_exposure(ppl_auto_loop *loop, uint32_t level, uint32_t clipped) {
+static inline int ppl_auto_step_exposure(ppl_auto_loop* loop, uint32_t level, uint32_t clipped) {
   const uint32_t exposure = loop->exposure, gain = loop->gain;
   const int32_t least = ppl_auto_log2(loop->exposure_min) + ppl_auto_log2(loop->gain_min);
   const int32_t most = ppl_auto_log2(loop->exposure_max) + ppl_auto_log2(loop->gain_max);
@@ -667,7 +655,7 @@ static inline int ppl_auto_step_exposure(ppl_auto_loop *loop, uint32_t level, ui
 }
 
 /* One frame's balance. Whether the gains have changed. The first one is taken as it is. */
-static inline int ppl_auto_step_balance(ppl_auto_loop *loop, const ppl_auto_balance *balance) {
+static inline int ppl_auto_step_balance(ppl_auto_loop* loop, const ppl_auto_balance* balance) {
   const uint32_t before[3] = {loop->rgb_gain[0], loop->rgb_gain[1], loop->rgb_gain[2]};
   const int32_t r = balance->r - loop->r, b = balance->b - loop->b;
   const int32_t size = (r < 0 ? -r : r) > (b < 0 ? -b : b) ? (r < 0 ? -r : r) : (b < 0 ? -b : b);
@@ -696,11 +684,10 @@ static inline int ppl_auto_step_balance(ppl_auto_loop *loop, const ppl_auto_bala
 
 /* Both, from a sample of the frame: PPL_AUTO_..._CHANGED, added. A sample in which the light can't be found leaves the
  * balance. */
-static inline int ppl_auto_step(ppl_auto_loop *loop, const ppl_auto_curve *curve, ppl_auto_sample *sample) {
+static inline int ppl_auto_step(ppl_auto_loop* loop, const ppl_auto_curve* curve, ppl_auto_sample* sample) {
   ppl_auto_balance balance;
   int changed = 0;
-  if (sample->blocks &&
-      ppl_auto_step_exposure(loop, ppl_auto_level(sample), ppl_auto_clipped(sample)))
+  if (sample->blocks && ppl_auto_step_exposure(loop, ppl_auto_level(sample), ppl_auto_clipped(sample)))
     changed |= PPL_AUTO_EXPOSURE_CHANGED;
   if (ppl_auto_white(curve, sample, &balance) && ppl_auto_step_balance(loop, &balance))
     changed |= PPL_AUTO_BALANCE_CHANGED;
@@ -717,7 +704,7 @@ typedef struct ppl_auto_lens {
 
 /* The largest shift from 13 to 63 at which the coefficient v / 2^exponent stays within 16 bits; false if there is
  * none. */
-static inline int ppl_auto_coefficient(int64_t v, int32_t exponent, int32_t *f, int32_t *shift) {
+static inline int ppl_auto_coefficient(int64_t v, int32_t exponent, int32_t* f, int32_t* shift) {
   int32_t s = exponent > 63 ? 63 : exponent;
   for (; s >= 13; --s) {
     const int32_t down = exponent - s;
@@ -732,16 +719,17 @@ static inline int ppl_auto_coefficient(int64_t v, int32_t exponent, int32_t *f, 
 }
 
 /* The squared distance of an area's middle from the centre: 4096 at the furthest corner. 32 areas across, 24 down. */
-static inline int64_t ppl_auto_lens_distance(uint32_t area, uint32_t width, uint32_t height, int64_t x0, int64_t y0,
-                                             int64_t furthest) {
+static inline int64_t ppl_auto_lens_distance(uint32_t area, uint32_t width, uint32_t height, int64_t x0,
+                                             int64_t y0, int64_t furthest) {
   const int64_t x = (int64_t)(2 * (area % 32) + 1) * width / 64 - x0;
   const int64_t y = (int64_t)(2 * (area / 32) + 1) * height / 48 - y0;
   return (x * x + y * y) * 4096 / furthest;
 }
 
 /* The light of the 32 x 24 areas, and the brightest; 0 where one is dark or cut. */
-static inline uint32_t ppl_auto_lens_areas(const uint8_t *raw, uint32_t width, uint32_t height, uint32_t stride,
-                                           const uint32_t *black_b_gb_gr_r, uint32_t *light) {
+static inline uint32_t ppl_auto_lens_areas(const uint8_t* raw, uint32_t width, uint32_t height,
+                                           uint32_t stride, const uint32_t* black_b_gb_gr_r,
+                                           uint32_t* light) {
   uint32_t brightest = 0, area, x, y, rgb[3];
   for (area = 0; area < 768; ++area) {
     const uint32_t left = area % 32 * width / 32 & ~3u, right = (area % 32 + 1) * width / 32 & ~3u;
@@ -767,8 +755,8 @@ static inline uint32_t ppl_auto_lens_areas(const uint8_t *raw, uint32_t width, u
 
 /* The centre of the shading: the top of the paraboloid that fits the areas best; the frame's middle if the light falls
  * by less than a sixtieth, or if the top lies in the outer quarters. */
-static inline void ppl_auto_lens_centre(const uint32_t *light, uint32_t width, uint32_t height, uint32_t brightest,
-                                        int64_t *x0, int64_t *y0) {
+static inline void ppl_auto_lens_centre(const uint32_t* light, uint32_t width, uint32_t height,
+                                        uint32_t brightest, int64_t* x0, int64_t* y0) {
   int64_t sum_xi = 0, sum_xx = 0, sum_yi = 0, sum_yy = 0, sum_p = 0, sum_i = 0, sum_pi = 0, sum_pp = 0, bow;
   int64_t furthest = 0;
   uint32_t area;
@@ -794,7 +782,8 @@ static inline void ppl_auto_lens_centre(const uint32_t *light, uint32_t width, u
   if (-bow * furthest >> 16 >= brightest / 64) {
     const int64_t x = -(sum_xi * ((int64_t)1 << 20) / sum_xx) * 32 / bow;
     const int64_t y = -(sum_yi * ((int64_t)1 << 20) / sum_yy) * 32 / bow;
-    if (x > -2 * (int64_t)width && x < 2 * (int64_t)width && y > -2 * (int64_t)height && y < 2 * (int64_t)height) {
+    if (x > -2 * (int64_t)width && x < 2 * (int64_t)width && y > -2 * (int64_t)height &&
+        y < 2 * (int64_t)height) {
       *x0 += (x >= 0 ? x + 4 : x - 4) / 8;
       *y0 += (y >= 0 ? y + 4 : y - 4) / 8;
     }
@@ -809,12 +798,13 @@ static inline void ppl_auto_lens_centre(const uint32_t *light, uint32_t width, u
  * The polynomial in the squared distance from the centre that fits 1 / light of 32 x 24 areas best. False, and nothing
  * written, for a frame below 128 x 96 or above 2048 x 2048, with areas that are dark (below 16), cut, or below a
  * quarter of the brightest. */
-static inline int ppl_auto_fit_lens(const uint8_t *raw, uint32_t width, uint32_t height, uint32_t stride,
+static inline int ppl_auto_fit_lens(const uint8_t* raw, uint32_t width, uint32_t height, uint32_t stride,
                                     uint32_t black_b, uint32_t black_gb, uint32_t black_gr, uint32_t black_r,
-                                    uint32_t *scratch, ppl_auto_lens *lens) {
+                                    uint32_t* scratch, ppl_auto_lens* lens) {
   const uint32_t black[4] = {black_b, black_gb, black_gr, black_r};
   uint32_t brightest, area;
-  int64_t x0, y0, far_x, far_y, furthest, m = 0, beta = 0, mean = 0, s11 = 0, s12 = 0, s1y = 0, s22 = 0, s2y = 0;
+  int64_t x0, y0, far_x, far_y, furthest, m = 0, beta = 0, mean = 0, s11 = 0, s12 = 0, s1y = 0, s22 = 0,
+                                          s2y = 0;
   int64_t alpha, a, b, v, q, corner;
   int32_t extra, f1, shift1, f2, shift2;
   if (width < 128 || height < 96 || width > 2048 || height > 2048) return 0;

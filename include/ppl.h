@@ -162,14 +162,16 @@ PPL_API uint8_t ppl_new_frame_size(ppl_context *context, uint32_t width, uint32_
  *
  * Of the black lines half, rounded down, stand above the picture. Called twice with the same black lines, the second
  * call loses them from the output height: reset the decimation between the two. */
-PPL_API uint8_t ppl_new_frame_sizes(ppl_context *context, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height, uint8_t validate);
+PPL_API uint8_t ppl_new_frame_sizes(ppl_context *context, uint32_t in_width, uint32_t in_height, uint32_t out_width,
+                                    uint32_t out_height, uint8_t validate);
 
 /* Output size: 0 as the input, 1 half and 2 a quarter of its width and height, -1 twice; and rows that the interlaced
  * conversions draw black above and below the picture. Default 0, 0, 0. A decimation beyond -1 to 2: false, nothing
  * changes. The counts are not tested: a negative one draws nothing but lowers the output height, and heights wrap in
  * 32 bits; an output of no height has no bytes. If all three stand already, the call answers true and does nothing:
  * lines that a change of size has dropped from the output height stay dropped. */
-PPL_API uint8_t ppl_set_decimation(ppl_context *context, int32_t decimation, int32_t top_black_lines, int32_t bottom_black_lines);
+PPL_API uint8_t ppl_set_decimation(ppl_context *context, int32_t decimation, int32_t top_black_lines,
+                                   int32_t bottom_black_lines);
 
 /* All three to 0; without effect if they are. No result. */
 PPL_API void ppl_reset_decimation(ppl_context *context);
@@ -244,11 +246,16 @@ PPL_API int32_t ppl_decimation_bottom_black_lines(const ppl_context *context);
  * get rid of them, put one frame of quality 11 through the context in which nothing is flat: 32 x 4 samples or larger,
  * with greens that differ everywhere by more than ppl_CFA_T0_threshold, behind gain and tone. Bars of two columns at 0
  * and two at 255 do it with the controls at their defaults. */
-PPL_API uint8_t ppl_process_blrtoi420(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height, uint32_t stride);
-PPL_API uint8_t ppl_process_blrtoyuyv(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height, uint32_t stride);
-PPL_API uint8_t ppl_process_blrtouyvy(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height, uint32_t stride);
-PPL_API uint8_t ppl_process_blrtorgb24(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height, uint32_t stride);
-PPL_API uint8_t ppl_process_blrtorgb32(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height, uint32_t stride);
+PPL_API uint8_t ppl_process_blrtoi420(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width,
+                                      uint32_t height, uint32_t stride);
+PPL_API uint8_t ppl_process_blrtoyuyv(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width,
+                                      uint32_t height, uint32_t stride);
+PPL_API uint8_t ppl_process_blrtouyvy(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width,
+                                      uint32_t height, uint32_t stride);
+PPL_API uint8_t ppl_process_blrtorgb24(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width,
+                                       uint32_t height, uint32_t stride);
+PPL_API uint8_t ppl_process_blrtorgb32(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width,
+                                       uint32_t height, uint32_t stride);
 
 /* ---- Bayer wrappers: what a capture driver calls per frame ------------------------------------------------------
  *
@@ -293,36 +300,71 @@ PPL_API uint8_t ppl_process_blrtorgb32(ppl_context *context, uint8_t *source, ui
  * picture; below it the rows come from the top of the frame: shrink with _deci_2_1. The position of output pixel i in
  * its row is i * ((in << 20) / out) with 20 fraction bits, blended with 8-bit weights. A plane whose two output rows do
  * not fit 57344 bytes is not scaled. */
-PPL_API uint8_t BaylorToI420MMX(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToI420MMX_deci_2_1(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToI420MMX_intp_1_2(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToI420MMX_intp_1_2_stride(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToI420MMX_intp_1_4_stride(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToI420MMX_scaling_stride(ppl_context *context, uint8_t *source, uint32_t width, uint32_t height, uint32_t stride, uint8_t *destination, uint32_t out_width, uint32_t out_height, uint8_t *scratch);
-PPL_API uint8_t BaylorToYUYVMMX(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToYUYVMMX_deci_2_1(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToYUYVMMX_intp_1_2(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToYUYVMMX_intp_1_2_stride(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToYUYVMMX_intp_1_4_stride(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToYUYVMMX_scaling_stride(ppl_context *context, uint8_t *source, uint32_t width, uint32_t height, uint32_t stride, uint8_t *destination, uint32_t out_width, uint32_t out_height, uint8_t *scratch);
-PPL_API uint8_t BaylorToUYVYMMX(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToUYVYMMX_deci_2_1(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToUYVYMMX_intp_1_2(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToUYVYMMX_intp_1_2_stride(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToUYVYMMX_intp_1_4_stride(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToUYVYMMX_scaling_stride(ppl_context *context, uint8_t *source, uint32_t width, uint32_t height, uint32_t stride, uint8_t *destination, uint32_t out_width, uint32_t out_height, uint8_t *scratch);
-PPL_API uint8_t BaylorToRGB24MMX(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToRGB24MMX_deci_2_1(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToRGB24MMX_intp_1_2(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToRGB24MMX_intp_1_2_stride(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToRGB24MMX_intp_1_4_stride(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToRGB24MMX_scaling_stride(ppl_context *context, uint8_t *source, uint32_t width, uint32_t height, uint32_t stride, uint8_t *destination, uint32_t out_width, uint32_t out_height, uint8_t *scratch);
-PPL_API uint8_t BaylorToRGB32MMX(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToRGB32MMX_deci_2_1(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToRGB32MMX_intp_1_2(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToRGB32MMX_intp_1_2_stride(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToRGB32MMX_intp_1_4_stride(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width, uint32_t height);
-PPL_API uint8_t BaylorToRGB32MMX_scaling_stride(ppl_context *context, uint8_t *source, uint32_t width, uint32_t height, uint32_t stride, uint8_t *destination, uint32_t out_width, uint32_t out_height, uint8_t *scratch);
+PPL_API uint8_t BaylorToI420MMX(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width,
+                                uint32_t height);
+PPL_API uint8_t BaylorToI420MMX_deci_2_1(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width,
+                                         uint32_t height);
+PPL_API uint8_t BaylorToI420MMX_intp_1_2(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width,
+                                         uint32_t height);
+PPL_API uint8_t BaylorToI420MMX_intp_1_2_stride(ppl_context *context, uint8_t *source, uint8_t *destination,
+                                                uint32_t width, uint32_t height);
+PPL_API uint8_t BaylorToI420MMX_intp_1_4_stride(ppl_context *context, uint8_t *source, uint8_t *destination,
+                                                uint32_t width, uint32_t height);
+PPL_API uint8_t BaylorToI420MMX_scaling_stride(ppl_context *context, uint8_t *source, uint32_t width, uint32_t height,
+                                               uint32_t stride, uint8_t *destination, uint32_t out_width,
+                                               uint32_t out_height, uint8_t *scratch);
+PPL_API uint8_t BaylorToYUYVMMX(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width,
+                                uint32_t height);
+PPL_API uint8_t BaylorToYUYVMMX_deci_2_1(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width,
+                                         uint32_t height);
+PPL_API uint8_t BaylorToYUYVMMX_intp_1_2(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width,
+                                         uint32_t height);
+PPL_API uint8_t BaylorToYUYVMMX_intp_1_2_stride(ppl_context *context, uint8_t *source, uint8_t *destination,
+                                                uint32_t width, uint32_t height);
+PPL_API uint8_t BaylorToYUYVMMX_intp_1_4_stride(ppl_context *context, uint8_t *source, uint8_t *destination,
+                                                uint32_t width, uint32_t height);
+PPL_API uint8_t BaylorToYUYVMMX_scaling_stride(ppl_context *context, uint8_t *source, uint32_t width, uint32_t height,
+                                               uint32_t stride, uint8_t *destination, uint32_t out_width,
+                                               uint32_t out_height, uint8_t *scratch);
+PPL_API uint8_t BaylorToUYVYMMX(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width,
+                                uint32_t height);
+PPL_API uint8_t BaylorToUYVYMMX_deci_2_1(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width,
+                                         uint32_t height);
+PPL_API uint8_t BaylorToUYVYMMX_intp_1_2(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width,
+                                         uint32_t height);
+PPL_API uint8_t BaylorToUYVYMMX_intp_1_2_stride(ppl_context *context, uint8_t *source, uint8_t *destination,
+                                                uint32_t width, uint32_t height);
+PPL_API uint8_t BaylorToUYVYMMX_intp_1_4_stride(ppl_context *context, uint8_t *source, uint8_t *destination,
+                                                uint32_t width, uint32_t height);
+PPL_API uint8_t BaylorToUYVYMMX_scaling_stride(ppl_context *context, uint8_t *source, uint32_t width, uint32_t height,
+                                               uint32_t stride, uint8_t *destination, uint32_t out_width,
+                                               uint32_t out_height, uint8_t *scratch);
+PPL_API uint8_t BaylorToRGB24MMX(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width,
+                                 uint32_t height);
+PPL_API uint8_t BaylorToRGB24MMX_deci_2_1(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width,
+                                          uint32_t height);
+PPL_API uint8_t BaylorToRGB24MMX_intp_1_2(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width,
+                                          uint32_t height);
+PPL_API uint8_t BaylorToRGB24MMX_intp_1_2_stride(ppl_context *context, uint8_t *source, uint8_t *destination,
+                                                 uint32_t width, uint32_t height);
+PPL_API uint8_t BaylorToRGB24MMX_intp_1_4_stride(ppl_context *context, uint8_t *source, uint8_t *destination,
+                                                 uint32_t width, uint32_t height);
+PPL_API uint8_t BaylorToRGB24MMX_scaling_stride(ppl_context *context, uint8_t *source, uint32_t width, uint32_t height,
+                                                uint32_t stride, uint8_t *destination, uint32_t out_width,
+                                                uint32_t out_height, uint8_t *scratch);
+PPL_API uint8_t BaylorToRGB32MMX(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width,
+                                 uint32_t height);
+PPL_API uint8_t BaylorToRGB32MMX_deci_2_1(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width,
+                                          uint32_t height);
+PPL_API uint8_t BaylorToRGB32MMX_intp_1_2(ppl_context *context, uint8_t *source, uint8_t *destination, uint32_t width,
+                                          uint32_t height);
+PPL_API uint8_t BaylorToRGB32MMX_intp_1_2_stride(ppl_context *context, uint8_t *source, uint8_t *destination,
+                                                 uint32_t width, uint32_t height);
+PPL_API uint8_t BaylorToRGB32MMX_intp_1_4_stride(ppl_context *context, uint8_t *source, uint8_t *destination,
+                                                 uint32_t width, uint32_t height);
+PPL_API uint8_t BaylorToRGB32MMX_scaling_stride(ppl_context *context, uint8_t *source, uint32_t width, uint32_t height,
+                                                uint32_t stride, uint8_t *destination, uint32_t out_width,
+                                                uint32_t out_height, uint8_t *scratch);
 
 /* ---- Frame behaviour -------------------------------------------------------------------------------------------- */
 
@@ -380,7 +422,8 @@ PPL_API uint32_t ppl_n_frame(const ppl_context *context);
 
 /* Black level of the four sites of the mosaic, in sample steps, subtracted stopping at 0. Each 0 to 255; default 0.
  * The getter skips null pointers. */
-PPL_API void ppl_optical_black_b_gb_gr_r(const ppl_context *context, uint32_t *b, uint32_t *gb, uint32_t *gr, uint32_t *r);
+PPL_API void ppl_optical_black_b_gb_gr_r(const ppl_context *context, uint32_t *b, uint32_t *gb, uint32_t *gr,
+                                         uint32_t *r);
 PPL_API uint8_t ppl_set_optical_black_b_gb_gr_r(ppl_context *context, uint32_t b, uint32_t gb, uint32_t gr, uint32_t r);
 PPL_API uint8_t ppl_reset_optical_black_b_gb_gr_r(ppl_context *context);
 
@@ -518,7 +561,8 @@ PPL_API uint8_t ppl_set_qual_G_min_max(ppl_context *context, int32_t minimum, in
 PPL_API int32_t ppl_qual_B_min(const ppl_context *context);
 PPL_API int32_t ppl_qual_B_max(const ppl_context *context);
 PPL_API uint8_t ppl_set_qual_B_min_max(ppl_context *context, int32_t minimum, int32_t maximum);
-PPL_API uint8_t ppl_set_qual_RGB_min_max(ppl_context *context, int32_t r_min, int32_t r_max, int32_t g_min, int32_t g_max, int32_t b_min, int32_t b_max);
+PPL_API uint8_t ppl_set_qual_RGB_min_max(ppl_context *context, int32_t r_min, int32_t r_max, int32_t g_min,
+                                         int32_t g_max, int32_t b_min, int32_t b_max);
 PPL_API uint8_t ppl_reset_qual_min_max(ppl_context *context);
 
 /* For exposure, ppl_qAE_rgb_means_whole_frame: behind the gain, a cell is left out if all four samples lie below the
@@ -709,7 +753,9 @@ PPL_API uint16_t *ppl_lens_correction_table(const ppl_context *context);
  * stored. The default is 640, 480, 320, 240, no table, 16, 24, 16, 44. A change of the frame's size does not rebuild
  * the table: the factor of column x at a distance of d rows is entry d * width + x. So a narrower frame is served
  * rightly, columns of a frame wider than the table read on in the table's next row, and behind the table is 1.0. */
-PPL_API uint8_t ppl_set_lens_correction(ppl_context *context, int32_t width, int32_t height, int32_t origin_x, int32_t origin_y, uint16_t *table, int32_t table_size, int32_t f1, int32_t f1_rshift_count, int32_t f2, int32_t f2_rshift_count);
+PPL_API uint8_t ppl_set_lens_correction(ppl_context *context, int32_t width, int32_t height, int32_t origin_x,
+                                        int32_t origin_y, uint16_t *table, int32_t table_size, int32_t f1,
+                                        int32_t f1_rshift_count, int32_t f2, int32_t f2_rshift_count);
 
 /* Flag off, default values, no table. ALWAYS FALSE, for want of a table. */
 PPL_API uint8_t ppl_reset_lens_correction(ppl_context *context);
@@ -835,20 +881,36 @@ PPL_API uint32_t ppl_n_qual_2x2_whole_frame(const ppl_context *context);
  * 23 hold the luma of 24, 0, the luma of 25, 0. Only at decimation 0; both mirrors act.
  *
  * RGB24ToRGB32MMX converts nothing: its process form counts the frame and returns false. */
-PPL_API uint8_t YUYVToI420MMX(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t ppl_process_yuyvtoi420(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t UYVYToI420MMX(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t ppl_process_uyvytoi420(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t YUYVToRGB24MMX(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t ppl_process_yuyvtorgb24(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t UYVYToRGB24MMX(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t ppl_process_uyvytorgb24(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t UYVYYYYYToI420MMX(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t ppl_process_uyvyyyyytoi420(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t YUYVYYYYToI420MMX(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t ppl_process_yuyvyyyytoi420(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t RGB24ToRGB32MMX(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t ppl_process_rgb24torgb32(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t YUYVToI420MMX(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width,
+                              uint32_t in_height, uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t ppl_process_yuyvtoi420(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width,
+                                       uint32_t in_height, uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t UYVYToI420MMX(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width,
+                              uint32_t in_height, uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t ppl_process_uyvytoi420(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width,
+                                       uint32_t in_height, uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t YUYVToRGB24MMX(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width,
+                               uint32_t in_height, uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t ppl_process_yuyvtorgb24(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width,
+                                        uint32_t in_height, uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t UYVYToRGB24MMX(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width,
+                               uint32_t in_height, uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t ppl_process_uyvytorgb24(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width,
+                                        uint32_t in_height, uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t UYVYYYYYToI420MMX(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width,
+                                  uint32_t in_height, uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t ppl_process_uyvyyyyytoi420(ppl_context *context, const uint8_t *input, uint8_t *output,
+                                           uint32_t in_width, uint32_t in_height, uint32_t out_width,
+                                           uint32_t out_height);
+PPL_API uint8_t YUYVYYYYToI420MMX(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width,
+                                  uint32_t in_height, uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t ppl_process_yuyvyyyytoi420(ppl_context *context, const uint8_t *input, uint8_t *output,
+                                           uint32_t in_width, uint32_t in_height, uint32_t out_width,
+                                           uint32_t out_height);
+PPL_API uint8_t RGB24ToRGB32MMX(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width,
+                                uint32_t in_height, uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t ppl_process_rgb24torgb32(ppl_context *context, const uint8_t *input, uint8_t *output, uint32_t in_width,
+                                         uint32_t in_height, uint32_t out_width, uint32_t out_height);
 
 /* ---- Interlaced conversions --------------------------------------------------------------------------------------
  *
@@ -887,28 +949,86 @@ PPL_API uint8_t ppl_process_rgb24torgb32(ppl_context *context, const uint8_t *in
  *   stores zero bytes.
  *
  * Mirrors have no effect here. */
-PPL_API uint8_t IntlYUYVToYUYVMMX(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t IntlYUYVToYUYVMMX_no_motion(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t IntlYUYVToUYVYMMX(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t IntlYUYVToUYVYMMX_no_motion(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t IntlYUYVToI420MMX(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t IntlYUYVToI420MMX_no_motion(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t IntlYUYVToRGB24MMX(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t IntlYUYVToRGB24MMX_no_motion(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t IntlUYVYToYUYVMMX(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t IntlUYVYToYUYVMMX_no_motion(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t IntlUYVYToUYVYMMX(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t IntlUYVYToUYVYMMX_no_motion(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t IntlUYVYToI420MMX(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t IntlUYVYToI420MMX_no_motion(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t IntlUYVYToRGB24MMX(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t IntlUYVYToRGB24MMX_no_motion(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t ppl_process_intlyuyvtoyuyv(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t ppl_process_intluyvytouyvy(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t ppl_process_intlyuyvtoi420(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t ppl_process_intluyvytoi420(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t ppl_process_intlyuyvtorgb24(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
-PPL_API uint8_t ppl_process_intluyvytorgb24(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height, uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t IntlYUYVToYUYVMMX(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field,
+                                  const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height,
+                                  uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t IntlYUYVToYUYVMMX_no_motion(ppl_context *context, const uint8_t *earlier_field,
+                                            const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output,
+                                            uint32_t in_width, uint32_t in_height, uint32_t out_width,
+                                            uint32_t out_height);
+PPL_API uint8_t IntlYUYVToUYVYMMX(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field,
+                                  const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height,
+                                  uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t IntlYUYVToUYVYMMX_no_motion(ppl_context *context, const uint8_t *earlier_field,
+                                            const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output,
+                                            uint32_t in_width, uint32_t in_height, uint32_t out_width,
+                                            uint32_t out_height);
+PPL_API uint8_t IntlYUYVToI420MMX(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field,
+                                  const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height,
+                                  uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t IntlYUYVToI420MMX_no_motion(ppl_context *context, const uint8_t *earlier_field,
+                                            const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output,
+                                            uint32_t in_width, uint32_t in_height, uint32_t out_width,
+                                            uint32_t out_height);
+PPL_API uint8_t IntlYUYVToRGB24MMX(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field,
+                                   const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height,
+                                   uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t IntlYUYVToRGB24MMX_no_motion(ppl_context *context, const uint8_t *earlier_field,
+                                             const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output,
+                                             uint32_t in_width, uint32_t in_height, uint32_t out_width,
+                                             uint32_t out_height);
+PPL_API uint8_t IntlUYVYToYUYVMMX(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field,
+                                  const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height,
+                                  uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t IntlUYVYToYUYVMMX_no_motion(ppl_context *context, const uint8_t *earlier_field,
+                                            const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output,
+                                            uint32_t in_width, uint32_t in_height, uint32_t out_width,
+                                            uint32_t out_height);
+PPL_API uint8_t IntlUYVYToUYVYMMX(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field,
+                                  const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height,
+                                  uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t IntlUYVYToUYVYMMX_no_motion(ppl_context *context, const uint8_t *earlier_field,
+                                            const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output,
+                                            uint32_t in_width, uint32_t in_height, uint32_t out_width,
+                                            uint32_t out_height);
+PPL_API uint8_t IntlUYVYToI420MMX(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field,
+                                  const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height,
+                                  uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t IntlUYVYToI420MMX_no_motion(ppl_context *context, const uint8_t *earlier_field,
+                                            const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output,
+                                            uint32_t in_width, uint32_t in_height, uint32_t out_width,
+                                            uint32_t out_height);
+PPL_API uint8_t IntlUYVYToRGB24MMX(ppl_context *context, const uint8_t *earlier_field, const uint8_t *kept_field,
+                                   const uint8_t *later_field, uint8_t *output, uint32_t in_width, uint32_t in_height,
+                                   uint32_t out_width, uint32_t out_height);
+PPL_API uint8_t IntlUYVYToRGB24MMX_no_motion(ppl_context *context, const uint8_t *earlier_field,
+                                             const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output,
+                                             uint32_t in_width, uint32_t in_height, uint32_t out_width,
+                                             uint32_t out_height);
+PPL_API uint8_t ppl_process_intlyuyvtoyuyv(ppl_context *context, const uint8_t *earlier_field,
+                                           const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output,
+                                           uint32_t in_width, uint32_t in_height, uint32_t out_width,
+                                           uint32_t out_height);
+PPL_API uint8_t ppl_process_intluyvytouyvy(ppl_context *context, const uint8_t *earlier_field,
+                                           const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output,
+                                           uint32_t in_width, uint32_t in_height, uint32_t out_width,
+                                           uint32_t out_height);
+PPL_API uint8_t ppl_process_intlyuyvtoi420(ppl_context *context, const uint8_t *earlier_field,
+                                           const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output,
+                                           uint32_t in_width, uint32_t in_height, uint32_t out_width,
+                                           uint32_t out_height);
+PPL_API uint8_t ppl_process_intluyvytoi420(ppl_context *context, const uint8_t *earlier_field,
+                                           const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output,
+                                           uint32_t in_width, uint32_t in_height, uint32_t out_width,
+                                           uint32_t out_height);
+PPL_API uint8_t ppl_process_intlyuyvtorgb24(ppl_context *context, const uint8_t *earlier_field,
+                                            const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output,
+                                            uint32_t in_width, uint32_t in_height, uint32_t out_width,
+                                            uint32_t out_height);
+PPL_API uint8_t ppl_process_intluyvytorgb24(ppl_context *context, const uint8_t *earlier_field,
+                                            const uint8_t *kept_field, const uint8_t *later_field, uint8_t *output,
+                                            uint32_t in_width, uint32_t in_height, uint32_t out_width,
+                                            uint32_t out_height);
 
 #ifdef __cplusplus
 }

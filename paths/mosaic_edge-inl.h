@@ -105,7 +105,8 @@ PPL_INLINE void mosaic_edge_rows(const mosaic_edge_args& a) {
     V e_even[2], e_odd[2], y_odd[2];
     {
       V behind[4];
-      each_of<4>([&](int r) __attribute__((always_inline)) { behind[r] = even(loadu<V>(a.rows[r] + x + 2)); });
+      each_of<4>([&](int r)
+                     __attribute__((always_inline)) { behind[r] = even(loadu<V>(a.rows[r] + x + 2)); });
       const column<V> next(behind);
       each_of<2>([&](int i) __attribute__((always_inline)) {
         e_odd[i] = sharpened(band, i, odds[i + 1], even_columns, odd_columns, next);
@@ -113,7 +114,9 @@ PPL_INLINE void mosaic_edge_rows(const mosaic_edge_args& a) {
       });
     }
     V before[4];
-    const auto raw = [&](int r) __attribute__((always_inline)) { return odd(loadu<V>(a.rows[r] + x - 2)); };
+    const auto raw = [&](int r) __attribute__((always_inline)) {
+      return odd(loadu<V>(a.rows[r] + x - 2));
+    };
     each_of<2>([&](int i) __attribute__((always_inline)) {
       before[i + 1] = kThreePlanes ? raw(i + 1) : left_of_even(a.rows[i + 1] + x, odds[i + 1], y_odd[i]);
     });

@@ -43,8 +43,8 @@ std::string list_of(const Control& control) {
 }  // namespace
 
 size_t control_index(const std::string& key) {
-  const auto found =
-      std::find_if(std::begin(all_controls), std::end(all_controls), [&](const Control& c) { return c.key == key; });
+  const auto found = std::find_if(std::begin(all_controls), std::end(all_controls),
+                                  [&](const Control& c) { return c.key == key; });
   return static_cast<size_t>(found - std::begin(all_controls));
 }
 

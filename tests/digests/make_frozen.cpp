@@ -54,12 +54,12 @@ struct reference_side : slots::reference_slot {
     ref::set_decimation(conversions, d, top, bottom);
   }
   bool convert(const char* name, const uint8_t* earlier, const uint8_t* kept, const uint8_t* later,
-               uint8_t* output, uint32_t in_width, uint32_t in_height, uint32_t to_width,
-               uint32_t to_height, int64_t size, bool* open) {
+               uint8_t* output, uint32_t in_width, uint32_t in_height, uint32_t to_width, uint32_t to_height,
+               int64_t size, bool* open) {
     ref::picture picture(output ? std::vector<uint8_t>(output, output + size)
                                 : std::vector<uint8_t>(static_cast<size_t>(size)));
     const ref::conversion* c = ref::find_conversion(name);
-    const ref::convert_call call = {earlier,  kept,      later,     reinterpret_cast<uintptr_t>(output),
+    const ref::convert_call call = {earlier,  kept,      later,    reinterpret_cast<uintptr_t>(output),
                                     in_width, in_height, to_width, to_height};
     const int64_t room = ref::foresee(conversions, *c, call).room;
     if (room > size) {

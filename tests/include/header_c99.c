@@ -6,4 +6,6 @@
 #endif
 
 unsigned header_version(void);
-unsigned header_version(void) { return PPL_VERSION; }
+unsigned header_version(void) {
+  return PPL_VERSION;
+}

@@ -7,7 +7,6 @@
 #include <string.h>
 #include <ucontext.h>
 
-
 #include <iterator>
 #include <random>
 #include <string>
@@ -62,7 +61,9 @@ __attribute__((noinline)) void call_from_here(F* function, A... arguments) {
 ucontext_t caller, callee;
 void (*work)(const void*);
 const void* work_of;
-void run_work() { work(work_of); }
+void run_work() {
+  work(work_of);
+}
 
 // The bytes of stack that one call takes.
 template <class R, class... A>
@@ -194,7 +195,8 @@ TEST_P(Stack, BayerFramesByWrappers) {
     for (const named_call& f : kExports) {
       if (std::string(f.name).rfind("Baylor", 0) != 0) continue;
       ppl_set_quality(context_, quality);
-      d.note(f.depth(argument_source::all(context_, 64)), f.name + (" of quality " + std::to_string(quality)));
+      d.note(f.depth(argument_source::all(context_, 64)),
+             f.name + (" of quality " + std::to_string(quality)));
     }
   report(d);
 }

@@ -451,11 +451,11 @@ TEST_F(Blocks, MediumFilterTakesTheSecondSmallestOfFour) {
     row_store m(5), out(1);
     const auto at = [&](int column, int odd_row) {
       k.medium_filter({.context = &c,
-                .rows = m.from(0),
-                .out = out.from(0),
-                .made = 1,
-                .odd_row = odd_row,
-                .width = kWidth});
+                       .rows = m.from(0),
+                       .out = out.from(0),
+                       .made = 1,
+                       .odd_row = odd_row,
+                       .width = kWidth});
       return static_cast<int>(out[0][column]);
     };
     for (int r = 0; r < 5; ++r) m.fill(r, 100);

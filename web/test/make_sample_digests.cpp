@@ -28,7 +28,9 @@ int main(int argc, char** argv) {
         if ((decimation == -1 && format == 4) || (quality == 4 && format == 3 && decimation == 1)) continue;
         const size_t n = decimation == -1 ? 4 * W * H : decimation == 1 ? W * H / 4 : W * H;
         const size_t bytes[] = {n * 3 / 2, 2 * n, 2 * n, 3 * n, 4 * n};
-        struct alignas(64) line { uint8_t bytes[64]; };
+        struct alignas(64) line {
+          uint8_t bytes[64];
+        };
         std::vector<line> source((raw.size() + 63) / 64), picture((bytes[format] + 63) / 64);
         uint8_t* from = source[0].bytes;
         uint8_t* to = picture[0].bytes;

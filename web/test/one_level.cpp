@@ -20,5 +20,6 @@ extern "C" __int128 __multi3(__int128 a, __int128 b) {
   const uint64_t a0 = a_low & 0xffffffffu, a1 = a_low >> 32, b0 = b_low & 0xffffffffu, b1 = b_low >> 32;
   const uint64_t first = a0 * b0, cross = a1 * b0 + (first >> 32), other = a0 * b1 + (cross & 0xffffffffu);
   const uint64_t high = a1 * b1 + (cross >> 32) + (other >> 32) + a_low * b_high + a_high * b_low;
-  return static_cast<__int128>(static_cast<unsigned __int128>(high) << 64 | (other << 32 | (first & 0xffffffffu)));
+  return static_cast<__int128>(static_cast<unsigned __int128>(high) << 64 |
+                               (other << 32 | (first & 0xffffffffu)));
 }

@@ -8,7 +8,7 @@
 int main(void) {
   enum { n = 320 * 240 };
   uint8_t *frame = aligned_alloc(64, 2 * n), *picture = aligned_alloc(64, 3 * n);
-  ppl_context *context = ppl_init();
+  ppl_context* context = ppl_init();
   if (!frame || !picture || !context) return 1;
   memset(frame, 128, 2 * n);
   memset(picture, 1, 3 * n);
