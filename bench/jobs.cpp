@@ -98,7 +98,7 @@ frame_runner::frame_runner(const frame_task& task)
   ppl_set_lens_correction(context_, task.frame.width, task.frame.height, task.frame.width / 2,
                           task.frame.height / 2, reinterpret_cast<uint16_t*>(lens_.data()),
                           int32_t(lens_.size()), 48, 24, 0, 44);
-  ppl_enable_lens_correction(context_);
+  if (task.lens) ppl_enable_lens_correction(context_);
   ppl_set_quality(context_, uint32_t(task.quality));
   if (task.medium_filter) ppl_enable_medium_filter(context_);
   ppl_set_decimation(context_, task.decimation, 0, 0);

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "level.h"
 #include "ppl.h"
+#include "support/level.h"
 
 namespace bench {
 
@@ -62,6 +62,7 @@ struct frame_task {
   content what = content::photograph;
   int level_number = -1;
   bool statistics = true;
+  bool lens = true;
 };
 
 // The task with its buffers and a context of its own.

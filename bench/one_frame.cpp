@@ -1,6 +1,8 @@
 // A few frame calls and nothing else, for a profiler or an instruction counter:
 //
-//   one_frame LEVEL QUALITY FORMAT DECIMATION FRAMES      LEVEL 0 to 3, FORMAT i420 yuyv uyvy rgb24 rgb32
+//   one_frame LEVEL QUALITY FORMAT DECIMATION FRAMES [no_lens]
+//
+// LEVEL from 0, the narrowest; FORMAT i420 yuyv uyvy rgb24 rgb32.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -8,12 +10,14 @@
 #include "jobs.h"
 
 int main(int argc, char** argv) {
-  if (argc != 6) {
-    fprintf(stderr, "one_frame LEVEL QUALITY FORMAT DECIMATION FRAMES\n");
+  if (argc != 6 && !(argc == 7 && strcmp(argv[6], "no_lens") == 0)) {
+    fprintf(stderr, "one_frame LEVEL QUALITY FORMAT DECIMATION FRAMES [no_lens]\n");
     return 2;
   }
-  bench::frame_task task = {
-      .quality = atoi(argv[2]), .decimation = atoi(argv[4]), .level_number = atoi(argv[1])};
+  bench::frame_task task = {.quality = atoi(argv[2]),
+                            .decimation = atoi(argv[4]),
+                            .level_number = atoi(argv[1]),
+                            .lens = argc == 6};
   for (int f = 0; f < bench::kFormats; ++f)
     if (strcmp(argv[3], bench::kFormatNames[f]) == 0) task.to = bench::format(f);
   if (task.level_number >= ppl_test_levels()) {

@@ -1,9 +1,9 @@
 // A row of bytes through two tables of 256, one for the bytes at even places, one for those at odd ones.
 //
 // Each level keeps the two tables in 4096 bytes of the caller's, in a form of its own. With 64-byte registers a table
-// stands in four of them, and both tables are looked up and blended. With 32 a look-up is a chain of shuffles. With 16 it
-// is scalar, for a chain would take longer: each entry is held already shifted to its byte's place among four, so that
-// four bytes are four loads and three ors.
+// stands in four of them, and both tables are looked up and blended. With 32 a look-up is a chain of shuffles. NEON looks
+// up 64 entries at once. Elsewhere with 16 it is scalar, for a chain would take longer: each entry is held already shifted
+// to its byte's place among four, so that four bytes are four loads and three ors.
 #pragma once
 
 #include "simd/simd-inl.h"
@@ -168,6 +168,73 @@ static void look_up_row(const void* memory, const uint8_t* from, uint8_t* row, u
     look_up_columns<2>(steps, from + x, row + x, frame_at(x), 128);
   if (width - x > 128) return look_up_columns<3>(steps, from + x, row + x, frame_at(x), width - x);
   for (; x < width; x += 64) look_up_columns<1>(steps, from + x, row + x, frame_at(x), width - x);
+}
+
+#elif defined(PPL_LEVEL_neon)
+static void make_table_pair(void* memory, const uint8_t (&even_places)[256],
+                            const uint8_t (&odd_places)[256]) {
+  __builtin_memcpy(memory, even_places, 256);
+  __builtin_memcpy(static_cast<uint8_t*>(memory) + 256, odd_places, 256);
+}
+
+// Bytes of one table, in place, by a quarter of it at a time.
+template <int kVectors>
+PPL_INLINE void look_up(const uint8_t* table, vec<16> (&bytes)[kVectors]) {
+  // Indices beyond a quarter give 0 in the first step, and leave what is there in the others.
+  vec<16> index[kVectors];
+  const uint8x16x4_t first = vld1q_u8_x4(table);
+#pragma GCC unroll 4
+  for (int i = 0; i < kVectors; ++i) {
+    index[i] = bytes[i];
+    bytes[i] = of(vqtbl4q_u8(first, index[i].v));
+  }
+#pragma GCC unroll 4
+  for (int k = 1; k < 4; ++k) {
+    const uint8x16x4_t quarter = vld1q_u8_x4(table + 64 * k);
+#pragma GCC unroll 4
+    for (int i = 0; i < kVectors; ++i) {
+      index[i] = sub8(index[i], set8<vec<16>>(64));
+      bytes[i] = of(vqtbx4q_u8(bytes[i].v, quarter, index[i].v));
+    }
+  }
+}
+template <int kVectors>
+PPL_INLINE void look_up_columns(const uint8_t* tables, const uint8_t* from, uint8_t* row, uint8_t* frame) {
+  vec<16> evens[kVectors], odds[kVectors];
+#pragma GCC unroll 4
+  for (int i = 0; i < kVectors; ++i) {
+    const vec<16> a = loadu<vec<16>>(from + 32 * i), b = loadu<vec<16>>(from + 32 * i + 16);
+    evens[i] = even_bytes(a, b);
+    odds[i] = odd_bytes(a, b);
+  }
+  look_up(tables, evens);
+  look_up(tables + 256, odds);
+#pragma GCC unroll 4
+  for (int i = 0; i < kVectors; ++i) {
+    vec<16> a, b;
+    interleave8(evens[i], odds[i], a, b);
+    storeu(row + 32 * i, a);
+    storeu(row + 32 * i + 16, b);
+    if (frame == nullptr) continue;
+    storeu(frame + 32 * i, a);
+    storeu(frame + 32 * i + 16, b);
+  }
+}
+
+// A row through its tables; `width` is a multiple of 16. The result goes to `row`, and to `frame` unless that is null.
+static void look_up_row(const void* memory, const uint8_t* from, uint8_t* row, uint8_t* frame, int width) {
+  const uint8_t* const tables = static_cast<const uint8_t*>(memory);
+  const auto frame_at = [&](int x) { return frame != nullptr ? frame + x : nullptr; };
+  int x = 0;
+  for (; x + 128 <= width; x += 128) look_up_columns<4>(tables, from + x, row + x, frame_at(x));
+  for (; x + 32 <= width; x += 32) look_up_columns<1>(tables, from + x, row + x, frame_at(x));
+  if (x == width) return;
+  uint8_t twice[32];
+  storeu(twice, loadu<vec<16>>(from + x));
+  storeu(twice + 16, loadu<vec<16>>(from + x));
+  look_up_columns<1>(tables, twice, twice, nullptr);
+  storeu(row + x, loadu<vec<16>>(twice));
+  if (frame != nullptr) storeu(frame + x, loadu<vec<16>>(twice));
 }
 
 #elif !defined(PPL_LEVEL_avx512)

@@ -26,6 +26,8 @@
     defined(PPL_LEVEL_avx512)
 #define PPL_X86
 #include <immintrin.h>
+#elif defined(PPL_LEVEL_neon)
+#include <arm_neon.h>
 #elif defined(PPL_LEVEL_simd128)
 #include <wasm_simd128.h>
 #endif
@@ -89,6 +91,8 @@ constexpr bool kShufflesBytes = false, kMultipliesBytes = false;
 #include "simd/plain-inl.h"
 #if defined(PPL_X86)
 #include "simd/x86-inl.h"
+#elif defined(PPL_LEVEL_neon)
+#include "simd/neon-inl.h"
 #elif defined(PPL_LEVEL_simd128)
 #include "simd/wasm-inl.h"
 #endif

@@ -53,6 +53,10 @@ PPL_INLINE void store_bgr_words(uint8_t* out, vec<16> bg, vec<16> rb, vec<16> gr
 PPL_INLINE void store_bgr(uint8_t* out, vec<16> b, vec<16> g, vec<16> r) {
   store_bgr_words(out, even(b) | sll16<8>(g), even_odd(r, b), even_odd(srl16<8>(g), r));
 }
+#elif defined(PPL_LEVEL_neon)
+PPL_INLINE void store_bgr(uint8_t* out, vec<16> b, vec<16> g, vec<16> r) {
+  vst3q_u8(out, uint8x16x3_t{{b.v, g.v, r.v}});
+}
 #elif defined(PPL_LEVEL_plain)
 PPL_INLINE void store_bgr(uint8_t* out, vec<16> b, vec<16> g, vec<16> r) {
   for (int i = 0; i < 16; ++i) {
@@ -98,6 +102,11 @@ PPL_INLINE void store_bgr(uint8_t* out, vec<64> b, vec<64> g, vec<64> r) {
 }
 #endif
 
+#if defined(PPL_LEVEL_neon)
+PPL_INLINE void store_bgr0(uint8_t* out, vec<16> b, vec<16> g, vec<16> r) {
+  vst4q_u8(out, uint8x16x4_t{{b.v, g.v, r.v, zero<vec<16>>().v}});
+}
+#else
 template <class V>
 PPL_INLINE void store_bgr0(uint8_t* out, V b, V g, V r) {
   V bg[2], r0[2], four[4];
@@ -107,6 +116,7 @@ PPL_INLINE void store_bgr0(uint8_t* out, V b, V g, V r) {
   interleave16(bg[1], r0[1], four[2], four[3]);
   for (int i = 0; i < 4; i++) storeu(out + i * V::size, four[i]);
 }
+#endif
 
 // ---- V::size pixels from signed 16-bit lanes >> S, clamped
 
