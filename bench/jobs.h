@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "level.h"
 #include "ppl.h"
-#include "support/level.h"
 
 namespace bench {
 
