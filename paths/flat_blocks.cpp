@@ -70,9 +70,10 @@ void start_flat_colours(walk& w, const demosaic_block& block, bool edge) {
   const bool inner =
       block.flat == flat_colours::odd_blocks || (block.flat == flat_colours::left_over && edge);
   const bool skips = block.flat == flat_colours::left_over && edge;
-  w.flat = {flat_row(w, 0), flat_row(w, 1), flat_row(w, 2),
-            flat_row(w, 3), inner ? 1 : 0,  inner ? w.height - 2 : w.height - 1,
-            skips ? 2 : -1};
+  // Row 1 of left-over colours is reached in a frame of two rows as well.
+  const int last = !inner ? w.height - 1 : skips && w.height == 2 ? 1 : w.height - 2;
+  w.flat = {flat_row(w, 0), flat_row(w, 1), flat_row(w, 2), flat_row(w, 3),
+            inner ? 1 : 0,  last,           skips ? 2 : -1};
   if (is_tested(block.flat)) return;
   for (int x = 0; x < w.width + 64; x += kTile) {
     __builtin_memcpy(w.flat.mask + x, &left.flat_mask, kTile);

@@ -1068,6 +1068,30 @@ void absurd_lines_case(test_case& c) {
   }
 }
 
+// Small frames of qualities 10 and 11, whose last flat colours stay for later frames of 0 and 1 on the slot.
+void leftovers_case(test_case& c) {
+  random_source& random = c.random;
+  random_controls(c, 2);
+  for (int i = 0; i < 5 && !c.failed; ++i) {
+    frame_size f{16 * random.between(1, 8), 2 * random.between(1, 5), 0};
+    f.stride = f.width + (random.chance(20) ? 16 : 0);
+    if (random.chance(50)) {
+      const uint32_t v = random.chance(60) ? 255u : uint32_t(random.between(0, 255));
+      CALL1(set_CFA_T0_threshold, v);
+    }
+    if (random.chance(30)) {
+      CALL(enable_medium_filter);
+    } else {
+      CALL(disable_medium_filter);
+    }
+    set_mirrors(c);
+    if (random.chance(30)) set_decimation(c, false);
+    constexpr uint32_t qualities[] = {10, 11, 0, 1, 0};
+    set_quality(c, i == 0 ? qualities[random.between(0, 1)] : random.pick(qualities));
+    one_frame(c, format(random.between(0, 4)), f, 0, false);
+  }
+}
+
 // Sizes that no picture is promised for: the buffers, the count and the answer are.
 void safety_case(test_case& c) {
   random_source& random = c.random;
@@ -1307,6 +1331,7 @@ std::vector<family> families() {
   all.push_back({"sequences", 400, sequence_case});
   all.push_back({"scaled", 400, [](test_case& c) { scaled_case(c); }});
   all.push_back({"black_lines", 400, black_lines_case});
+  all.push_back({"leftovers", 300, leftovers_case});
   all.push_back({"absurd_lines", 400, absurd_lines_case});
   all.push_back({"nulls", 400, null_case});
   all.push_back({"safety", 1500, safety_case});

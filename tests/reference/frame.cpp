@@ -45,15 +45,17 @@ int scale_entry(const state& s, format kind) {
   }
 }
 
-// Whether a frame of a path that runs reads a null source or writes to a null destination.
+// Whether a frame of a path that runs reads a null source or writes to a null destination. The raw path reads no more than
+// it writes; all others work on the source whatever becomes of the picture.
 bool follows_null(const state& s, format kind, const uint8_t* source, const uint8_t* destination,
                   int64_t size) {
-  const bool raw = s.quality == 4 || s.quality == 9;
-  const bool halves = s.decimation == 1 && kind != format::rgb24;
-  const bool draws = !raw || s.decimation == 0 || halves;
-  const bool marks = raw && kind == format::i420 && s.out_width >= 160 && s.out_width / 10 % 16 == 0;
-  const bool reads = draws && s.frame_width > 0 && s.frame_height > 0;
-  return (reads && !source) || ((draws || marks) && size > 0 && !destination);
+  if (s.quality != 4 && s.quality != 9)
+    return (s.frame_width > 0 && s.frame_height > 0 && !source) || (size > 0 && !destination);
+  if (size == 0) return false;
+  const bool draws = s.decimation == 0 || (s.decimation == 1 && kind != format::rgb24);
+  const bool marks =
+      kind == format::i420 && s.out_width >= 160 && s.out_width / 10 % 16 == 0 && s.out_height >= 12;
+  return (draws && !source) || ((draws || marks) && !destination);
 }
 
 bool dispatch(state& s, format kind, uint8_t* source, uint8_t* destination) {
@@ -199,15 +201,15 @@ bool scaling_wrapper(state& s, format kind, uint8_t* source, uint32_t width, uin
   s.clear_statistics();
   bool result = true;
   if (aligned(source, scratch, 16) && !s.P3_only) {
-    const bool resamples = kind == format::i420 || kind == format::yuyv;
+    const int64_t written = frame_bytes(kind, s.out_width, s.out_height);
+    const int64_t behind = frame_bytes(kind, int32_t(out_width), int32_t(out_height));
+    const bool resamples = (kind == format::i420 || kind == format::yuyv) && behind > 0;
     if (!source || !scratch || (resamples && !destination)) {
       ++s.n_frame;
       s.roll_up();
       return true;
     }
     result = dispatch(s, kind, source, scratch);
-    const int64_t written = frame_bytes(kind, s.out_width, s.out_height);
-    const int64_t behind = frame_bytes(kind, int32_t(out_width), int32_t(out_height));
     if (kind == format::i420) {
       const auto plane = [&](int64_t from, int64_t to, uint32_t shift) {
         const scaler_planes planes = {scratch + from, written - from, destination + to, behind - to};

@@ -18,9 +18,7 @@ void moving_mark(state& s, canvas& out) {
   for (int64_t y = 0; y < rows; ++y) out.fill(first + y * (s.out_width / 2), bw, 255);
 }
 
-}  // namespace
-
-void raw_picture(state& s, format kind, const uint8_t* source, canvas& out) {
+void draw(const state& s, format kind, const uint8_t* source, canvas& out) {
   const int d = s.decimation;
   const int64_t W = s.out_width, half_rows = s.frame_height >> 1;
   const auto at = [&](int64_t row, int64_t column) { return source[row * s.frame_stride + column]; };
@@ -32,7 +30,6 @@ void raw_picture(state& s, format kind, const uint8_t* source, canvas& out) {
         for (int64_t y = 0; y < half_rows; ++y)
           for (int64_t x = 0; x < W; ++x) out.store(y * W + x, at(2 * y, 2 * x));
       if (d == 0 || d == 1) out.fill(s.out_pixels, s.out_pixels / 2, 128);
-      moving_mark(s, out);
       break;
     case format::yuyv:
       if (d == 0)
@@ -80,6 +77,13 @@ void raw_picture(state& s, format kind, const uint8_t* source, canvas& out) {
       }
       break;
   }
+}
+
+}  // namespace
+
+void raw_picture(state& s, format kind, const uint8_t* source, canvas& out) {
+  if (source) draw(s, kind, source, out);  // a null one comes with a frame of no bytes
+  if (kind == format::i420) moving_mark(s, out);
 }
 
 }  // namespace ref
