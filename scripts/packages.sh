@@ -5,6 +5,7 @@ PACKAGES_TOOL="libcli11-dev nlohmann-json3-dev libpng-dev libcairo2-dev fonts-de
 PACKAGES_CHECK="clang libgtest-dev python3 binutils"
 PACKAGES_PHOTOGRAPHS="mate-backgrounds python3-skimage imagemagick"
 PACKAGES_GSTREAMER="libgstreamer-plugins-base1.0-dev gstreamer1.0-tools"
+PACKAGES_PYTHON="python3-dev python3-numpy python3-pil python3-pip python3-pytest python3-setuptools python3-wheel pybind11-dev"
 PACKAGES_WASM="clang-19 lld-19 wasi-libc"
 PACKAGES_PAGE="chromium"
 PACKAGES_KERNEL="g++-mingw-w64-x86-64-win32 clang-19 lld-19 llvm-19 wine wine64 osslsigncode openssl"
