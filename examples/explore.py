@@ -1,4 +1,4 @@
-"""A raw frame, cell by cell, from samples to pictures. Runs as a program, and in editors that know "# %%" as a notebook.
+"""A raw frame, cell by cell, from samples to pictures: a program, and a notebook in editors that know "# %%".
 
     python3 examples/explore.py [FRAME.raw WIDTH HEIGHT] [FOLDER]
 
@@ -65,7 +65,8 @@ with ppl.Context(settings) as camera:
         rgb = np.stack([y + v, y - 0.509 * v - 0.194 * u, y + u], axis=2)
         piece = np.clip(rgb, 0, 255).astype(np.uint8)[top : top + 64, left : left + 96]
         tile = Image.fromarray(np.kron(piece, np.ones((3, 3, 1), np.uint8)))
-        ImageDraw.Draw(tile).text((4, 4), f"{int(quality)} {quality.name.lower()}", "white", stroke_width=2, stroke_fill="black")
+        name = f"{int(quality)} {quality.name.lower()}"
+        ImageDraw.Draw(tile).text((4, 4), name, "white", stroke_width=2, stroke_fill="black")
         pieces.append(np.asarray(tile))
 pieces += [np.zeros_like(pieces[0])] * (-len(pieces) % 4)
 save(np.vstack([np.hstack(pieces[i : i + 4]) for i in range(0, len(pieces), 4)]), "qualities.png")

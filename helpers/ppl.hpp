@@ -74,15 +74,18 @@ class error : public std::runtime_error {
   ppl_reason reason_;
 };
 
-/// Bytes that start at a multiple of 64, as frames want them. Contents are zero at first.
+/// Bytes that start at a multiple of 64, as frames want them. Zero at first.
 class buffer {
  public:
   buffer() noexcept = default;
-  explicit buffer(std::size_t n)
-      : data_(n == 0 ? nullptr : static_cast<std::uint8_t*>(::operator new (n, std::align_val_t{64}))),
-        size_(n) {
+  explicit buffer(std::size_t n) : buffer(n, uncleared{}) {
     if (n != 0) std::memset(data_, 0, n);
   }
+  /// For what is written whole anyway.
+  struct uncleared {};
+  buffer(std::size_t n, uncleared)
+      : data_(n == 0 ? nullptr : static_cast<std::uint8_t*>(::operator new (n, std::align_val_t{64}))),
+        size_(n) {}
   explicit buffer(std::span<const std::uint8_t> bytes) : buffer(bytes.size()) {
     if (size_ != 0) std::memcpy(data_, bytes.data(), size_);
   }
@@ -200,7 +203,9 @@ class context {
   }
   /// The same into a buffer of its own.
   buffer convert(const mosaic& frame, format to, size at = size::same) {
-    buffer picture(bytes(to, picture_of({frame.width, frame.height}, at)));
+    const extent e = {frame.width, frame.height};
+    demand(plan(e, to, at, frame.stride));  // before memory is asked for
+    buffer picture(bytes(to, picture_of(e, at)), buffer::uncleared{});
     convert(frame, picture, to, at);
     return picture;
   }
@@ -214,7 +219,9 @@ class context {
     const ppl_verdict v = demand(p);
     demand_bytes("the frame", frame.samples, v.source_bytes);
     forget_flat_colours();
-    buffer scratch(static_cast<std::size_t>(v.scratch_bytes)), picture(bytes(to, to_size));
+    const buffer::uncleared as_it_is;
+    buffer scratch(static_cast<std::size_t>(v.scratch_bytes), as_it_is),
+        picture(bytes(to, to_size), as_it_is);
     const auto call = to == format::yuyv ? BaylorToYUYVMMX_scaling_stride : BaylorToI420MMX_scaling_stride;
     finish(call(context_, frame.samples.data(), p.width, p.height, p.stride, picture.data(), p.out_width,
                 p.out_height, scratch.data()),
@@ -240,7 +247,8 @@ class context {
            v);
   }
   buffer convert(packing from, std::span<const std::uint8_t> frame, extent e, format to) {
-    buffer picture(bytes(to, e));
+    demand(conversion(PPL_CALL_PACKED, from, to, e, e));
+    buffer picture(bytes(to, e), buffer::uncleared{});
     convert(from, frame, e, picture, to);
     return picture;
   }
@@ -271,7 +279,8 @@ class context {
   }
   buffer deinterlace(packing from, std::span<const std::uint8_t> earlier, std::span<const std::uint8_t> kept,
                      std::span<const std::uint8_t> later, extent e, format to) {
-    buffer picture(bytes(to, e));
+    demand(conversion(PPL_CALL_FIELDS, from, to, e, e));
+    buffer picture(bytes(to, e), buffer::uncleared{});
     deinterlace(from, earlier, kept, later, e, picture, to);
     return picture;
   }

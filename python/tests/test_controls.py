@@ -106,7 +106,8 @@ def test_settings_files_are_those_of_the_tool(tool, tmp_path):
         lens_correction=Lens(48, 24, 0, 44, origin=(320, 240)),
     )  # fmt: skip
     settings.save(path)
-    again = subprocess.run([tool, "settings", "--settings", str(path)], capture_output=True, text=True, check=True).stdout
+    command = [tool, "settings", "--settings", str(path)]
+    again = subprocess.run(command, capture_output=True, text=True, check=True).stdout
     assert json.loads(again) == json.loads(path.read_text())
     assert Settings.load(path) == settings
     with ppl.Context(settings) as c:

@@ -101,7 +101,12 @@ def test_a_simulated_frame_comes_back():
 
 @pytest.mark.parametrize(
     "settings, sentence",
-    [({"kelvin": 100}, "illuminant"), ({"bits": 7}, "bits takes"), ({"hot": -1}, "hot takes"), ({"shading": 2}, "shading")],
+    [
+        ({"kelvin": 100}, "illuminant"),
+        ({"bits": 7}, "bits takes"),
+        ({"hot": -1}, "hot takes"),
+        ({"shading": 2}, "shading"),
+    ],
 )
 def test_simulation_refuses_what_makes_no_sense(settings, sentence):
     with pytest.raises(ppl.Error, match=sentence):

@@ -127,6 +127,11 @@ TEST(Cpp, WhatMakesNoPictureIsThrownWithTheReason) {
   EXPECT_EQ(convert(64, 32, ppl::format::rgb24, ppl::size::twice).second, PPL_REASON_NOT_CONVERTED_TO_RGB);
   EXPECT_EQ(convert(64, 32, ppl::format::i420, ppl::size::same, 32).second, PPL_REASON_STRIDE_BELOW_WIDTH);
   EXPECT_EQ(convert(4096, 32, ppl::format::i420).second, PPL_REASON_SIZE_REFUSED);
+  EXPECT_EQ(convert(0x7fffffff, 1, ppl::format::rgb24).second, PPL_REASON_SIZE_REFUSED);
+  EXPECT_EQ(thrown([&] {
+              c.convert(ppl::packing::yuyv, raw, {0x7fffffff, 1}, ppl::format::rgb24);
+            }).second,
+            PPL_REASON_SIZE_REFUSED);
   EXPECT_EQ(thrown([&] {
               c.convert_scaled({raw, 64, 32}, ppl::format::uyvy, {128, 64});
             }).second,

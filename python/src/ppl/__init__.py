@@ -8,8 +8,8 @@
         picture = camera.convert(raw)                  # (480, 640, 3), red, green, blue, top row first
         print(camera.statistics.whole_frame)
 
-A call that would make no whole picture throws `ppl.Error`, whose sentence says why and what would do; `ppl.check` says it
-beforehand.
+A call that would make no whole picture throws `ppl.Error`, whose sentence says why and what would do; `ppl.check` says
+it beforehand.
 """
 from __future__ import annotations
 
@@ -66,8 +66,8 @@ def check(
     """Whether a call makes a whole picture, and if not, why, and what would.
 
     Of Bayer frames besides: decimation, stride (the width), medium_filter, h_mirror, v_mirror, and out_width and
-    out_height of scaled calls. Of conversions: input, out_width, out_height, and sized (the size stands already and need
-    not be in the library's table).
+    out_height of scaled calls. Of conversions: input, out_width, out_height, and sized (the size stands already and
+    need not be in the library's table).
     """
     said = _ppl.check(
         {"call": call, "format": format, "width": width, "height": height, "quality": quality, **plan}
@@ -99,9 +99,9 @@ def simulate(
     same as `ppl simulate`.
 
     black: in steps of the frame. gains: R, G, B that balance the sensor at 6504 K. kelvin: of the light, 2000 to 10000.
-    exposure: times the light. shading: share of the light that the furthest corner loses; centre: of the lens, as shares
-    of width and height. green_imbalance: how much brighter Gr sites are. noise, shot_noise: standard deviations in 1/255
-    of the range. hot, dead: sites.
+    exposure: times the light. shading: share of the light that the furthest corner loses; centre: of the lens, as
+    shares of width and height. green_imbalance: how much brighter Gr sites are. noise, shot_noise: standard deviations
+    in 1/255 of the range. hot, dead: sites.
     """
     picture = np.asarray(rgb)
     if picture.dtype != np.uint8 or picture.ndim != 3 or picture.shape[2] != 3:

@@ -22,8 +22,8 @@ Means = npt.NDArray[np.float64]
 class Statistics:
     """What was measured on the last Bayer frame. Means are in steps of a sample, 0 to 255, red, green, blue.
 
-    `qualified` and the histograms are linear in the light; all other means are taken by halves before and behind the tone
-    curve, and are linear where that is the identity (`Context.tone`).
+    `qualified` and the histograms are linear in the light; all other means are taken by halves before and behind the
+    tone curve, and are linear where that is the identity (`Context.tone`).
     """
 
     whole_frame: Means
@@ -60,8 +60,8 @@ class Context:
         with ppl.Context(rgb_gain=(397, 256, 346)) as camera:
             picture = camera.convert(raw)             # (height, width) bytes to (height, width, 3)
 
-    Controls are attributes by the names of `ppl.CONTROLS`; `quality` and `lens_correction` besides. A context may be used
-    from any thread; calls on it run one after the other, and conversions without the interpreter's lock.
+    Controls are attributes by the names of `ppl.CONTROLS`; `quality` and `lens_correction` besides. A context may be
+    used from any thread; calls on it run one after the other, and conversions without the interpreter's lock.
     """
 
     def __init__(self, settings: Optional[Settings] = None, **controls: Any) -> None:
@@ -194,11 +194,11 @@ class Context:
         in_place: bool = False,
         out: Optional[Bytes] = None,
     ) -> Bytes:
-        """A Bayer frame to a picture: (height, width) bytes with B Gb on even rows and Gr R on odd ones, or with another
-        pattern, or 16-bit words of so many bits, which `prepare` then turns into such a frame.
+        """A Bayer frame to a picture: (height, width) bytes with B Gb on even rows and Gr R on odd ones, or with
+        another pattern, or 16-bit words of so many bits, which `prepare` then turns into such a frame.
 
-        The library works in the frame's own memory. Unless `in_place` is true that is a copy. In place the frame must be
-        writable, its rows may lie apart, and it holds the corrected mosaic afterwards; nothing is copied then.
+        The library works in the frame's own memory. Unless `in_place` is true that is a copy. In place the frame must
+        be writable, its rows may lie apart, and it holds the corrected mosaic afterwards; nothing is copied then.
 
         The picture is a new array of the shape that `Format` tells. `out`, an array of as many bytes in any shape, is
         filled instead, as the library stores pictures: RGB bottom row and blue first.
@@ -236,8 +236,8 @@ class Context:
         format: Format = Format.RGB24,
     ) -> Bytes:
         """Two fields, (height / 2, width, 2) bytes each, to a frame: `kept` gives the even rows, `later` the odd ones.
-        Where the chroma of `later` differs from that of `earlier`, the later field of the frame before, it is taken from
-        `kept`; without `earlier` the fields are woven as they stand."""
+        Where the chroma of `later` differs from that of `earlier`, the later field of the frame before, it is taken
+        from `kept`; without `earlier` the fields are woven as they stand."""
         even, odd = _bytes("a field", kept, 3), _bytes("a field", later, 3)
         before = None if earlier is None else _bytes("a field", earlier, 3)
         if even.shape != odd.shape or (before is not None and before.shape != even.shape):

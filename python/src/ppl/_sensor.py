@@ -30,8 +30,8 @@ def prepare(
 ) -> Bytes:
     """A sensor's frame as a new frame of bytes with B Gb on even rows and Gr R on odd ones.
 
-    `frame` is (height, width) bytes, or 16-bit words of either byte order that hold `bits` bits, 8 to 16, at their lower
-    end. MIPI-packed samples of 10 or 12 bits are (height, bytes of a row) bytes, and `packed_width` is the width.
+    `frame` is (height, width) bytes, or 16-bit words of either byte order that hold `bits` bits, 8 to 16, at their
+    lower end. MIPI-packed samples of 10 or 12 bits are (height, bytes of a row) bytes, and `packed_width` is the width.
 
     Samples of more than 8 bits are rounded, cut off where `rounding` is false, or looked up in `table`, which then has
     an entry for every sample. The picture starts at the first B site of the pattern; the column or row that is then
@@ -122,8 +122,8 @@ class AutoControl:
         delay: int = 2,
         daylight_gains: tuple[int, int, int] = (397, 256, 346),
     ) -> None:
-        """`exposure`: the shortest and the longest, in any unit. `gain`: the sensor's. `flicker`: exposures above it become
-        multiples of it. `delay`: frames that a change takes to show."""
+        """`exposure`: the shortest and the longest, in any unit. `gain`: the sensor's. `flicker`: exposures above it
+        become multiples of it. `delay`: frames that a change takes to show."""
         gains = [round(256 * g) for g in gain]
         if not (1 <= exposure[0] <= exposure[1] < 1 << 24 and 1 <= gains[0] <= gains[1] < 1 << 16):
             raise Error("exposures go from 1 to 2^24 - 1 and gains from 1 / 256 to 255, the smaller one first")

@@ -42,7 +42,8 @@ class Control:
             return bool(value)
         if self.kind == "number":
             if not _is_whole(value) or not self.low <= value <= self.high:
-                raise Error(f"{where}{self.name} takes a whole number from {self.low} to {self.high}, not {_shown(value)}")
+                wanted = f"a whole number from {self.low} to {self.high}"
+                raise Error(f"{where}{self.name} takes {wanted}, not {_shown(value)}")
             return int(value)
         # One black level serves all four sites, but not in a file.
         numbers = [value] * 4 if _is_whole(value) and self.name.startswith("optical_black") and not where else value
@@ -177,9 +178,8 @@ class Settings:
         elif name == "lens_correction":
             if not isinstance(value, Lens):
                 if not isinstance(value, Mapping):
-                    raise Error(
-                        f'{where}lens_correction is an object like {{"f1": 48, "f1_rshift_count": 24}}, not {_shown(value)}'
-                    )
+                    like = '{"f1": 48, "f1_rshift_count": 24}'
+                    raise Error(f"{where}lens_correction is an object like {like}, not {_shown(value)}")
                 _check_lens(value, where)
                 origin = value.get("origin")
                 numbers: dict[str, Any] = {key: int(n) for key, n in value.items() if key != "origin"}
@@ -239,7 +239,8 @@ class Settings:
         if "ppl_settings" not in read:
             raise Error(f'{name} holds no settings: "ppl_settings": 1 is missing in it')
         if read["ppl_settings"] != 1 or isinstance(read["ppl_settings"], bool):
-            raise Error(f"{name} holds settings of version {_shown(read['ppl_settings'])}; this package reads version 1")
+            version = _shown(read["ppl_settings"])
+            raise Error(f"{name} holds settings of version {version}; this package reads version 1")
         settings = cls()
         for key, value in read.items():
             if key == "ppl_settings":
