@@ -4,6 +4,7 @@
 // nothing else, so size, frame count, statistics and leftovers pass on to the next owner of the slot.
 #include "platform/levels.h"
 #include "record/context.h"
+#include "record/gaps.h"
 
 namespace ppl {
 
@@ -15,6 +16,7 @@ ppl_context context_pool[kPoolRecords];
 extern "C" void ppl_clear_pool();
 
 void ppl_clear_pool() {
+  for (ppl_context& c : ppl::context_pool) ppl::open_gaps(c);
   __builtin_memset(static_cast<void*>(ppl::context_pool), 0, sizeof ppl::context_pool);
 }
 
@@ -22,6 +24,7 @@ ppl_context* ppl_init(void) {
   for (ppl_context& c : ppl::context_pool) {
     if (c.in_use) continue;
     c.in_use = 1;
+    ppl::close_gaps(c);
     c.kernels = ppl::choose_kernels();
     ppl_reset_all_controls(&c);  // answers false: the default lens correction has no table
     c.claimed_flag = 1;

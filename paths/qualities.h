@@ -43,6 +43,7 @@ struct quality_row {
   quality_form plain = {}, medium = {};
 
   constexpr const ppl_quality_row& facts() const { return ppl_quality_table[quality]; }
+  constexpr bool walks() const { return facts().road == PPL_ROAD_WALK; }
   constexpr const quality_form& form(bool medium_filter) const {
     return medium_filter && facts().reads_medium_filter != 0 ? medium : plain;
   }
@@ -95,9 +96,11 @@ inline constexpr quality_row quality_rows[PPL_QUALITIES] = {
 // Every row is in its place and has what its road needs; rows between agree with where pictures are whole.
 constexpr bool is_complete(const quality_row& q, int place) {
   const ppl_quality_row& facts = q.facts();
-  const bool walks = facts.road == PPL_ROAD_WALK;
-  if (q.quality != place || facts.quality != place || walks != (q.demosaic != nullptr)) return false;
-  if (!walks) return true;
+  if (q.quality != place || facts.quality != place) return false;
+  if (!q.walks()) return true;
+  // Reading the block is the test that there is one: a null pointer is no constant expression here.
+  if (const demosaic_block block = *q.demosaic; block.kernel == nullptr && block.flat != flat_colours::none)
+    return false;
   // Without the noise filter's words there are planes, and words can't be had without it.
   if (q.noise_filter != (q.rgb == rgb_form::yuv_words)) return false;
   for (int medium = 0; medium < 2; ++medium) {

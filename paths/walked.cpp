@@ -67,7 +67,7 @@ constexpr bool forms_planes(const quality_row& q, out_format format) {
 // Every quality's rings have their place, whatever the format.
 constexpr bool all_fit() {
   for (const quality_row& q : quality_rows)
-    for (int form = 0; q.demosaic != nullptr && form < 8; ++form) {
+    for (int form = 0; q.walks() && form < 8; ++form) {
       const bool medium = (form & 1) != 0 && q.facts().reads_medium_filter != 0;
       const bool planes = (form & 2) != 0 && q.rgb != rgb_form::yuv_words;
       const bool unfiltered = (form & 4) != 0 && q.rgb == rgb_form::yuv_words;

@@ -98,6 +98,14 @@ struct alignas(64) statistics_sums {
 
 }  // namespace ppl
 
+// Builds for the address sanitizer keep the working areas apart by bytes that nothing may touch (record/gaps.h): what
+// runs over the end of one does not land in the next unnoticed.
+#ifdef PPL_RECORD_GAPS
+#define PPL_RECORD_GAP(name) alignas(64) uint8_t name[256];
+#else
+#define PPL_RECORD_GAP(name)
+#endif
+
 struct alignas(64) ppl_context {
   uint8_t in_use;
 
@@ -193,13 +201,19 @@ struct alignas(64) ppl_context {
   const ppl::kernels* kernels;
 
   // Row storage of the frame in progress; nothing here outlives a call.
+  PPL_RECORD_GAP(gap_before_rings)
   alignas(64) uint8_t ring_pool[ppl::kRingPoolBytes];
+  PPL_RECORD_GAP(gap_before_scratch)
   alignas(64) uint8_t scratch[ppl::kScratchBytes];
+  PPL_RECORD_GAP(gap_before_sums)
   ppl::statistics_sums sums;
+  PPL_RECORD_GAP(gap_before_tables)
   // Black level, gain, offset and tone curve of the frame in progress as one look-up, in the form that suits the
   // level: for each of four neighbouring samples of an even and of an odd row, or for each site (tile/tone-inl.h).
   alignas(64) uint32_t site_tables[2][4][256];
+  PPL_RECORD_GAP(gap_behind)
 };
+#undef PPL_RECORD_GAP
 
 namespace ppl {
 
