@@ -364,8 +364,8 @@ TEST(AutoLoop, ExposureSettlesWithoutSwinging) {
       for (double& area : plant.areas) area *= change % 2 ? 1.0 / 9 : 7;
     }
   }
-  EXPECT_LE(worst_frames, 120);
-  EXPECT_LE(worst_turns, 12);
+  EXPECT_LE(worst_frames, 40);
+  EXPECT_LE(worst_turns, 4);
 }
 
 // Even if the loop knows nothing of the delay it comes to rest.
