@@ -17,7 +17,6 @@ void add_sizes(GstStructure* s, int width, int height) {
   gst_value_set_int_range_step(&range, 2, height, 2);
   gst_structure_set_value(s, "height", &range);
   g_value_unset(&range);
-  gst_structure_set(s, "framerate", GST_TYPE_FRACTION_RANGE, 0, 1, G_MAXINT, 1, nullptr);
 }
 
 void add_sizes_of(GstStructure* s, int quality) {
@@ -93,7 +92,8 @@ std::string formats_of(int quality) {
   std::string list;
   ppl_format frame;
   for (const Output& output : outputs)
-    if (frame_behind(quality, output.format, &frame)) list += (list.empty() ? "" : ", ") + std::string(output.name);
+    if (frame_behind(quality, output.format, &frame))
+      list += (list.empty() ? "" : ", ") + std::string(output.name);
   return list;
 }
 
@@ -101,8 +101,8 @@ bool parse_bayer_format(const char* name, ppl_sensor_frame* frame) {
   if (!name || strlen(name) < 4) return false;
   const auto* pattern = std::find_if(std::begin(patterns), std::end(patterns),
                                      [&](const char* p) { return strncmp(p, name, 4) == 0; });
-  const auto* depth =
-      std::find_if(std::begin(depths), std::end(depths), [&](const char* d) { return strcmp(d, name + 4) == 0; });
+  const auto* depth = std::find_if(std::begin(depths), std::end(depths),
+                                   [&](const char* d) { return strcmp(d, name + 4) == 0; });
   if (pattern == std::end(patterns) || depth == std::end(depths)) return false;
   frame->pattern = static_cast<int>(pattern - std::begin(patterns));
   if (!**depth) {
@@ -159,9 +159,12 @@ GstCaps* same_sizes(const GstCaps* given, const GstCaps* offered) {
       bool common = true;
       for (const char* field : {"width", "height", "framerate"})
         if (const GValue* value = gst_structure_get_value(from, field)) {
+          const GValue* ours = gst_structure_get_value(other, field);
           GValue both = G_VALUE_INIT;
-          common = common && gst_value_intersect(&both, value, gst_structure_get_value(other, field));
-          if (common) gst_structure_take_value(other, field, &both);
+          if (!ours)
+            gst_structure_set_value(other, field, value);
+          else if ((common = common && gst_value_intersect(&both, value, ours)))
+            gst_structure_take_value(other, field, &both);
         }
       if (common)
         result = gst_caps_merge_structure(result, other);

@@ -17,10 +17,11 @@ struct Output {
   const char* name;
   const char* colorimetry;  // null: left out
 };
-constexpr Output outputs[] = {{GST_VIDEO_FORMAT_I420, "I420", "1:4:7:1"}, {GST_VIDEO_FORMAT_YUY2, "YUY2", "1:4:7:1"},
-                              {GST_VIDEO_FORMAT_UYVY, "UYVY", "1:4:7:1"}, {GST_VIDEO_FORMAT_NV12, "NV12", "1:4:7:1"},
-                              {GST_VIDEO_FORMAT_BGR, "BGR", nullptr},     {GST_VIDEO_FORMAT_BGRx, "BGRx", nullptr},
-                              {GST_VIDEO_FORMAT_RGBx, "RGBx", nullptr}};
+constexpr Output outputs[] = {
+    {GST_VIDEO_FORMAT_I420, "I420", "1:4:7:1"}, {GST_VIDEO_FORMAT_YUY2, "YUY2", "1:4:7:1"},
+    {GST_VIDEO_FORMAT_UYVY, "UYVY", "1:4:7:1"}, {GST_VIDEO_FORMAT_NV12, "NV12", "1:4:7:1"},
+    {GST_VIDEO_FORMAT_BGR, "BGR", nullptr},     {GST_VIDEO_FORMAT_BGRx, "BGRx", nullptr},
+    {GST_VIDEO_FORMAT_RGBx, "RGBx", nullptr}};
 
 // The largest frame that is made in one call, and the largest at all, in overlapping parts. Of the raw qualities there
 // are no parts.

@@ -15,8 +15,8 @@ namespace {
 std::mutex slots;  // ppl_init and ppl_free must not overlap
 
 using Call = uint8_t (*)(ppl_context*, uint8_t*, uint8_t*, uint32_t, uint32_t, uint32_t);
-constexpr Call calls[] = {ppl_process_blrtoi420, ppl_process_blrtoyuyv, ppl_process_blrtouyvy, ppl_process_blrtorgb24,
-                          ppl_process_blrtorgb32};  // by ppl_format
+constexpr Call calls[] = {ppl_process_blrtoi420, ppl_process_blrtoyuyv, ppl_process_blrtouyvy,
+                          ppl_process_blrtorgb24, ppl_process_blrtorgb32};  // by ppl_format
 
 bool is_rgb(ppl_format format) {
   return format == PPL_FORMAT_RGB24 || format == PPL_FORMAT_RGB32;
@@ -65,13 +65,13 @@ const int32_t* values(const Settings& s, size_t control) {
 bool Block::reserve(size_t bytes) {
   if (data_ && bytes <= bytes_) return true;
   free();
-  data_ = static_cast<uint8_t*>(::operator new(bytes, std::align_val_t{64}, std::nothrow));
+  data_ = static_cast<uint8_t*>(::operator new (bytes, std::align_val_t{64}, std::nothrow));
   bytes_ = data_ ? bytes : 0;
   return data_ != nullptr;
 }
 
 void Block::free() {
-  ::operator delete(data_, std::align_val_t{64});
+  ::operator delete (data_, std::align_val_t{64});
   data_ = nullptr;
   bytes_ = 0;
 }
@@ -188,8 +188,8 @@ bool FrameMaker::apply_lens(const Settings& s, uint32_t width, uint32_t height, 
     return false;
   }
   ppl_set_lens_correction(context_, static_cast<int32_t>(width), static_cast<int32_t>(height), x, y,
-                          reinterpret_cast<uint16_t*>(lens_.data()), static_cast<int32_t>(bytes), s.lens_numbers[0],
-                          s.lens_numbers[1], s.lens_numbers[2], s.lens_numbers[3]);
+                          reinterpret_cast<uint16_t*>(lens_.data()), static_cast<int32_t>(bytes),
+                          s.lens_numbers[0], s.lens_numbers[1], s.lens_numbers[2], s.lens_numbers[3]);
   return true;
 }
 
@@ -199,8 +199,8 @@ void FrameMaker::look(const Settings& s, const uint8_t* mosaic) {
   const auto u = [](int32_t v) { return static_cast<uint32_t>(v); };
   const int32_t* const black = values(s, black_at);
   ppl_auto_balance balance{};
-  ppl_auto_take_frame(sample_.get(), mosaic, frame_.width, frame_.height, frame_.width, u(black[0]), u(black[1]),
-                      u(black[2]), u(black[3]));
+  ppl_auto_take_frame(sample_.get(), mosaic, frame_.width, frame_.height, frame_.width, u(black[0]),
+                      u(black[1]), u(black[2]), u(black[3]));
   light_.level = ppl_auto_level(sample_.get());
   light_.clipped = ppl_auto_clipped(sample_.get());
   for (size_t c = 0; c < 3; ++c) balance.gain[c] = u(values(s, gain_at)[c]);
@@ -222,7 +222,8 @@ void FrameMaker::look(const Settings& s, const uint8_t* mosaic) {
     brightening_ = times;
   else if (std::abs(missing) > static_cast<int32_t>(brightening_ / 32))
     brightening_ = u(static_cast<int32_t>(brightening_) + missing / 4);
-  for (uint32_t& gain : light_.gains) gain = std::min<uint32_t>(gain * brightening_ / 256, PPL_AUTO_GAIN_LIMIT);
+  for (uint32_t& gain : light_.gains)
+    gain = std::min<uint32_t>(gain * brightening_ / 256, PPL_AUTO_GAIN_LIMIT);
 }
 
 bool FrameMaker::call(uint8_t* source, uint8_t* to, uint32_t width, uint32_t height) {
@@ -259,8 +260,8 @@ bool FrameMaker::make_parts(const Settings& s, const uint8_t* raw, uint8_t* to) 
     const ppl_part& p = parts[i];
     const size_t pixels = size_t{p.width} * p.height;
     if (!source_.reserve(pixels) || !part_.reserve(bytes_of(behind_, pixels))) return false;
-    ppl_prepare_region(&frame_, raw, s.round ? PPL_TO_8_ROUND : PPL_TO_8_SHIFT, nullptr, p.x, p.y, p.width, p.height,
-                       source_.data(), p.width);
+    ppl_prepare_region(&frame_, raw, s.round ? PPL_TO_8_ROUND : PPL_TO_8_SHIFT, nullptr, p.x, p.y, p.width,
+                       p.height, source_.data(), p.width);
     if (s.lens && !apply_lens(s, p.width, p.height, static_cast<int32_t>(p.x), static_cast<int32_t>(p.y)))
       return false;
     if (!call(source_.data(), part_.data(), p.width, p.height)) return false;
@@ -343,8 +344,7 @@ std::string FrameMaker::make(const Settings& given, bool settings_changed, bool 
   const size_t needed = bytes_of(behind_, pixels);
   const bool widened =
       behind_ == PPL_FORMAT_RGB24 && (format_ == GST_VIDEO_FORMAT_BGRx || format_ == GST_VIDEO_FORMAT_RGBx);
-  const bool direct =
-      !widened && picture_bytes >= needed && reinterpret_cast<uintptr_t>(picture) % 16 == 0;
+  const bool direct = !widened && picture_bytes >= needed && reinterpret_cast<uintptr_t>(picture) % 16 == 0;
   if (picture_bytes < (widened ? 4 * pixels : needed)) return "the buffer for the picture is too small";
   if (!direct && !scratch_.reserve(needed + 16)) return no_memory;
   uint8_t* const to = direct ? picture : scratch_.data();

@@ -43,8 +43,8 @@ struct FrameStatistics {
 
 // Gains found from the frames.
 struct Light {
-  bool found = false;  // in the last frame that was looked at
-  uint32_t level = 0;  // mean brightness of the raw frame, in 1/256 of a sample step
+  bool found = false;    // in the last frame that was looked at
+  uint32_t level = 0;    // mean brightness of the raw frame, in 1/256 of a sample step
   uint32_t clipped = 0;  // share of cut samples, of 256
   std::array<uint32_t, 3> gains{256, 256, 256};
 };
@@ -67,8 +67,8 @@ class FrameMaker {
   bool in_place(const uint8_t* raw) const;
 
   // One frame; `raw` is overwritten if `may_overwrite` and in_place. Empty, or why there is no picture.
-  std::string make(const Settings&, bool settings_changed, bool with_statistics, uint8_t* raw, bool may_overwrite,
-                   uint8_t* picture, size_t picture_bytes);
+  std::string make(const Settings&, bool settings_changed, bool with_statistics, uint8_t* raw,
+                   bool may_overwrite, uint8_t* picture, size_t picture_bytes);
 
   FrameStatistics statistics() const { return statistics_; }
   const Light& light() const { return light_; }

@@ -123,7 +123,8 @@ gboolean start(GstBaseTransform* base) {
   }
   if (!s.maker.open()) {
     GST_ELEMENT_ERROR(base, RESOURCE, TOO_LAZY,
-                      ("all eight contexts of the library are in use; stop another pplbayer first"), (nullptr));
+                      ("all eight contexts of the library are in use; stop another pplbayer first"),
+                      (nullptr));
     return FALSE;
   }
   s.last_message = GST_CLOCK_TIME_NONE;
@@ -136,7 +137,8 @@ gboolean start(GstBaseTransform* base) {
 gboolean stop(GstBaseTransform* base) {
   State& s = state_of(base);
   set_running(s, false);
-  GST_INFO_OBJECT(base, "%" G_GUINT64_FORMAT " frames, %" G_GUINT64_FORMAT " of them copied", s.frames, s.copied);
+  GST_INFO_OBJECT(base, "%" G_GUINT64_FORMAT " frames, %" G_GUINT64_FORMAT " of them copied", s.frames,
+                  s.copied);
   s.maker.close();
   return TRUE;
 }
@@ -157,8 +159,8 @@ GstCaps* transform_caps(GstBaseTransform* base, GstPadDirection from, GstCaps* c
   return filtered(result, filter);
 }
 
-// Before the element runs every pipeline can be put together; once it runs, what cannot be made is not offered, and
-// caps that come all the same are refused with the reason.
+// Before the element runs every pipeline can be put together. Once it runs it offers what will work; a source that has
+// nothing of that is let speak, and what it sends is refused with the reason, which an empty offer would not tell.
 gboolean query(GstBaseTransform* base, GstPadDirection direction, GstQuery* query) {
   State& s = state_of(base);
   const GstQueryType type = GST_QUERY_TYPE(query);
@@ -181,10 +183,22 @@ gboolean query(GstBaseTransform* base, GstPadDirection direction, GstQuery* quer
   } else if (type == GST_QUERY_ACCEPT_CAPS && direction == GST_PAD_SINK) {
     GstCaps* caps = nullptr;
     gst_query_parse_accept_caps(query, &caps);
-    gst_query_set_accept_caps_result(query, gst_structure_has_name(gst_caps_get_structure(caps, 0), "video/x-bayer"));
+    gst_query_set_accept_caps_result(
+        query, gst_structure_has_name(gst_caps_get_structure(caps, 0), "video/x-bayer"));
     return TRUE;
   }
-  return GST_BASE_TRANSFORM_CLASS(ppl_bayer_parent_class)->query(base, direction, query);
+  const gboolean done = GST_BASE_TRANSFORM_CLASS(ppl_bayer_parent_class)->query(base, direction, query);
+  if (done && type == GST_QUERY_CAPS && direction == GST_PAD_SINK) {
+    GstCaps *filter = nullptr, *offered = nullptr;
+    gst_query_parse_caps(query, &filter);
+    gst_query_parse_caps_result(query, &offered);
+    if (filter && offered && gst_caps_is_empty(offered)) {
+      GstCaps* anything = filtered(gst_caps_new_empty_simple("video/x-bayer"), filter);
+      gst_query_set_caps_result(query, anything);
+      gst_caps_unref(anything);
+    }
+  }
+  return done;
 }
 
 gboolean get_unit_size(GstBaseTransform*, GstCaps* caps, gsize* size) {
@@ -202,7 +216,8 @@ gboolean get_unit_size(GstBaseTransform*, GstCaps* caps, gsize* size) {
 }
 
 // One frame of one side is one frame of the other; transform() looks whether it is one.
-gboolean transform_size(GstBaseTransform* base, GstPadDirection, GstCaps*, gsize, GstCaps* other, gsize* size) {
+gboolean transform_size(GstBaseTransform* base, GstPadDirection, GstCaps*, gsize, GstCaps* other,
+                        gsize* size) {
   return get_unit_size(base, other, size);
 }
 
@@ -248,7 +263,8 @@ gboolean set_caps(GstBaseTransform* base, GstCaps* in, GstCaps* out) {
 
 // Aligned buffers, from upstream and from downstream.
 gboolean propose_allocation(GstBaseTransform* base, GstQuery* decided, GstQuery* query) {
-  if (!GST_BASE_TRANSFORM_CLASS(ppl_bayer_parent_class)->propose_allocation(base, decided, query)) return FALSE;
+  if (!GST_BASE_TRANSFORM_CLASS(ppl_bayer_parent_class)->propose_allocation(base, decided, query))
+    return FALSE;
   if (!decided) return TRUE;
   GstAllocationParams wanted;
   gst_allocation_params_init(&wanted);
@@ -309,8 +325,9 @@ void post_statistics(GstBaseTransform* base, State& s, GstBuffer* buffer) {
   GstStructure* m = gst_structure_new(
       "ppl-statistics", "timestamp", G_TYPE_UINT64, GST_BUFFER_PTS(buffer), "stream-time", G_TYPE_UINT64,
       stream_time(base, buffer), "running-time", G_TYPE_UINT64, running_time(base, buffer), "duration",
-      G_TYPE_UINT64, GST_BUFFER_DURATION(buffer), "frame", G_TYPE_UINT64, s.frames, "quality", G_TYPE_INT, s.maker.quality(),
-      "qae-cells", G_TYPE_UINT, given.exposed_cells, "qual-cells", G_TYPE_UINT, given.qualified_cells, nullptr);
+      G_TYPE_UINT64, GST_BUFFER_DURATION(buffer), "frame", G_TYPE_UINT64, s.frames, "quality", G_TYPE_INT,
+      s.maker.quality(), "qae-cells", G_TYPE_UINT, given.exposed_cells, "qual-cells", G_TYPE_UINT,
+      given.qualified_cells, nullptr);
   add_array(m, "means", given.whole, 3);
   add_array(m, "qae-means", given.exposed, 3);
   add_array(m, "qual-means", given.qualified, 3);
@@ -363,8 +380,8 @@ GstFlowReturn transform(GstBaseTransform* base, GstBuffer* in, GstBuffer* out) {
   const gsize held = gst_buffer_get_size(in), wanted = static_cast<gsize>(ppl_sensor_frame_bytes(&frame));
   if (held != wanted) {
     GST_ELEMENT_ERROR(base, STREAM, WRONG_TYPE,
-                      ("a buffer holds %" G_GSIZE_FORMAT " bytes, a frame of %u x %u has %" G_GSIZE_FORMAT, held,
-                       frame.width, frame.height, wanted),
+                      ("a buffer holds %" G_GSIZE_FORMAT " bytes, a frame of %u x %u has %" G_GSIZE_FORMAT,
+                       held, frame.width, frame.height, wanted),
                       (nullptr));
     return GST_FLOW_ERROR;
   }
@@ -425,10 +442,11 @@ static void ppl_bayer_class_init(PplBayerClass* type) {
   element::install_properties(object);
   g_object_class_install_property(
       object, gains_id(),
-      gst_param_spec_array("gains", "gains", "R,G,B: the gains of the last frame, set or found",
-                           g_param_spec_int("number", "number", "number", 0, 2047, 256,
-                                            static_cast<GParamFlags>(G_PARAM_READABLE | G_PARAM_STATIC_STRINGS)),
-                           static_cast<GParamFlags>(G_PARAM_READABLE | G_PARAM_STATIC_STRINGS)));
+      gst_param_spec_array(
+          "gains", "gains", "R,G,B: the gains of the last frame, set or found",
+          g_param_spec_int("number", "number", "number", 0, 2047, 256,
+                           static_cast<GParamFlags>(G_PARAM_READABLE | G_PARAM_STATIC_STRINGS)),
+          static_cast<GParamFlags>(G_PARAM_READABLE | G_PARAM_STATIC_STRINGS)));
   GstElementClass* element = GST_ELEMENT_CLASS(type);
   gst_element_class_set_static_metadata(element, "Bayer reconstruction", "Filter/Converter/Video",
                                         "Turns raw Bayer frames into finished ones", "ppl");
@@ -451,5 +469,5 @@ static void ppl_bayer_class_init(PplBayerClass* type) {
 }
 
 #define PACKAGE "ppl"
-GST_PLUGIN_DEFINE(GST_VERSION_MAJOR, GST_VERSION_MINOR, ppl, "Bayer reconstruction", plugin_init, PPL_ELEMENT_VERSION,
-                  PPL_ELEMENT_LICENSE, "ppl", "ppl")
+GST_PLUGIN_DEFINE(GST_VERSION_MAJOR, GST_VERSION_MINOR, ppl, "Bayer reconstruction", plugin_init,
+                  PPL_ELEMENT_VERSION, PPL_ELEMENT_LICENSE, "ppl", "ppl")

@@ -20,24 +20,80 @@ constexpr size_t place(size_t bytes) {
 
 std::vector<Property> own_properties() {
   return {
-      {"quality", "Reconstruction: 15, or 0, 1, 2, 3, 10, 11; 12, 13 grey; 4 the raw mosaic", Kind::number,
-       AT(quality), 1, 0, 15, {15}, false},
-      {"round", "Bring samples of more than 8 bits to the nearest of 8, instead of dropping bits", Kind::flag, AT(round),
-       1, 0, 1, {1}, false},
-      {"auto-white-balance", "Find the gains from the frames; those that were set are not used", Kind::flag,
-       AT(auto_white_balance), 1, 0, 1, {0}, false},
-      {"auto-exposure", "Brighten dark frames by the gains, as far as nothing bright is cut", Kind::flag,
-       AT(auto_exposure), 1, 0, 1, {0}, false},
-      {"auto-interval", "Look at every so many frames for auto-white-balance and auto-exposure", Kind::number,
-       AT(auto_interval), 1, 1, 1000, {8}, false},
-      {"daylight-gains", "R,G,B: the gains that suit the sensor in daylight of 6500 K, for auto-white-balance",
-       Kind::numbers, AT(daylight), 3, 32, 2047, {397, 256, 346}, false},
+      {"quality",
+       "Reconstruction: 15, or 0, 1, 2, 3, 10, 11; 12, 13 grey; 4 the raw mosaic",
+       Kind::number,
+       AT(quality),
+       1,
+       0,
+       15,
+       {15},
+       false},
+      {"round",
+       "Bring samples of more than 8 bits to the nearest of 8, instead of dropping bits",
+       Kind::flag,
+       AT(round),
+       1,
+       0,
+       1,
+       {1},
+       false},
+      {"auto-white-balance",
+       "Find the gains from the frames; those that were set are not used",
+       Kind::flag,
+       AT(auto_white_balance),
+       1,
+       0,
+       1,
+       {0},
+       false},
+      {"auto-exposure",
+       "Brighten dark frames by the gains, as far as nothing bright is cut",
+       Kind::flag,
+       AT(auto_exposure),
+       1,
+       0,
+       1,
+       {0},
+       false},
+      {"auto-interval",
+       "Look at every so many frames for auto-white-balance and auto-exposure",
+       Kind::number,
+       AT(auto_interval),
+       1,
+       1,
+       1000,
+       {8},
+       false},
+      {"daylight-gains",
+       "R,G,B: the gains that suit the sensor in daylight of 6500 K, for auto-white-balance",
+       Kind::numbers,
+       AT(daylight),
+       3,
+       32,
+       2047,
+       {397, 256, 346},
+       false},
       {"statistics", "Post element messages ppl-statistics", Kind::flag, AT(statistics), 1, 0, 1, {0}, false},
-      {"statistics-interval", "Milliseconds from message to message, 0 for every frame", Kind::number,
-       AT(statistics_interval), 1, 0, 3600000, {200}, false},
+      {"statistics-interval",
+       "Milliseconds from message to message, 0 for every frame",
+       Kind::number,
+       AT(statistics_interval),
+       1,
+       0,
+       3600000,
+       {200},
+       false},
       {"lens", "Correct lens shading", Kind::flag, AT(lens), 1, 0, 1, {0}, false},
-      {"lens-origin", "Column and row of the optical centre in the picture; -1 for the middle", Kind::numbers,
-       AT(lens_origin), 2, -1, 16384, {-1, -1}, false},
+      {"lens-origin",
+       "Column and row of the optical centre in the picture; -1 for the middle",
+       Kind::numbers,
+       AT(lens_origin),
+       2,
+       -1,
+       16384,
+       {-1, -1},
+       false},
   };
 }
 
@@ -45,32 +101,42 @@ std::vector<Property> make_properties() {
   std::vector<Property> all = own_properties();
   for (size_t i = 0; i < std::size(tool::lens_numbers); ++i) {
     const tool::LensNumber& n = tool::lens_numbers[i];
-    all.push_back({n.option + 2, n.what, Kind::number, AT(lens_numbers) + i, 1, n.low, n.high, {n.standard}, false});
+    all.push_back(
+        {n.option + 2, n.what, Kind::number, AT(lens_numbers) + i, 1, n.low, n.high, {n.standard}, false});
   }
   for (size_t i = 0; i < control_count; ++i) {
     const tool::Control& c = all_controls[i];
     const size_t at = AT(controls) + 9 * i;
-    const std::vector<int32_t> standard(c.standard.begin(), c.standard.begin() + static_cast<ptrdiff_t>(c.count));
+    const std::vector<int32_t> standard(c.standard.begin(),
+                                        c.standard.begin() + static_cast<ptrdiff_t>(c.count));
     const std::string names = c.property;
     if (c.kind == tool::Control::Kind::flag) {
       all.push_back({names, c.what, Kind::flag, at, 1, 0, 1, standard, false});
     } else if (c.count == 1) {
       all.push_back({names, c.what, Kind::number, at, 1, c.low, c.high, standard, false});
     } else if (names.find(',') == std::string::npos) {
-      all.push_back({names, std::string(c.what), Kind::numbers, at, c.count, c.low, c.high, standard, c.count == 2});
+      all.push_back(
+          {names, std::string(c.what), Kind::numbers, at, c.count, c.low, c.high, standard, c.count == 2});
     } else {
       size_t from = 0;
       for (size_t n = 0; n < c.count; ++n) {
         const size_t to = std::min(names.find(',', from), names.size());
         const std::string name = names.substr(from, to - from);
-        all.push_back({name, "White balance: " + name + " in 1/256, in effect in steps of 8", Kind::number, at + n, 1, c.low, c.high, {standard[n]},
+        all.push_back({name,
+                       "White balance: " + name + " in 1/256, in effect in steps of 8",
+                       Kind::number,
+                       at + n,
+                       1,
+                       c.low,
+                       c.high,
+                       {standard[n]},
                        false});
         from = to + 1;
       }
     }
     if (!strcmp(c.property, "black-levels"))
-      all.push_back({"black-level", "Black level of all four sites, in sample steps", Kind::same_numbers, at, 4, c.low,
-                     c.high, standard, false});
+      all.push_back({"black-level", "Black level of all four sites, in sample steps", Kind::same_numbers, at,
+                     4, c.low, c.high, standard, false});
   }
   return all;
 }
@@ -101,7 +167,8 @@ Settings standard_settings() {
 }
 
 void install_properties(GObjectClass* type) {
-  const auto common = static_cast<GParamFlags>(G_PARAM_READWRITE | G_PARAM_STATIC_STRINGS | GST_PARAM_MUTABLE_PLAYING);
+  const auto common =
+      static_cast<GParamFlags>(G_PARAM_READWRITE | G_PARAM_STATIC_STRINGS | GST_PARAM_MUTABLE_PLAYING);
   const auto simple = static_cast<GParamFlags>(common | GST_PARAM_CONTROLLABLE);
   guint id = 0;
   for (const Property& p : properties()) {
@@ -111,7 +178,8 @@ void install_properties(GObjectClass* type) {
       spec = g_param_spec_boolean(name, name, what, p.standard[0] != 0, simple);
     else if (p.kind == Kind::numbers)
       spec = gst_param_spec_array(
-          name, name, what, g_param_spec_int("number", "number", "number", p.low, p.high, p.standard[0], common), common);
+          name, name, what,
+          g_param_spec_int("number", "number", "number", p.low, p.high, p.standard[0], common), common);
     else
       spec = g_param_spec_int(name, name, what, p.low, p.high, p.standard[0], simple);
     g_object_class_install_property(type, ++id, spec);
@@ -125,8 +193,8 @@ std::string set_property(Settings& s, const Property& p, const GValue* value) {
   } else if (p.kind != Kind::numbers) {
     std::fill_n(to, p.count, g_value_get_int(value));
   } else {
-    const std::string rule = p.name + " takes " + std::to_string(p.count) + " numbers from " + std::to_string(p.low) +
-                             " to " + std::to_string(p.high);
+    const std::string rule = p.name + " takes " + std::to_string(p.count) + " numbers from " +
+                             std::to_string(p.low) + " to " + std::to_string(p.high);
     const guint given = gst_value_array_get_size(value);
     if (given != p.count) return rule + ", not " + std::to_string(given);
     int32_t taken[9];
