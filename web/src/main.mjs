@@ -145,7 +145,7 @@ function render() {
   if (!$('qualities').hidden) queueSheet();
   ++renders;
   spent = performance.now() - start;
-  $('speed').textContent = shown ? `${spent.toFixed(1)} ms for ${shown.width} × ${shown.height}` : '';
+  $('speed').textContent = shown ? `${spent.toFixed(1)} ms a picture` : '';
   $('zoom-text').textContent = `${Math.round(view.scale * 100)} %`;
 }
 let problemShown = false;

@@ -11,15 +11,17 @@ const SIZES = [[160, 120], [176, 144], [320, 240], [352, 288], [480, 480], [640,
 
 const rowBytes = (width, layout) => [width, 2 * width, 2 * width, Math.ceil(width / 4) * 5, Math.ceil(width / 2) * 3][layout];
 
-// How much neighbouring rows of one colour differ, and samples of one row: the right width has even rows.
+// How much neighbours of one colour differ, in rows and columns, beside samples that are far apart: little where width
+// and layout are right, about 1 where they are not.
 function roughness(at, width, rows) {
-  let down = 0, n = 0;
+  let near = 0, far = 0;
   for (let y = 0; y + 2 < rows; y += 3)
-    for (let x = 0; x < width; x += 5) {
-      down += Math.abs(at(x, y) - at(x, y + 2));
-      ++n;
+    for (let x = 0; x + 2 < width; x += 5) {
+      const v = at(x, y);
+      near += (Math.abs(v - at(x, y + 2)) + Math.abs(v - at(x + 2, y))) / 2;
+      far += Math.abs(v - at((x + 2 * (width >> 2)) % width, (y + 2 * (rows >> 2)) % rows));
     }
-  return n ? down / n : Infinity;
+  return far ? near / far : 0;
 }
 
 function reader(bytes, layout, stride) {
@@ -68,10 +70,9 @@ export function guessShape(name, length, head) {
       if (rows < 4 || (frames > 1 && !Number.isInteger(frames) && !bonus)) continue;
       const at = reader(head, layout, stride);
       const bits = layout === 1 || layout === 2 ? guessBits(at, width, rows) : 8;
-      const range = 2 ** bits;
-      const rough = roughness(at, width, rows) / range;
+      const rough = roughness(at, width, rows);
       // Whole numbers of frames, one frame, and names count for a shape; rough rows against it.
-      const score = rough * 10 + (Number.isInteger(frames) ? 0 : 0.6) + Math.log2(Math.max(1, frames)) * 0.02 - bonus
+      const score = rough + (Number.isInteger(frames) ? 0 : 0.6) + Math.log2(Math.max(1, frames)) * 0.02 - bonus
         + (layout === 2 ? 0.05 : layout ? 0.01 : 0);
       found.push({ score, width, height, stride: 0, skip: 0, layout, bits,
         pattern: phase >= 0 ? phase : guessPattern(at, Math.min(width, 512), rows) });
