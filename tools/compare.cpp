@@ -51,7 +51,7 @@ struct Compare {
 
 Job Compare::job(const Kind& kind) const {
   Job job;
-  job.frame = {frame.width, frame.height};
+  job.sensor = frame.sensor();
   job.quality = kind.quality;
   job.via_i420 = via == "i420";
   return job;
@@ -64,10 +64,11 @@ bool ends_in_png(std::string path) {
 
 void Compare::run() {
   if (!ends_in_png(output)) misuse("the sheet is a PNG picture: end the output's name in .png, not ", output);
+  frame.settle(Format::bayer);
   refuse_same_file(frame.paths[0], output);
   if (!truth.empty()) refuse_same_file(truth, output);
   if (controls.medium_filter()) misuse("--medium-filter is shown beside its absence; leave the option out");
-  for (const Kind& kind : kinds) require_possible(job(kind), controls, Format::png, frame.stride);
+  for (const Kind& kind : kinds) require_possible(job(kind), controls, Format::png, frame.row_step());
   controls.note_idle(0);
   const Bytes source = frame.read(Format::bayer);
   Picture right;

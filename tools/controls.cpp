@@ -158,23 +158,21 @@ int Controls::contrast() const {
   return value ? (*value)[0] : 0;
 }
 
-void Controls::apply(ppl_context* context, uint32_t width, uint32_t height, Words& lens_table) const {
-  apply_settings(given(), context, width, height, lens_table);
-}
-
-void apply_settings(const Settings& settings, ppl_context* context, uint32_t width, uint32_t height,
-                    Words& table) {
+void apply_settings(const Settings& settings, ppl_context* context) {
   for (size_t i = 0; i < control_count; ++i)
     if (settings.values[i] && !all_controls[i].set(context, settings.values[i]->data()))
-      misuse(all_controls[i].option,
-             ": the library refuses this value; of a range MIN,MAX the minimum must not be "
-             "above the maximum");
-  if (!settings.lens) return;
-  const Settings::Lens& lens = *settings.lens;
-  const int w = static_cast<int>(width), h = static_cast<int>(height);
-  const int x = lens.origin ? (*lens.origin)[0] : w / 2, y = lens.origin ? (*lens.origin)[1] : h / 2;
-  table.resize(size_t{width} * static_cast<size_t>(std::max(y, h - y) + 1));
-  if (!ppl_set_lens_correction(context, w, h, x, y, table.data(),
+      misuse(
+          all_controls[i].option,
+          ": the library refuses this value; of a range MIN,MAX the minimum must not be above the maximum");
+}
+
+void apply_lens(const Settings::Lens& lens, ppl_context* context, uint32_t width, uint32_t height,
+                const Part& part, Words& table) {
+  const auto whole = [](uint32_t n) { return static_cast<int>(n); };
+  const int x = (lens.origin ? (*lens.origin)[0] : whole(width / 2)) - whole(part.x);
+  const int y = (lens.origin ? (*lens.origin)[1] : whole(height / 2)) - whole(part.y);
+  table.resize(size_t{part.width} * static_cast<size_t>(std::max(y, whole(part.height) - y) + 1));
+  if (!ppl_set_lens_correction(context, whole(part.width), whole(part.height), x, y, table.data(),
                                static_cast<int32_t>(table.size() * sizeof table[0]), lens.numbers[0],
                                lens.numbers[1], lens.numbers[2], lens.numbers[3]))
     misuse("--lens: the library refuses these coefficients");

@@ -37,10 +37,6 @@ class Controls {
   // The quality of the settings file, unless the option was given.
   void take_quality(const CLI::Option*, uint32_t& quality) const;
 
-  // Sets what was given, in a context that stands at the defaults. The table is filled if the lens is corrected and must
-  // outlive the context's frames; width and height are those of the Bayer frame.
-  void apply(ppl_context*, uint32_t width, uint32_t height, Words& lens_table) const;
-
   bool h_mirror() const { return flag("h_mirror"); }
   bool v_mirror() const { return flag("v_mirror"); }
   bool medium_filter() const { return flag("medium_filter"); }
@@ -68,7 +64,15 @@ class Controls {
 // The place of a control in the table by its key.
 size_t control_index(const std::string& key);
 
-// Sets values that were given; throws with the control's name if the library refuses one.
-void apply_settings(const Settings&, ppl_context*, uint32_t width, uint32_t height, Words& lens_table);
+// Sets values that were given, the lens apart; throws with the control's name if the library refuses one.
+void apply_settings(const Settings&, ppl_context*);
+
+// A rectangle of a frame: where the library's frame lies in that of the sensor.
+struct Part {
+  uint32_t x = 0, y = 0, width = 0, height = 0;
+};
+// Fills the table for a part of a frame whose size the lens's own middle goes by, and turns the correction on.
+void apply_lens(const Settings::Lens&, ppl_context*, uint32_t width, uint32_t height, const Part&,
+                Words& table);
 
 }  // namespace tool

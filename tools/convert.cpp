@@ -4,6 +4,7 @@
 #include <memory>
 #include <thread>
 
+#include "auto_gains.h"
 #include "bayer.h"
 #include "commands.h"
 #include "failure.h"
@@ -21,6 +22,7 @@ namespace {
 struct Convert {
   FrameFile frame;
   Controls controls;
+  AutoGains gains;
   Job job;
   std::string input = "bayer", output, format, chroma, out_chroma, out_range, scale, via, rate = "25/1";
   unsigned jobs = 0;
@@ -31,6 +33,7 @@ struct Convert {
   void from_bayer(Format out);
   void from_finished(Format in, Format out);
   FrameSink::Target target(Format out) const;
+  bool read(FrameStream&, BayerWorker&);
 };
 
 // y4m is for other programs and takes what they expect; raw files keep what the camera made unless asked.
@@ -54,11 +57,22 @@ FrameSink::Target Convert::target(Format out) const {
   return {output, out, frame.recording(), head, frame.paths};
 }
 
+// What is found in a frame depends on those before it, so it is found where frames are read, one after the other.
+bool Convert::read(FrameStream& stream, BayerWorker& worker) {
+  if (!stream.next(worker.source())) return false;
+  if (gains.wanted()) {
+    const Gains found = gains.next(worker.prepare(), frame.width, frame.height);
+    ppl_set_rgb_gain(worker.context(), found[0], found[1], found[2]);
+  }
+  return true;
+}
+
 void Convert::from_bayer(Format out) {
   if (!chroma.empty()) misuse("--chroma is for YUV input");
   choose_standard(out);
-  require_possible(job, controls, out, frame.stride);
+  require_possible(job, controls, out, frame.row_step());
   controls.note_idle(job.quality);
+  if (gains.wanted()) gains.start(controls);
   FrameSink::Target where = target(out);
   FrameStream stream(frame, Format::bayer, frame.recording() && is_picture(out));
   const std::vector<int32_t> matrix = matrix_for(job, controls);
@@ -72,7 +86,7 @@ void Convert::from_bayer(Format out) {
   FrameSink sink(std::move(where));
   std::vector<std::span<const uint8_t>> made(workers.size());
   Progress progress(stream.frames());
-  run_frames(crew, {[&](unsigned i) { return stream.next(workers[i]->source()); },
+  run_frames(crew, {[&](unsigned i) { return read(stream, *workers[i]); },
                     [&](unsigned i) { made[i] = workers[i]->convert(); },
                     [&](unsigned i) {
                       sink.put(made[i]);
@@ -82,6 +96,7 @@ void Convert::from_bayer(Format out) {
 }
 
 void Convert::from_finished(Format in, Format out) {
+  if (gains.wanted()) misuse("--auto-white-balance and --auto-exposure act on Bayer frames alone");
   if (const std::string given = controls.first_given(); !given.empty())
     misuse(given, " acts on Bayer frames alone; a ", input, " frame takes the mirrors only");
   if (job.decimation || job.scale.width) misuse("--decimation and --scale act on Bayer frames alone");
@@ -93,7 +108,8 @@ void Convert::from_finished(Format in, Format out) {
   const Chroma meaning = chroma.empty()       ? (packed ? Chroma::decoder : Chroma::camera)
                          : chroma == "camera" ? Chroma::camera
                                               : Chroma::decoder;
-  FinishedFrames frames(in, out, job.frame, meaning, controls.h_mirror(), controls.v_mirror());
+  FinishedFrames frames(in, out, Size{frame.width, frame.height}, meaning, controls.h_mirror(),
+                        controls.v_mirror());
   FrameSink::Target where = target(out);
   FrameStream stream(frame, in, frame.recording() && is_picture(out));
   FrameSink sink(std::move(where));
@@ -105,11 +121,12 @@ void Convert::from_finished(Format in, Format out) {
 
 void Convert::run() {
   if (!scale.empty()) job.scale = parse_size("--scale", scale);
-  job.frame = {frame.width, frame.height};
   controls.take_quality(quality_option, job.quality);
   job.via_i420 = via.empty() ? best_via_i420(job.quality) : via == "i420";
   const Format out = output_format(output, format);
   const Format in = input == "bayer" ? Format::bayer : output_format("", input);
+  frame.settle(in);
+  job.sensor = frame.sensor();
   if (in == Format::bayer)
     from_bayer(out);
   else
@@ -183,6 +200,7 @@ void add_convert(CLI::App& app) {
                    "is paler than their YUV) or of its rgb24 (default in all others, where they have it)")
       ->check(CLI::IsMember({"rgb24", "i420"}));
   state->controls.add_options(*command);
+  state->gains.add_options(*command);
   command->callback([state] { state->run(); });
 }
 

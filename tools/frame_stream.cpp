@@ -6,15 +6,13 @@ namespace tool {
 namespace {
 
 // What else a number of bytes may be; empty if nothing comes to mind.
-std::string suggestion(Format format, uint64_t bytes, uint32_t width, uint32_t height) {
-  if (format != Format::bayer) return {};
-  const uint64_t samples = uint64_t{width} * height;
-  const std::string one = text("one frame of ", width, " x ", height);
-  if (bytes == 2 * samples)
-    return text("; or it holds ", one, " samples of 10 to 16 bits, which ppl does not take: 8 bits alone");
-  if (bytes * 2 == 3 * samples || bytes * 4 == 5 * samples)
-    return text("; or it holds ", one, " packed samples of ", bytes * 4 == 5 * samples ? 10 : 12,
-                " bits, which ppl does not take: 8 bits alone");
+std::string suggestion(Format format, uint64_t bytes, const FrameFile& where) {
+  if (format != Format::bayer || where.bits != 8) return {};
+  const uint64_t samples = uint64_t{where.width} * where.height;
+  const std::string one = text("; or it is one frame of ", where.width, " x ", where.height);
+  if (bytes == 2 * samples) return text(one, " words of 10 to 16 bits: --bits 10, 12, 14 or 16");
+  if (bytes * 4 == 5 * samples) return text(one, " packed samples of 10 bits: --bits 10 --packed");
+  if (bytes * 2 == 3 * samples) return text(one, " packed samples of 12 bits: --bits 12 --packed");
   return {};
 }
 
@@ -25,10 +23,9 @@ FrameStream::FrameStream(const FrameFile& where, Format format, bool go_on)
   const uint32_t w = where.width, h = where.height, stride = where.stride;
   if (stride && format != Format::bayer)
     misuse("--stride is for Bayer frames; rows of ", name(format), " have none");
-  if (stride && stride < w)
-    misuse("stride ", stride, " won't do: it runs from the bytes of a row, ", w, ", up");
   const bool planes = format == Format::i420;
-  row_ = format == Format::bayer ? w : frame_bytes(format, w, planes ? h : 1);
+  const ppl_sensor_frame sensor = where.sensor();
+  row_ = format == Format::bayer ? ppl_sensor_row_bytes(&sensor) : frame_bytes(format, w, planes ? h : 1);
   rows_ = planes ? 1 : h;
   step_ = stride ? stride : row_;
   for (const std::string& path : where.paths) {
@@ -53,7 +50,7 @@ void FrameStream::no_whole_number(const std::string& path, uint64_t held) const 
   fail(path, " has ", held, " bytes, no whole number of ", where_.width, " x ", where_.height, " ",
        name(format_), " frames of ", period(), "; check -W, -H",
        format_ == Format::bayer ? ", --stride" : ", --input", " or --skip",
-       suggestion(format_, held, where_.width, where_.height));
+       suggestion(format_, held, where_));
 }
 
 // How many frames will be read of a file, nothing for a pipe. Throws if what is wanted is not in it, or in doubt.
@@ -67,7 +64,7 @@ std::optional<uint64_t> FrameStream::look_at(const std::string& path, std::optio
   if (there > 1 && !where_.frame_given()) {
     if (!where_.place_given())
       fail(path, " holds ", there, " frames; name one with --frame 0 to --frame ", there - 1,
-           suggestion(format_, held, where_.width, where_.height));
+           suggestion(format_, held, where_));
     if (held % period() == 0) note(text("the first of ", there, " frames; --frame 1 is the next"));
   }
   if (where_.frame >= there)

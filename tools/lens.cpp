@@ -1,51 +1,62 @@
-// ppl lens: the lens correction that makes a flat frame flat, as the options that convert takes.
+// ppl lens: the correction of lens shading, fitted from a frame of an even surface.
 #include <ppl_auto.h>
 
 #include <memory>
-#include <vector>
 
+#include "bayer.h"
 #include "commands.h"
 #include "failure.h"
 #include "file.h"
 #include "frame_file.h"
+#include "settings.h"
 
 namespace tool {
 namespace {
 
-struct Lens {
+struct LensCommand {
   FrameFile frame;
-  std::string output = "-";
+  std::string as = "options", output = "-";
 
   void run();
 };
 
-void Lens::run() {
-  refuse_same_file(frame.paths[0], output);
-  const Bytes raw = frame.read(Format::bayer);
+void LensCommand::run() {
+  frame.settle(Format::bayer);
   if (frame.width < 128 || frame.height < 96 || frame.width > 2048 || frame.height > 2048)
-    misuse("a ", frame.width, " x ", frame.height, " frame won't do: 128 x 96 to 2048 x 2048");
-  std::vector<uint32_t> scratch(768);
-  ppl_auto_lens lens;
-  // The library corrects shading before it subtracts the black level.
-  if (!ppl_auto_fit_lens(raw.data(), frame.width, frame.height, frame.width, 0, 0, 0, 0, scratch.data(),
-                         &lens))
-    fail(frame.paths[0],
-         " is not a flat frame: take an evenly lit white surface, or a white sheet over the lens, ",
-         "with all samples from 16 to 249 and none below a quarter of the brightest");
-  const std::string line = text("--lens-f1 ", lens.f1, " --lens-shift1 ", lens.f1_rshift_count, " --lens-f2 ",
-                                lens.f2, " --lens-shift2 ", lens.f2_rshift_count, " --lens-origin ",
-                                lens.origin_x, ",", lens.origin_y, "\n");
-  write_file(output, {reinterpret_cast<const uint8_t*>(line.data()), line.size()});
+    misuse("a lens is fitted from frames of 128 x 96 to 2048 x 2048, not ", frame.width, " x ", frame.height);
+  refuse_same_file(frame.paths[0], output);
+  Job job;
+  job.sensor = frame.sensor();
+  BayerWorker worker(job, Controls(), Format::i420);
+  worker.source() = frame.read(Format::bayer);
+  const Bytes& mosaic = worker.prepare();
+  // The library corrects shading in front of the black level.
+  uint32_t scratch[768];
+  ppl_auto_lens found;
+  if (!ppl_auto_fit_lens(mosaic.data(), frame.width, frame.height, frame.width, 0, 0, 0, 0, scratch, &found))
+    fail("no lens from ", frame.paths[0],
+         ": it must show an evenly lit white surface, nowhere dark, nowhere cut, and nowhere below a quarter "
+         "of its "
+         "brightest part");
+  Settings settings;
+  settings.lens = Settings::Lens{};
+  settings.lens->numbers = {found.f1, found.f1_rshift_count, found.f2, found.f2_rshift_count};
+  settings.lens->origin = {found.origin_x, found.origin_y};
+  OutputFile file(output);
+  file.write(written(settings, as));
+  file.commit();
 }
 
 }  // namespace
 
 void add_lens(CLI::App& app) {
   CLI::App* command = app.add_subcommand(
-      "lens", "The lens correction that makes a flat frame flat: one line of options that convert takes");
-  const auto state = std::make_shared<Lens>();
-  state->frame.add_options(*command,
-                           "File of headerless 8-bit Bayer frames of a white surface; - is standard input");
+      "lens", "Fit the correction of lens shading from a frame of an evenly lit white surface");
+  const auto state = std::make_shared<LensCommand>();
+  state->frame.add_options(*command, "File of headerless Bayer frames; - is standard input");
+  command->add_option("--as", state->as, "options, json, c or element")
+      ->capture_default_str()
+      ->check(CLI::IsMember({"options", "json", "c", "element"}));
   command->add_option("-o,--output", state->output, "File to write; - is standard output")
       ->capture_default_str();
   command->callback([state] { state->run(); });

@@ -140,6 +140,13 @@ Settings read_settings(const std::string& path) {
   return Reader(path).read();
 }
 
+std::string written(const Settings& settings, const std::string& as) {
+  return as == "json"      ? settings_as_json(settings)
+         : as == "options" ? settings_as_options(settings)
+         : as == "c"       ? settings_as_c(settings)
+                           : settings_as_element(settings);
+}
+
 Settings filled(Settings settings) {
   if (!settings.quality) settings.quality = 15;
   for (size_t i = 0; i < control_count; ++i)

@@ -18,6 +18,9 @@ std::string settings_as_c(const Settings&);
 // As properties of the stream element, on one line.
 std::string settings_as_element(const Settings&);
 
+// As json, options, c or element.
+std::string written(const Settings&, const std::string& as);
+
 // Every control that is not given at its default.
 Settings filled(Settings);
 

@@ -24,12 +24,8 @@ void SettingsCommand::run() {
   Settings settings = controls.given();
   if (quality_option->count()) settings.quality = quality;
   if (all) settings = filled(settings);
-  const std::string shown = as == "json"      ? settings_as_json(settings)
-                            : as == "options" ? settings_as_options(settings)
-                            : as == "c"       ? settings_as_c(settings)
-                                              : settings_as_element(settings);
   OutputFile file(output);
-  file.write(shown);
+  file.write(written(settings, as));
   file.commit();
 }
 

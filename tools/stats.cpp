@@ -130,11 +130,15 @@ std::string table(const Json& s) {
 void Stats::run() {
   controls.take_quality(quality_option, quality);
   Job job;
-  job.frame = {frame.width, frame.height};
+  frame.settle(Format::bayer);
+  job.sensor = frame.sensor();
   job.quality = quality;
   if (quality == 4 || quality == 9)
     misuse("quality ", quality, " gathers no statistics; use 0, 1, 2, 3, 10 to 13 or 15");
-  require_possible(job, controls, Format::i420, frame.stride);
+  require_possible(job, controls, Format::i420, frame.row_step());
+  if (in_parts(job))
+    misuse("statistics are gathered of frames up to 2016 x 2048, not ", frame.width, " x ", frame.height,
+           "; -W, -H and --stride ", frame.row_step(), " cut a part out");
   controls.note_idle(quality);
   refuse_same_file(frame.paths[0], output);
   BayerWorker worker(job, controls, Format::i420);

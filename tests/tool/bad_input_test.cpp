@@ -20,8 +20,6 @@ class BadInput : public Tool {
     write("small.raw", Bytes(64 * 32, 50));
     write("frame.yuyv", Bytes(64 * 32 * 2, 50));
     write("field", Bytes(64 * 32, 50));
-    write("packed10.raw", Bytes(64 * 32 * 5 / 4, 50));
-    write("packed12.raw", Bytes(64 * 32 * 3 / 2, 50));
     write("odd.png", read_whole(truth));
     write("fake.png", Bytes(100, 1));
   }
@@ -49,17 +47,14 @@ TEST_F(BadInput, OneLineAndNoFile) {
       {good + Arguments{"--decimation", "2"}, 2, {"-1 to 1"}},
       {good + Arguments{"--qual-r", "9,3"}, 2, {"--qual-r", "minimum"}},
       {convert + Arguments{"-W", "65", "-H", "32"}, 2, {"65", "multiples of 16", "-W 64 --stride 65"}},
-      {convert + Arguments{"-W", "2592", "-H", "32"}, 2, {"2592", "-W 2016 --stride 2592"}},
+      {convert + Arguments{"-W", "2600", "-H", "32"}, 2, {"2600", "-W 2592 --stride 2600"}},
       {convert + Arguments{"-W", "64", "-H", "31"}, 2, {"31", "multiples of 2", "-H 30 --stride 64"}},
-      {convert + Arguments{"-W", "64", "-H", "4096"}, 2, {"4096", "2048"}},
       {convert + Arguments{"-W", "64", "-H", "32", "--stride", "60"}, 2, {"60", "64"}},
       {convert + Arguments{"-W", "abc", "-H", "32"}, 2, {"--width", "whole number from 1 to 16384, not abc"}},
       {convert + Arguments{"-W", "4294967360", "-H", "32"}, 2, {"--width", "from 1 to 16384"}},
       {good + Arguments{"--skip", "-1"}, 2, {"--skip", "from 0 to", "not -1"}},
       {good + Arguments{"--frame", "-1"}, 2, {"--frame", "from 0 to", "not -1"}},
       {convert + Arguments{"-W", "32", "-H", "32"}, 1, {"2 frames", "--frame 0", "10 to 16 bits"}},
-      {Arguments{"convert", "packed10.raw", "-o", "x.png"} + s, 1, {"2560", "packed", "10 bits"}},
-      {Arguments{"convert", "packed12.raw", "-o", "x.png"} + s, 1, {"3072", "packed", "12 bits"}},
       {convert + Arguments{"-W", "64", "-H", "34"}, 1, {"too short", "2048", "2176"}},
       {convert + Arguments{"-W", "64", "-H", "30"}, 1, {"2048 bytes", "1920"}},
       {convert + Arguments{"-W", "64", "-H", "16"}, 1, {"2 frames", "--frame"}},
