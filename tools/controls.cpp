@@ -20,20 +20,6 @@ constexpr size_t place(const char* key) {
   throw "no such control";
 }
 
-CLI::Validator numbers_in_range(size_t count, int low, int high) {
-  return CLI::Validator(
-      [=](std::string& list) {
-        std::vector<int> found;
-        const bool all =
-            parse_numbers(list, found) && found.size() == count &&
-            std::all_of(found.begin(), found.end(), [&](int v) { return v >= low && v <= high; });
-        return all ? std::string()
-                   : text("takes ", count, " whole numbers from ", low, " to ", high,
-                          " with commas between them, not ", list);
-      },
-      "");
-}
-
 std::string list_of(const Control& control) {
   std::string list;
   for (size_t i = 0; i < control.count; ++i) list += text(i ? "," : "", control.standard[i]);

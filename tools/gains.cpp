@@ -7,6 +7,7 @@
 #include "bayer.h"
 #include "commands.h"
 #include "failure.h"
+#include "file.h"
 #include "frame_file.h"
 #include "options.h"
 
@@ -17,7 +18,7 @@ struct GainsCommand {
   FrameFile frame;
   Controls controls;
   AutoGains gains;
-  std::string region;
+  std::string region, output = "-";
 
   void run();
   Gains of_card(const Bytes& mosaic) const;
@@ -29,23 +30,23 @@ Gains GainsCommand::of_card(const Bytes& mosaic) const {
   parse_numbers(region, r);
   const uint32_t x = static_cast<uint32_t>(r[0]), y = static_cast<uint32_t>(r[1]),
                  w = static_cast<uint32_t>(r[2]), h = static_cast<uint32_t>(r[3]);
-  if (x + w > frame.width || y + h > frame.height)
-    misuse("--region ", region, " reaches beyond the frame of ", frame.width, " x ", frame.height);
+  if (w < 18 || h < 18 || x + w > frame.width || y + h > frame.height)
+    misuse("--region ", region, " won't do: x,y,width,height of a part of the ", frame.width, " x ",
+           frame.height, " frame, 18 x 18 samples at least");
   const Settings given = controls.given();
   const auto& black = given.values[control_index("optical_black_b_gb_gr_r")];
   const auto level = [&](size_t i) { return black ? static_cast<uint32_t>((*black)[i]) : 0u; };
   ppl_auto_balance balance;
   if (!ppl_auto_grey(mosaic.data(), frame.width, x, y, w, h, level(0), level(1), level(2), level(3),
                      &balance))
-    fail("no gains from the region ", region,
-         ": fewer than 16 blocks of 4 x 4 in it are neither dark nor cut; take a larger one, or a frame of "
-         "another "
-         "exposure");
+    fail("the region ", region,
+         " is too dark or has samples at the upper end of the range; take a grey that is neither");
   return {balance.gain[0], balance.gain[1], balance.gain[2]};
 }
 
 void GainsCommand::run() {
   frame.settle(Format::bayer);
+  refuse_same_file(frame.paths[0], output);
   Job job;
   job.sensor = frame.sensor();
   BayerWorker worker(job, Controls(), Format::i420);
@@ -57,9 +58,13 @@ void GainsCommand::run() {
   } else {
     gains.start(controls);
     found = gains.next(mosaic, frame.width, frame.height);
-    if (!gains.found()) fail("no gains from this frame: it holds no colours that are neither dark nor cut");
+    if (!gains.found())
+      fail(frame.paths[0], " is too dark or too bright to tell the light by: hardly a sample lies between");
+    if (gains.unsure()) note("the frame says little about its light: these gains are a guess");
   }
-  printf("%u,%u,%u\n", found[0], found[1], found[2]);
+  OutputFile file(output);
+  file.write(text(found[0], ",", found[1], ",", found[2], "\n"));
+  file.commit();
 }
 
 }  // namespace
@@ -72,19 +77,13 @@ void add_gains(CLI::App& app) {
   command
       ->add_option(
           "--region", state->region,
-          "A grey card or another grey surface in the frame: X,Y,W,H in samples (default: the light is found "
-          "in the whole frame)")
-      ->check(CLI::Validator(
-          [](std::string& list) {
-            std::vector<int> r;
-            const bool four = parse_numbers(list, r) && r.size() == 4 && r[0] >= 0 && r[1] >= 0 &&
-                              r[2] >= 4 && r[3] >= 4 && r[0] < 65536 && r[1] < 65536 && r[2] < 65536 &&
-                              r[3] < 65536;
-            return four ? std::string() : text("takes X,Y,W,H in samples, W and H from 4 up, not ", list);
-          },
-          ""))
+          "X,Y,WIDTH,HEIGHT of a part that is grey, for example a card: its gains, exactly (default: the "
+          "light is found in the whole frame)")
+      ->check(numbers_in_range(4, 0, 16384))
       ->type_name("X,Y,W,H");
-  state->gains.ask_for_white();
+  command->add_option("-o,--output", state->output, "File to write; - is standard output")
+      ->capture_default_str();
+  state->gains.ask_for_white(*command);
   state->controls.add_options(*command);
   command->callback([state] { state->run(); });
 }

@@ -22,22 +22,22 @@ struct LensCommand {
 
 void LensCommand::run() {
   frame.settle(Format::bayer);
-  if (frame.width < 128 || frame.height < 96 || frame.width > 2048 || frame.height > 2048)
-    misuse("a lens is fitted from frames of 128 x 96 to 2048 x 2048, not ", frame.width, " x ", frame.height);
   refuse_same_file(frame.paths[0], output);
   Job job;
   job.sensor = frame.sensor();
   BayerWorker worker(job, Controls(), Format::i420);
   worker.source() = frame.read(Format::bayer);
+  if (frame.width < 128 || frame.height < 96 || frame.width > 2048 || frame.height > 2048)
+    misuse("a ", frame.width, " x ", frame.height, " frame won't do: 128 x 96 to 2048 x 2048");
   const Bytes& mosaic = worker.prepare();
   // The library corrects shading in front of the black level.
   uint32_t scratch[768];
   ppl_auto_lens found;
   if (!ppl_auto_fit_lens(mosaic.data(), frame.width, frame.height, frame.width, 0, 0, 0, 0, scratch, &found))
-    fail("no lens from ", frame.paths[0],
-         ": it must show an evenly lit white surface, nowhere dark, nowhere cut, and nowhere below a quarter "
-         "of its "
-         "brightest part");
+    fail(frame.paths[0],
+         " is not a flat frame: take an evenly lit white surface, or a white sheet over the lens, with all "
+         "samples "
+         "from 16 to 249 and none below a quarter of the brightest");
   Settings settings;
   settings.lens = Settings::Lens{};
   settings.lens->numbers = {found.f1, found.f1_rshift_count, found.f2, found.f2_rshift_count};

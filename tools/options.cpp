@@ -1,5 +1,6 @@
 #include "options.h"
 
+#include <algorithm>
 #include <charconv>
 
 #include "failure.h"
@@ -23,6 +24,20 @@ CLI::Validator in_range(int64_t low, int64_t high) {
         return parse_whole(word, number) && number >= low && number <= high
                    ? std::string()
                    : text("takes a whole number from ", low, " to ", high, ", not ", word);
+      },
+      "");
+}
+
+CLI::Validator numbers_in_range(size_t count, int low, int high) {
+  return CLI::Validator(
+      [=](std::string& list) {
+        std::vector<int> found;
+        const bool all =
+            parse_numbers(list, found) && found.size() == count &&
+            std::all_of(found.begin(), found.end(), [&](int v) { return v >= low && v <= high; });
+        return all ? std::string()
+                   : text("takes ", count, " whole numbers from ", low, " to ", high,
+                          " with commas between them, not ", list);
       },
       "");
 }

@@ -111,7 +111,7 @@ TEST_F(AutoConvert, MisuseIsTold) {
       {Arguments{"gains", "black.raw"} + size, 1, "too dark or too bright"},
       {Arguments{"gains", "black.raw", "--region", "0,0,64,64"} + size, 1, "too dark"},
       {Arguments{"gains", sample, "--region", "600,0,64,64"} + size, 2, "of a part of the 640 x 480 frame"},
-      {Arguments{"gains", sample, "--region", "1,2,3"} + size, 2, "4 numbers"},
+      {Arguments{"gains", sample, "--region", "1,2,3"} + size, 2, "4 whole numbers"},
       {Arguments{"lens", "black.raw"} + size, 1, "not a flat frame"},
       {{"lens", sample, "-W", "64", "-H", "64", "--stride", "640"}, 2, "128 x 96"},
       {Arguments{"convert", sample, "-o", "x.png", "--auto-white-balance", "--daylight", "0,256,256"} + size,

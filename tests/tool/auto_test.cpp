@@ -143,7 +143,7 @@ TEST_F(Auto, WrongInputIsNamed) {
   } cases[] = {
       {Arguments{"gains", "black.raw"} + size, 1, "too dark or too bright"},
       {Arguments{"gains", "black.raw", "--region", "0,0,40,40"} + size, 1, "too dark"},
-      {Arguments{"gains", "black.raw", "--region", "0,0,40"} + size, 2, "4 numbers"},
+      {Arguments{"gains", "black.raw", "--region", "0,0,40"} + size, 2, "4 whole numbers"},
       {Arguments{"gains", "black.raw", "--region", "620,0,40,40"} + size, 2,
        "of a part of the 640 x 480 frame"},
       {Arguments{"gains", "black.raw", "--daylight", "1,2,3"} + size, 2, "32 to 2047"},
