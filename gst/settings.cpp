@@ -138,6 +138,10 @@ std::vector<Property> make_properties() {
       all.push_back({"black-level", "Black level of all four sites, in sample steps", Kind::same_numbers, at,
                      4, c.low, c.high, standard, false});
   }
+  for (Property& p : all)
+    if (p.kind == Kind::numbers)
+      p.what += " (" + std::to_string(p.count) + " numbers from " + std::to_string(p.low) + " to " +
+                std::to_string(p.high) + ")";
   return all;
 }
 
@@ -179,7 +183,8 @@ void install_properties(GObjectClass* type) {
     else if (p.kind == Kind::numbers)
       spec = gst_param_spec_array(
           name, name, what,
-          g_param_spec_int("number", "number", "number", p.low, p.high, p.standard[0], common), common);
+          g_param_spec_int("number", "number", "number", G_MININT, G_MAXINT, p.standard[0], common),
+          common);  // the range is set_property's, which can say what it is
     else
       spec = g_param_spec_int(name, name, what, p.low, p.high, p.standard[0], simple);
     g_object_class_install_property(type, ++id, spec);
