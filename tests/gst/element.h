@@ -44,6 +44,7 @@ class Element : public testing::Test {
   Element() : bus_(gst_bus_new()) {}
   ~Element() override {
     close();
+    gst_bus_set_flushing(bus_, TRUE);  // messages hold their element
     gst_object_unref(bus_);
   }
   void open(const std::string& controls, const std::string& format,
