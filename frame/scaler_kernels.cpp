@@ -32,7 +32,7 @@ PPL_INLINE uint32_t table_bytes(uint32_t count) {
   return 4 * padded(count) + count;
 }
 PPL_INLINE column_tables tables_of(const scaler_columns& c) {
-  uint16_t* const memory = reinterpret_cast<uint16_t*>(c.memory);
+  uint16_t* const memory = static_cast<uint16_t*>(static_cast<void*>(c.memory));
   return {memory, memory + padded(c.count), memory + 2 * padded(c.count)};
 }
 // A sample without a right neighbour is taken whole.

@@ -48,6 +48,12 @@ PPL_INLINE vec<16> select(mask<16, kBits> m, vec<16> a, vec<16> b) {
 PPL_INLINE vec<16> even_odd(vec<16> a, vec<16> b) {
   return of(vbslq_u8((uint8x16_t)set16<vec<16>>(0x00ff).v, a.v, b.v));
 }
+PPL_INLINE vec<16> even_mean_down(vec<16> a, vec<16> b) {
+  return even(avg_down8(a, b));
+}
+PPL_INLINE vec<16> odd_mean_down(vec<16> a, vec<16> b) {
+  return odd(avg_down8(a, b));
+}
 PPL_INLINE vec<16> join8(vec<16> e, vec<16> o) {
   return of(vsliq_n_u16((uint16x8_t)e.v, (uint16x8_t)o.v, 8));
 }

@@ -398,6 +398,15 @@ template <int N>
 PPL_INLINE vec<N> odd(vec<N> a) {
   return srl16<8>(a);
 }
+// The means of the even (odd) bytes of a and b, rounded down, as 16-bit lanes.
+template <int N>
+PPL_INLINE vec<N> even_mean_down(vec<N> a, vec<N> b) {
+  return srl16<1>(add16(even(a), even(b)));
+}
+template <int N>
+PPL_INLINE vec<N> odd_mean_down(vec<N> a, vec<N> b) {
+  return srl16<1>(add16(odd(a), odd(b)));
+}
 template <int N>
 PPL_INLINE vec<N> even_minus_odd(vec<N> a) {
   return sub16(even(a), odd(a));

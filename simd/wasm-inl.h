@@ -47,6 +47,13 @@ PPL_INLINE vec<16> select(mask<16, kBits> m, vec<16> a, vec<16> b) {
 PPL_INLINE vec<16> even_odd(vec<16> a, vec<16> b) {
   return of(wasm_v128_bitselect(bits(a), bits(b), wasm_i16x8_splat(0x00ff)));
 }
+// The plain forms the compiler takes for means of bytes, and those apart lane by lane.
+PPL_INLINE vec<16> even_mean_down(vec<16> a, vec<16> b) {
+  return even(avg_down8(a, b));
+}
+PPL_INLINE vec<16> odd_mean_down(vec<16> a, vec<16> b) {
+  return odd(avg_down8(a, b));
+}
 PPL_INLINE vec<16> join_clamp8(vec<16> e, vec<16> o) {
   const vec<16> x = narrow(e, o);
   return pick8(x, x, [](int i) { return i / 2 + i % 2 * 8; });

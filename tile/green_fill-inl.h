@@ -22,10 +22,11 @@ PPL_INLINE void green_fill_row(rows_around<5> r, uint8_t* out, vec_i16 threshold
     const V left = loadu<V>(r[0] + x - 1), right = loadu<V>(r[0] + x + 1);
     const V up = load<V>(r[-1] + x), down = load<V>(r[1] + x);
     const V gh = site(absdiff_u8(left, right)), gv = site(absdiff_u8(up, down));
-    const V across = add16(site(loadu<V>(r[0] + x - 2)), site(loadu<V>(r[0] + x + 2)));
-    const V along = add16(site(load<V>(r[-2] + x)), site(load<V>(r[2] + x)));
-    const V eh = sub16(add16(site(left), site(right)), srl16<1>(across));
-    const V ev = sub16(add16(site(up), site(down)), srl16<1>(along));
+    const auto mean_down = [](V a, V b) { return kOddRow ? odd_mean_down(a, b) : even_mean_down(a, b); };
+    const V across = mean_down(loadu<V>(r[0] + x - 2), loadu<V>(r[0] + x + 2));
+    const V along = mean_down(load<V>(r[-2] + x), load<V>(r[2] + x));
+    const V eh = sub16(add16(site(left), site(right)), across);
+    const V ev = sub16(add16(site(up), site(down)), along);
     const auto directional = gt_s16(max_s16(gh, gv), t1) & gt_s16(t1, min_s16(gh, gv));
     const V directed = sra16<1>(select(gt_s16(gh, gv), ev, eh));
     const V mean = sra16<2>(add16(eh, ev));

@@ -21,7 +21,7 @@
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || !defined(__OPTIMIZE__)
+#if defined(__SANITIZE_ADDRESS__) || !defined(__OPTIMIZE__) || defined(PPL_TEST_EMULATED)
 constexpr uint64_t kSlow = 8;  // so many times fewer sequences
 #else
 constexpr uint64_t kSlow = 1;
