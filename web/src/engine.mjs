@@ -2,6 +2,7 @@
 import { frameBytes, formats, Library, sizes } from '../package/ppl.mjs';
 
 const decoder = new TextDecoder();
+const LARGEST = 48e6; // samples; a frame and its pictures take some twenty bytes each
 
 /** The controls as the command line tool has them, from the module's table. */
 function readControls(page, text) {
@@ -65,7 +66,8 @@ export class Engine {
   shapeProblem(shape) {
     for (const name of ['width', 'height', 'stride', 'skip'])
       if (!Number.isInteger(shape[name]) || shape[name] < 0) return `${name} is a whole number`;
-    if (shape.width > 16384 || shape.height > 16384) return 'width and height are at most 16384 here';
+    if (shape.width > 16384 || shape.height > 16384 || shape.width * shape.height > LARGEST)
+      return 'width and height are at most 16384 here, and a frame has at most 48 million samples';
     const reason = this.page.page_sensor_reason(shape.width, shape.height, shape.stride, shape.pattern, shape.layout, shape.bits);
     return reason ? this.text(this.page.page_sensor_sentence(reason)) : null;
   }
@@ -78,7 +80,7 @@ export class Engine {
     return this.page.page_sensor_row_bytes(width, layout);
   }
 
-  /** Takes a frame of this shape. Its columns and rows are cut to what every quality and size makes whole. */
+  /** Takes a frame of this shape, cut to whole tiles and row pairs. */
   takeFrame(bytes, shape) {
     const problem = this.shapeProblem(shape);
     if (problem) throw new Error(`This shape can't be: ${problem}.`);
@@ -86,7 +88,7 @@ export class Engine {
     const needed = this.shapeBytes(shape);
     if (bytes.length < needed)
       throw new Error(`The frame is cut short: it has ${bytes.length} bytes, a frame of this shape ${needed}.`);
-    const width = Math.floor(shape.width / 64) * 64, height = Math.floor(shape.height / 4) * 4;
+    const width = Math.floor(shape.width / 16) * 16, height = Math.floor(shape.height / 2) * 2;
     const raw = this.buffer('sensor', needed);
     raw.bytes.set(bytes.subarray(0, needed));
     const mosaic = this.buffer('mosaic', width * height);
@@ -94,10 +96,7 @@ export class Engine {
       shape.bits, mosaic.address, width, height);
     if (reason) throw new Error(`This shape can't be: ${this.text(this.page.page_sensor_sentence(reason))}.`);
     this.frame = { width, height, shape: { ...shape } };
-  }
-  get mosaic() {
-    const { width, height } = this.frame;
-    return this.buffer('mosaic', 0).bytes.subarray(0, width * height);
+    this.used = { width, height };
   }
   /** The number that the file has for the sample at a place of the mosaic. */
   sampleAt(x, y) {
@@ -112,14 +111,28 @@ export class Engine {
 
   /** Why these settings make no picture of this format and size, or null. */
   problem(settings, format, size) {
-    const { width, height } = this.#callSize(size);
+    return this.#fit(settings, format, size).problem ?? null;
+  }
+  // The part of the frame, from its first column and row, of which a whole picture comes.
+  #fit(settings, format, size) {
+    const { width, height } = this.frame;
+    if (this.#tooLarge()) {
+      const problem = this.#check(settings, format, size, 64, 64), [across, down] = size === 'half' ? [64, 4] : [32, 2];
+      if (size === 'double') return { problem: 'frames of more than 2016 x 2048 samples are not doubled here' };
+      return { problem, width: Math.floor(width / across) * across, height: Math.floor(height / down) * down };
+    }
+    let problem = null;
+    for (let w = width; w >= 64 && w > width - 64; w -= 16)
+      for (const h of new Set([height, Math.floor(height / 4) * 4])) {
+        problem = this.#check(settings, format, size, w, h);
+        if (!problem) return { width: w, height: h };
+      }
+    return { problem };
+  }
+  #check(settings, format, size, width, height) {
     const reason = this.page.page_check(settings.quality, settings.get('medium_filter')[0], formats.indexOf(format), sizes[size],
       settings.get('h_mirror')[0], settings.get('v_mirror')[0], width, height);
     return reason ? this.text(this.page.page_reason(reason)) : null;
-  }
-  #callSize(size) {
-    const { width, height } = this.frame;
-    return this.#tooLarge(size) ? { width: 64, height: 64 } : { width, height };
   }
   #tooLarge() {
     return this.frame.width > 2016 || this.frame.height > 2048;
@@ -159,8 +172,7 @@ export class Engine {
 
   /** Converts the frame. The picture stands in the buffer `name` until its next use. */
   convert(settings, format, size, name = 'picture') {
-    const { width, height } = this.frame;
-    const problem = this.problem(settings, format, size);
+    const { problem, width, height } = this.#fit(settings, format, size);
     if (problem) throw new Error(`${problem[0].toUpperCase()}${problem.slice(1)}.`);
     const which = settings.quality === 10 || settings.quality === 11 ? 1 : 0;
     const context = this.contexts[which];
@@ -169,19 +181,20 @@ export class Engine {
     const [x, y] = settings.lens?.origin ?? [width >> 1, height >> 1];
     const call = `ppl_process_blrto${format.toLowerCase()}`;
     this.last = context;
+    this.used = { width, height };
     if (!this.#tooLarge()) {
       const source = this.buffer('source', width * height);
-      source.bytes.set(this.mosaic);
+      this.page.page_copy(this.buffer('mosaic', 0).address, this.frame.width, width, height, source.address);
       this.#apply(which, settings, width, height, x, y);
       this.page.ppl_set_decimation(context.address, sizes[size], 0, 0);
       this.page[call](context.address, source.address, picture.address, width, height, width);
     } else {
-      const parts = size === 'double' ? 0 : this.page.page_plan_parts(width, height, sizes[size]);
-      if (!parts) throw new Error('Frames of more than 2016 x 2048 samples are not doubled.');
+      const parts = this.page.page_plan_parts(width, height, sizes[size]);
+      if (!parts) throw new Error('This frame is too large to be worked on in parts.');
       for (let i = 0; i < parts; ++i) {
         const [px, py, pw, ph] = [0, 1, 2, 3].map((n) => this.page.page_part(i, n));
         const source = this.buffer('source', pw * ph), out = this.buffer('part', frameBytes(format, pw, ph));
-        this.page.page_part_source(i, this.buffer('mosaic', 0).address, width, source.address);
+        this.page.page_part_source(i, this.buffer('mosaic', 0).address, this.frame.width, source.address);
         this.#apply(which, settings, pw, ph, x - px, y - py);
         this.page.ppl_set_decimation(context.address, sizes[size], 0, 0);
         this.page[call](context.address, source.address, out.address, pw, ph, pw);
@@ -201,9 +214,10 @@ export class Engine {
     this.page.page_pixels(formats.indexOf(picture.format), picture.address, picture.width, picture.height, out.address);
     return new Uint8ClampedArray(this.library.exports.memory.buffer, out.address, 4 * picture.width * picture.height);
   }
+  /** The mosaic, as much of it as the last picture was made of. */
   mosaicPixels() {
-    const { width, height } = this.frame, out = this.buffer('mosaic pixels', 4 * width * height);
-    this.page.page_mosaic_pixels(this.buffer('mosaic', 0).address, width, height, out.address);
+    const { width, height } = this.used, out = this.buffer('mosaic pixels', 4 * width * height);
+    this.page.page_mosaic_pixels(this.buffer('mosaic', 0).address, this.frame.width, width, height, out.address);
     return new Uint8ClampedArray(this.library.exports.memory.buffer, out.address, 4 * width * height);
   }
   get statistics() {

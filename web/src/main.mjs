@@ -80,7 +80,7 @@ async function attempt(action) {
 
 function pixelsOf(settings, what, size, name) {
   if (what === 'mosaic') {
-    const { width, height } = engine.frame;
+    const { width, height } = engine.used;
     return { pixels: engine.mosaicPixels(), width, height };
   }
   const picture = engine.convert(settings, $('format').value, size, name);
@@ -94,7 +94,8 @@ function beforeImage(width, height) {
   const settings = what === 'kept' ? state.kept : new Settings(engine.controls, engine.lensNumbers);
   if (what === 'defaults') settings.quality = state.settings.quality;
   for (const mirror of ['h_mirror', 'v_mirror']) if (what === 'defaults') settings.set(mirror, state.settings.get(mirror));
-  const key = [what, what === 'mosaic' ? '' : asJson(settings), $('format').value, $('size').value, frameNumber].join();
+  const key = [what, what === 'mosaic' ? '' : asJson(settings), $('format').value, $('size').value, frameNumber, engine.used.width,
+    engine.used.height].join();
   if (dirty.before?.key !== key) {
     const made = pixelsOf(settings, what, $('size').value, 'before');
     const image = new ImageData(new Uint8ClampedArray(made.pixels), made.width, made.height);
@@ -125,18 +126,21 @@ function render() {
     dirty.controls = false;
   }
   try {
-    let before = null;
-    if ($('before').value !== 'none') {
-      const { width, height } = engine.frame, size = $('show').value === 'mosaic' ? 'same' : $('size').value;
-      const times = size === 'half' ? 0.5 : size === 'double' ? 2 : 1;
-      before = beforeImage(width * times, height * times);
-    }
+    if ($('show').value === 'mosaic') engine.used = { width: engine.frame.width, height: engine.frame.height };
     const made = pixelsOf(state.settings, $('show').value, $('size').value, 'picture');
+    const after = engine.last, used = engine.used, { buffer } = made.pixels;
+    const before = $('before').value === 'none' ? null : beforeImage(made.width, made.height);
+    engine.last = after;
+    engine.used = used;
+    // Making the other picture may have moved the memory from under this one.
+    if (made.pixels.buffer !== buffer || !buffer.byteLength)
+      made.pixels = made.picture ? engine.pixels(made.picture, 'picture pixels') : engine.mosaicPixels();
     view.show(made.pixels, made.width, made.height, before);
     shown = made.picture ?? null;
     if (problemShown) notice('');
     problemShown = false;
     scopes(made);
+    showCut();
   } catch (problem) {
     notice(problem.message);
     problemShown = true;
@@ -170,7 +174,7 @@ function scopes(made) {
 
 // Where a pixel of the picture lies in the mosaic.
 function mosaicPlace(x, y) {
-  const { width, height } = engine.frame, scale = view.canvas.width / width;
+  const { width, height } = engine.used, scale = view.canvas.width / width;
   const mirrored = $('show').value === 'picture' && state.settings.quality !== 4;
   let mx = Math.min(width - 1, Math.floor(x / scale)), my = Math.min(height - 1, Math.floor(y / scale));
   if (mirrored && state.settings.get('h_mirror')[0]) mx = width - 1 - mx;
@@ -306,8 +310,12 @@ function showShape() {
   $('frame').max = $('frame-slider').max = frames - 1;
   $('frame').value = $('frame-slider').value = index;
   $('frame-count').textContent = `of ${frames}, from 0`;
-  const cut = [shape.width - engine.frame.width, shape.height - engine.frame.height], rest = file.size - shape.skip - frames * engine.shapeBytes(shape);
-  $('cut').textContent = [cut[0] || cut[1] ? `Shown are ${engine.frame.width} × ${engine.frame.height}: the library wants whole tiles.` : '',
+  showCut();
+}
+function showCut() {
+  const { shape, frames, file } = source, { width, height } = engine.used;
+  const rest = file.size - shape.skip - frames * engine.shapeBytes(shape);
+  $('cut').textContent = [shape.width > width || shape.height > height ? `Of this frame ${width} × ${height} make a whole picture in this format and size.` : '',
     rest > 0 && frames > 0 ? `${rest} bytes are left over at the end of the file.` : '',
     engine.frame.width > 2016 || engine.frame.height > 2048 ? 'Worked on in parts; measurements are those of the last part.' : ''].filter(Boolean).join(' ');
 }

@@ -109,6 +109,10 @@ uint32_t page_prepare(const uint8_t* source, uint32_t width, uint32_t height, ui
   return static_cast<uint32_t>(
       ppl_prepare_region(&f, source, PPL_TO_8_ROUND, nullptr, 0, 0, out_width, out_height, out, out_width));
 }
+// Rows of the mosaic, back to back: the library overwrites what it is given.
+PAGE(copy) void page_copy(const uint8_t* mosaic, uint32_t stride, uint32_t width, uint32_t height, uint8_t* out) {
+  ppl_copy_rectangle(out, width, mosaic, stride, width, height);
+}
 PAGE(sample) uint32_t page_sample(int layout, const uint8_t* row, uint32_t x) {
   return ppl_sensor_sample(layout, row, x);
 }
@@ -232,10 +236,11 @@ PAGE(pixels) void page_pixels(uint32_t format, const uint8_t* frame, uint32_t wi
   }
 }
 // The mosaic, every sample in its own colour.
-PAGE(mosaic_pixels) void page_mosaic_pixels(const uint8_t* mosaic, uint32_t width, uint32_t height, uint32_t* out) {
+PAGE(mosaic_pixels)
+void page_mosaic_pixels(const uint8_t* mosaic, uint32_t stride, uint32_t width, uint32_t height, uint32_t* out) {
   for (uint32_t y = 0; y < height; ++y)
     for (uint32_t x = 0; x < width; ++x) {
-      const uint32_t v = mosaic[static_cast<size_t>(y) * width + x];
+      const uint32_t v = mosaic[static_cast<size_t>(y) * stride + x];
       out[static_cast<size_t>(y) * width + x] =
           ((x ^ y) & 1) ? rgba(0, v, 0) : (y & 1) ? rgba(v, 0, 0) : rgba(v / 4, v / 4, v);
     }

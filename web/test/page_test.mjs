@@ -12,6 +12,11 @@ import { after, before, test } from 'node:test';
 import { pathToFileURL } from 'node:url';
 
 const { PPL_PAGE: html, PPL_ROOT: root, PPL_TOOL: tool, PPL_NPM: npm, PPL_SCREENSHOTS: pictures } = process.env;
+const browser = process.env.PPL_CHROMIUM ?? '/usr/bin/chromium';
+if (!existsSync(browser)) {
+  console.log(`${browser} is missing (Debian: chromium)`);
+  process.exit(77);
+}
 const { chromium } = createRequire(join(npm, 'package.json'))('playwright-core');
 const work = mkdtempSync(join(tmpdir(), 'ppl-page-'));
 const sample = `${root}/samples/coffee_640x480_bggr8.raw`, raw = readFileSync(sample);
@@ -22,7 +27,7 @@ const requests = [], errors = [];
 before(async () => {
   assert.ok(existsSync(tool), `the native tool is missing: ${tool}`);
   context = await chromium.launchPersistentContext(join(work, 'profile'), {
-    executablePath: '/usr/bin/chromium', viewport: { width: 1440, height: 900 }, acceptDownloads: true,
+    executablePath: browser, viewport: { width: 1440, height: 900 }, acceptDownloads: true,
     args: ['--headless', '--no-sandbox', '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking',
       '--disable-component-update', '--disable-sync'],
   });
@@ -54,7 +59,7 @@ const frame = async () => {
 const shoot = async (name) => {
   const file = join(pictures, name);
   await page.screenshot({ path: file });
-  execFileSync('convert', [file, '-dither', 'None', '-colors', '160', '-strip', `png8:${file}`]);
+  execFileSync('convert', [file, '-colors', '255', '-strip', `png8:${file}`]);
 };
 const settle = () => page.evaluate(() => new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done))));
 const settings = () => page.evaluate(() => pplPage.settings);
@@ -116,6 +121,7 @@ test('the canvas shows what the tool puts into a picture file', async () => {
       { stdio: 'ignore' });
     same(shown, readFileSync(join(work, 'p.ppm')).subarray(-3 * W * H), `pixels of ${format}`);
   }
+  await page.selectOption('#format', 'RGB24');
 });
 
 // Every control: a value, and a quality in which it acts.
@@ -396,6 +402,40 @@ test('a recording: frames by number, playing, skip and stride', async () => {
   await page.selectOption('#pattern', '0');
   await page.waitForFunction(() => pplPage.shape.skip === 100 && pplPage.shape.stride === 704 && pplPage.shape.pattern === 0);
   same(await frame(), native(json), 'skip and stride');
+});
+
+test('widths that a format does not make whole are cut to what it does', async () => {
+  const w = 752, h = 482, odd = Buffer.alloc(w * h);
+  for (let y = 0; y < h; ++y) for (let x = 0; x < w; ++x) odd[y * w + x] = raw[(y % H) * W + x % W];
+  await page.click('#sample');
+  await open(`odd_${w}x${h}_bggr.raw`, odd);
+  await page.waitForFunction((n) => pplPage.shape.width === n, w);
+  writeFileSync(join(work, 'odd.raw'), odd);
+  for (const [format, size, width, height] of [['RGB24', 'same', 752, 482], ['I420', 'same', 736, 482], ['I420', 'half', 704, 480]]) {
+    await page.selectOption('#format', format);
+    await page.selectOption('#size', size);
+    await settle();
+    const cut = Buffer.alloc(width * height);
+    for (let y = 0; y < height; ++y) odd.copy(cut, y * width, y * w, y * w + width);
+    writeFileSync(join(work, 'cut.raw'), cut);
+    same(await frame(), native(await settings(), { file: join(work, 'cut.raw'), width, height, format: format.toLowerCase(), size }), `${format} ${size}`);
+    assert.equal((await page.textContent('#cut')).includes(`${width} × ${height}`), width !== w);
+  }
+  await page.selectOption('#format', 'RGB24');
+  await page.selectOption('#size', 'same');
+});
+
+test('a shape beyond all bounds is refused in a sentence', async () => {
+  await page.click('#sample');
+  await settle();
+  await page.locator('#shape').evaluate((d) => { d.open = true; });
+  await type(page.locator('#width'), 16000);
+  await page.waitForFunction(() => /the file has 307200/.test(pplPage.problem));
+  await type(page.locator('#height'), 16000);
+  await page.waitForFunction(() => /at most 48 million samples/.test(pplPage.problem));
+  same(await frame(), native(await settings()), 'the sample');
+  await page.click('#sample');
+  await settle();
 });
 
 test('grey point, automatic white balance, lens shading', async () => {
