@@ -61,11 +61,22 @@ export function buildControls(root, engine, state) {
     else for (const control of engine.controls.filter((c) => c.group === title)) body.append(buildControl(control, state, rows, details));
     root.append(details);
   }
-  return function refresh() {
-    for (const row of rows) row.refresh();
+  // Touching an element costs the browser a layout: rows are shown anew only when what they show has changed.
+  return function refresh(everything = false) {
+    const { settings } = state, common = `${settings.quality} ${state.frame?.width}x${state.frame?.height}`;
+    let any = false;
+    for (const row of rows) {
+      const now = `${common} ${row.key ? settings.get(row.key) : JSON.stringify(settings.lens)}`;
+      if (now === row.shown && !everything) continue;
+      row.shown = now;
+      row.refresh();
+      any = true;
+    }
+    if (!any) return;
     for (const details of root.querySelectorAll('details.group')) {
       const changed = details.querySelectorAll('.control.changed').length;
-      details.querySelector('.count').textContent = changed ? `${changed} set` : '';
+      const text = changed ? `${changed} set` : '';
+      if (details.querySelector('.count').textContent !== text) details.querySelector('.count').textContent = text;
     }
   };
 }
@@ -89,7 +100,8 @@ function buildControl(control, state, rows, details) {
     const quality = state.settings.quality;
     const asleep = w.in && !w.in.includes(quality);
     box.classList.toggle('asleep', !!asleep);
-    box.querySelector('.idle').textContent = asleep && w.in.length ? ` No effect in quality ${quality}.` : '';
+    const text = asleep && w.in.length ? ` No effect in quality ${quality}.` : '', place = box.querySelector('.idle');
+    if (place.textContent !== text) place.textContent = text;
     box.classList.toggle('changed', !state.settings.isDefault(key));
   };
   if (kind === 'flag') {
@@ -99,7 +111,7 @@ function buildControl(control, state, rows, details) {
       element('div', { class: 'head' }, element('label', { class: 'name', for: id, text: w.label }), input),
       element('p', { class: 'text', id: `${id}-text` }, element('span', { text: `${w.text} ` }), element('span', { class: 'range', text: 'Off by default.' }),
         element('span', { class: 'idle' })));
-    rows.push({ refresh: () => { input.checked = state.settings.get(key)[0] === 1; idle(box); } });
+    rows.push({ key, refresh: () => { input.checked = state.settings.get(key)[0] === 1; idle(box); } });
     return box;
   }
   const { box, reset, insert } = frameOf({ label: w.label, unit: w.unit, text: w.text, standard: standard.join(', '), id,
@@ -148,7 +160,7 @@ function buildControl(control, state, rows, details) {
     names.forEach((name, i) => list.append(element('span', { class: `part site-${name.toLowerCase()}` }, element('span', { class: 'site', text: name }), add(name, i))));
     insert(list);
   }
-  rows.push({ refresh: () => { parts.forEach((p) => p.refresh()); idle(box); } });
+  rows.push({ key, refresh: () => { parts.forEach((p) => p.refresh()); idle(box); } });
   return box;
 }
 

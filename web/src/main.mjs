@@ -121,8 +121,7 @@ function render() {
   const start = performance.now();
   if (dirty.controls) {
     refreshControls();
-    $('quality').value = state.settings.quality;
-    showExport();
+    if ($('quality').value !== String(state.settings.quality)) $('quality').value = state.settings.quality;
     dirty.controls = false;
   }
   try {
@@ -140,7 +139,6 @@ function render() {
     if (problemShown) notice('');
     problemShown = false;
     scopes(made);
-    showCut();
   } catch (problem) {
     notice(problem.message);
     problemShown = true;
@@ -149,17 +147,29 @@ function render() {
   if (!$('qualities').hidden) queueSheet();
   ++renders;
   spent = performance.now() - start;
-  $('speed').textContent = shown ? `${spent.toFixed(1)} ms a picture` : '';
-  $('zoom-text').textContent = `${Math.round(view.scale * 100)} %`;
+  readings();
 }
 let problemShown = false;
 
-// Measurements are read by people: fifteen times a second is enough.
+// What is read by people, not looked at: ten times a second is enough, and once more when all is still.
+let lastReadings = 0, readingsLater = 0;
+function readings() {
+  const now = performance.now();
+  clearTimeout(readingsLater);
+  if (now - lastReadings < 95) {
+    readingsLater = setTimeout(readings, 100);
+    return;
+  }
+  lastReadings = now;
+  $('speed').textContent = shown ? `${spent.toFixed(1)} ms a picture` : '';
+  showExport();
+  if (source) showCut();
+}
 function scopes(made) {
   const now = performance.now();
   clearTimeout(scopesLater);
-  if (now - lastScopes < 66) {
-    scopesLater = setTimeout(schedule, 80);
+  if (now - lastScopes < 95) {
+    scopesLater = setTimeout(schedule, 100);
     return;
   }
   lastScopes = now;
@@ -167,10 +177,14 @@ function scopes(made) {
   const s = engine.statistics;
   drawHistogram($('histogram-sensor'), [s.histogramR, s.histogramG, s.histogramB]);
   showGrid(s.cells);
-  const rows = [['whole frame', s.means], ['centre-weighted', s.centre8], ['qualified cells', s.qualifiedMeans], ['exposure cells', s.exposureMeans]];
-  $('means').replaceChildren(...rows.map(([name, means]) => element('tr', {}, element('th', { scope: 'row', text: name }),
-    ...means.map((m) => element('td', { text: m.toFixed(1) })))));
+  const means = [s.means, s.centre8, s.qualifiedMeans, s.exposureMeans];
+  means.forEach((rgb, row) => rgb.forEach((m, c) => { meansCells[row][c].textContent = m.toFixed(1); }));
 }
+const meansCells = ['whole frame', 'centre-weighted', 'qualified cells', 'exposure cells'].map((name) => {
+  const cells = [0, 1, 2].map(() => element('td'));
+  $('means').append(element('tr', {}, element('th', { scope: 'row', text: name }), ...cells));
+  return cells;
+});
 
 // Where a pixel of the picture lies in the mosaic.
 function mosaicPlace(x, y) {
@@ -315,9 +329,10 @@ function showShape() {
 function showCut() {
   const { shape, frames, file } = source, { width, height } = engine.used;
   const rest = file.size - shape.skip - frames * engine.shapeBytes(shape);
-  $('cut').textContent = [shape.width > width || shape.height > height ? `Of this frame ${width} × ${height} make a whole picture in this format and size.` : '',
+  const text = [shape.width > width || shape.height > height ? `Of this frame ${width} × ${height} make a whole picture in this format and size.` : '',
     rest > 0 && frames > 0 ? `${rest} bytes are left over at the end of the file.` : '',
     engine.frame.width > 2016 || engine.frame.height > 2048 ? 'Worked on in parts; measurements are those of the last part.' : ''].filter(Boolean).join(' ');
+  if ($('cut').textContent !== text) $('cut').textContent = text;
 }
 function shapeFromFields() {
   const read = (id) => ($(id).value.trim() === '' ? NaN : Number($(id).value));
@@ -383,9 +398,10 @@ async function takeSample() {
 const writers = { options: asOptions, c: asC, element: asElement, json: asJson };
 let form = 'options';
 function showExport() {
-  $('export-text').textContent = form === 'options'
+  const text = form === 'options'
     ? `ppl convert frame.raw -W ${engine.frame?.shape.width ?? 640} -H ${engine.frame?.shape.height ?? 480} -o picture.png ${asOptions(state.settings)}`
     : form === 'element' ? `pplbayer ${asElement(state.settings)}` : writers[form](state.settings);
+  if ($('export-text').textContent !== text) $('export-text').textContent = text;
 }
 function chooseForm(next, focus) {
   form = next;

@@ -51,8 +51,11 @@ export function buildGrid(table) {
     const line = table.insertRow();
     for (let column = 0; column < 8; ++column) cells.push(line.insertCell());
   }
+  const shown = [];
   return (means) => means.forEach(([r, g, b], i) => {
     const text = `R ${r.toFixed(1)}, G ${g.toFixed(1)}, B ${b.toFixed(1)}`;
+    if (shown[i] === text) return;
+    shown[i] = text;
     cells[i].style.background = `rgb(${r}, ${g}, ${b})`;
     cells[i].style.color = r + 2 * g + b > 400 ? '#000' : '#fff';
     cells[i].textContent = Math.round((r + 2 * g + b) / 4);

@@ -1,7 +1,7 @@
 // The picture: zoom, the divider between before and after, the loupe. Canvases show pixels; numbers stand in elements.
 
 export class View {
-  #zoom = 0; // 0: as large as fits
+  #zoom = 0; // 0: as large as fits, by whole numbers
   #divider = 0.5;
   #colour = () => [0, 0, 0]; // of a pixel that is shown
   #at = null; // the place under the loupe, in pixels of the picture
@@ -89,7 +89,8 @@ export class View {
     const style = getComputedStyle(this.stage);
     const room = this.stage.clientWidth - parseFloat(style.paddingLeft) - parseFloat(style.paddingRight);
     const high = this.stage.clientHeight - parseFloat(style.paddingTop) - parseFloat(style.paddingBottom);
-    return Math.max(0.01, Math.min(room / this.canvas.width, high / this.canvas.height));
+    const most = Math.max(0.01, Math.min(room / this.canvas.width, high / this.canvas.height));
+    return most < 1 ? most : Math.floor(most); // a pixel enlarged is a square, never a blur
   }
   #layout() {
     const scale = this.scale;
