@@ -38,25 +38,35 @@ file(CONFIGURE OUTPUT ppl.map CONTENT "{\n  global:\n    @PPL_EXPORT_LINES@;\n  
 add_library(ppl SHARED ${PPL_OBJECTS} $<TARGET_OBJECTS:ppl_platform>)
 add_library(ppl_static STATIC ${PPL_OBJECTS} $<TARGET_OBJECTS:ppl_platform>)
 add_library(ppl_test STATIC ${PPL_OBJECTS} $<TARGET_OBJECTS:ppl_platform_test>)
+# Installed, both are called pplcamera: on Debian another library owns libppl.so and libppl.a.
+add_library(ppl_installed SHARED ${PPL_OBJECTS} $<TARGET_OBJECTS:ppl_platform>)
+add_library(ppl_installed_static STATIC ${PPL_OBJECTS} $<TARGET_OBJECTS:ppl_platform>)
 add_library(ppl::ppl ALIAS ppl)
 add_library(ppl::ppl_static ALIAS ppl_static)
-foreach(lib ppl ppl_static ppl_test)
+foreach(lib ppl ppl_static ppl_test ppl_installed ppl_installed_static)
   target_include_directories(${lib} PUBLIC "$<BUILD_INTERFACE:${PPL_ROOT}/include;${PPL_ROOT}/helpers>"
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
   set_target_properties(${lib} PROPERTIES ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}
     LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
 endforeach()
+set_target_properties(ppl_installed PROPERTIES EXPORT_NAME ppl)
+set_target_properties(ppl_installed_static PROPERTIES EXPORT_NAME ppl_static)
+set_target_properties(ppl_installed ppl_installed_static PROPERTIES OUTPUT_NAME pplcamera
+  ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/installed LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/installed)
 # C++ sources, but nothing of the C++ run-time library: the shared object needs three memory functions of the C library.
 # It calls its own functions directly, whatever else goes by their names, and has every address before it is first
 # called: no call pays the dynamic linker's stack, and the table of addresses is read-only.
-set_target_properties(ppl PROPERTIES LINK_DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/ppl.map
-  SOVERSION 1 VERSION ${PROJECT_VERSION})
-target_link_options(ppl PRIVATE -Wl,--version-script=${CMAKE_CURRENT_BINARY_DIR}/ppl.map
-  -Wl,-Bsymbolic ${PPL_LINK_HARDENING})
-if(NOT PPL_SANITIZE)
-  target_link_options(ppl PRIVATE -Wl,--no-undefined)
-else()
-  foreach(lib ppl ppl_static ppl_test)
+foreach(lib ppl ppl_installed)
+  set_target_properties(${lib} PROPERTIES LINK_DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/ppl.map
+    SOVERSION 1 VERSION ${PROJECT_VERSION})
+  target_link_options(${lib} PRIVATE -Wl,--version-script=${CMAKE_CURRENT_BINARY_DIR}/ppl.map
+    -Wl,-Bsymbolic ${PPL_LINK_HARDENING})
+  if(NOT PPL_SANITIZE)
+    target_link_options(${lib} PRIVATE -Wl,--no-undefined)
+  endif()
+endforeach()
+if(PPL_SANITIZE)
+  foreach(lib ppl ppl_static ppl_test ppl_installed ppl_installed_static)
     target_link_options(${lib} PUBLIC -fsanitize=address,undefined)
   endforeach()
 endif()
@@ -64,10 +74,12 @@ set_target_properties(ppl_static PROPERTIES OUTPUT_NAME ppl)
 
 # The helpers stand beside ppl.h wherever it is used.
 file(GLOB PPL_HELPERS CONFIGURE_DEPENDS ${PPL_ROOT}/helpers/*.h ${PPL_ROOT}/helpers/*.hpp)
-install(FILES ${PPL_ROOT}/include/ppl.h ${PPL_HELPERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(TARGETS ppl ppl_static EXPORT ppl-targets
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(EXPORT ppl-targets NAMESPACE ppl:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ppl)
+install(FILES ${PPL_ROOT}/include/ppl.h ${PPL_HELPERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  COMPONENT development)
+install(TARGETS ppl_installed ppl_installed_static EXPORT ppl-targets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+install(EXPORT ppl-targets NAMESPACE ppl:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/ppl COMPONENT development)
 
 # What find_package(ppl) and pkg-config read; both find the rest from where they stand, so a prefix can be moved.
 include(CMakePackageConfigHelpers)
@@ -76,8 +88,9 @@ configure_package_config_file(${PPL_ROOT}/cmake/ppl-config.cmake.in ppl-config.c
   INSTALL_DESTINATION ${PPL_PACKAGE_DIR} NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file(ppl-config-version.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ppl-config.cmake ${CMAKE_CURRENT_BINARY_DIR}/ppl-config-version.cmake
-  DESTINATION ${PPL_PACKAGE_DIR})
+  DESTINATION ${PPL_PACKAGE_DIR} COMPONENT development)
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX} OUTPUT_VARIABLE PPL_LIBDIR)
 string(REGEX REPLACE "[^/]+" ".." PPL_UP ${PPL_LIBDIR}/pkgconfig)
 configure_file(${PPL_ROOT}/cmake/ppl.pc.in ppl.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ppl.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ppl.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+  COMPONENT development)

@@ -506,13 +506,18 @@ class Loop {
   std::unique_ptr<ppl_auto_sample> sample_;
 };
 
+// Where the package's exceptions stand. Installed beside another module ppl, the package goes by another name.
+std::string errors_module;
+
 }  // namespace
 
 PYBIND11_MODULE(_ppl, m) {
   m.doc() = "The compiled half of the package ppl: see there.";
+  const std::string name = py::cast<std::string>(m.attr("__name__"));
+  errors_module = name.substr(0, name.rfind('.')) + "._errors";
   py::register_exception_translator([](std::exception_ptr p) {
     const auto raise = [](const char* what, int reason) {
-      const py::object type = py::module_::import("ppl._errors").attr("Error");
+      const py::object type = py::module_::import(errors_module.c_str()).attr("Error");
       PyErr_SetObject(type.ptr(), type(what, reason).ptr());
     };
     try {

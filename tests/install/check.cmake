@@ -12,12 +12,17 @@ run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/first)
 file(RENAME ${WORK}/first ${WORK}/moved)
 set(prefix ${WORK}/moved)
 
-foreach(file include/ppl.h ${LIBDIR}/libppl.so ${LIBDIR}/libppl.a ${LIBDIR}/pkgconfig/ppl.pc
+foreach(file include/ppl.h ${LIBDIR}/libpplcamera.so ${LIBDIR}/libpplcamera.a ${LIBDIR}/pkgconfig/ppl.pc
     ${LIBDIR}/cmake/ppl/ppl-config.cmake ${LIBDIR}/cmake/ppl/ppl-config-version.cmake)
   if(NOT EXISTS ${prefix}/${file})
     message(FATAL_ERROR "not installed: ${file}")
   endif()
 endforeach()
+# Names of Debian's other library of this name.
+file(GLOB taken ${prefix}/${LIBDIR}/libppl.* ${prefix}/share/ppl)
+if(taken)
+  message(FATAL_ERROR "installed under another library's names: ${taken}")
+endif()
 file(GLOB headers RELATIVE ${prefix}/include ${prefix}/include/*)
 # ppl.h and the helpers, all that there are and nothing else.
 file(GLOB wanted RELATIVE ${SOURCE}/../../../helpers ${SOURCE}/../../../helpers/*)

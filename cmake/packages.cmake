@@ -1,0 +1,95 @@
+# Debian packages, by the preset packages and its target package. What a component lacks to be built is told by the
+# room that builds it; such a component makes no package.
+#
+# Debian's polyhedra library owns libppl.so, libppl.a, /usr/share/ppl and the package names around libppl; its Python
+# package owns the module ppl. Hence pplcamera in every name that could meet one of those.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_CONTACT "Authors of ppl <ppl@localhost>" CACHE STRING "Maintainer in the packages, with an address")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_OUTPUT_FILE_PREFIX ${CMAKE_BINARY_DIR}/debs)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR}/installed)
+set(CPACK_VERBATIM_VARIABLES ON)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # every package has its own
+set(CPACK_COMPONENTS_ALL)
+
+# One package: its component, name, section, summary, text and what it depends on beside shared libraries.
+macro(ppl_package component package section summary text)
+  string(TOUPPER ${component} ppl_upper)
+  list(APPEND CPACK_COMPONENTS_ALL ${component})
+  set(CPACK_DEBIAN_${ppl_upper}_PACKAGE_NAME ${package})
+  set(CPACK_DEBIAN_${ppl_upper}_PACKAGE_SECTION ${section})
+  set(CPACK_DEBIAN_${ppl_upper}_DESCRIPTION "${summary}\n${text}")
+  set(CPACK_DEBIAN_${ppl_upper}_PACKAGE_DEPENDS "${ARGN}")
+endmacro()
+
+ppl_package(library libpplcamera1 libs "raw camera frames to pictures, shared library"
+  "Turns raw Bayer frames and frames of video decoders into finished I420, YUYV, UYVY and RGB pictures.")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_GENERATE_SHLIBS ON)
+
+ppl_package(development libpplcamera-dev libdevel "raw camera frames to pictures, for programs that are built"
+  "Headers, the static library, the CMake package ppl, the pkg-config file ppl, documents and examples."
+  "libpplcamera1 (= ${PROJECT_VERSION})")
+install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libpplcamera-dev COMPONENT development
+  EXCLUDE_FROM_ALL REGEX "examples/CMakeLists.txt$" EXCLUDE)
+
+if(TARGET ppl_tool)
+  ppl_package(tool pplcamera video "raw camera frames to pictures, command line tool"
+    "The command ppl: raw frames to picture files, comparisons, gains, lens shading, settings, statistics."
+    "libpplcamera1 (= ${PROJECT_VERSION}), fonts-dejavu-core")
+endif()
+
+if(TARGET gstppl)
+  ppl_package(element gstreamer1.0-pplcamera libs "raw camera frames to pictures, GStreamer element"
+    "The element pplbayer, from video/x-bayer to video/x-raw, with its controls as properties.")
+  set(CPACK_DEBIAN_ELEMENT_PACKAGE_RECOMMENDS gstreamer1.0-tools)
+endif()
+
+# The Python package is built while it is packed, and is nothing that a plain installation takes along.
+if(PPL_BUILD_PYTHON)
+  find_program(PPL_PYTHON NAMES python3 PATHS /usr/bin NO_DEFAULT_PATH)
+  find_file(PPL_PYBIND11 pybind11/pybind11.h)
+  if(PPL_PYTHON)
+    execute_process(COMMAND ${PPL_PYTHON} -c
+      "import setuptools, numpy, pip, sys, wheel; v = sys.version_info; print(f'3.{v[1]};3.{v[1] + 1}')"
+      OUTPUT_VARIABLE PPL_PYTHONS OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
+  endif()
+  if(PPL_PYTHONS AND PPL_PYBIND11)
+    list(GET PPL_PYTHONS 0 ppl_this)
+    list(GET PPL_PYTHONS 1 ppl_next)
+    ppl_package(python python3-pplcamera python "raw camera frames to pictures, Python package"
+      "The module pplcamera, which is also ppl where Debian's package python3-ppl, another library, is absent."
+      "python3 (>= ${ppl_this}), python3 (<< ${ppl_next}), python3-numpy")
+    install(CODE "set(ROOT \"${PPL_ROOT}\")\nset(BUILD \"${CMAKE_BINARY_DIR}\")\nset(PYTHON \"${PPL_PYTHON}\")"
+      COMPONENT python EXCLUDE_FROM_ALL)
+    install(SCRIPT cmake/package_python.cmake COMPONENT python EXCLUDE_FROM_ALL)
+  else()
+    message(STATUS "ppl Python package: no .deb; it needs python3-dev, python3-numpy, python3-pip, python3-setuptools, "
+      "python3-wheel and pybind11-dev")
+  endif()
+endif()
+
+if(EXISTS ${PPL_ROOT}/build/wasm/web/tune.html)
+  ppl_package(page pplcamera-tune video "raw camera frames to pictures, tuning page"
+    "One file for a browser, /usr/share/pplcamera/tune.html: a frame of one's own, every control, the picture at once.")
+  set(CPACK_DEBIAN_PAGE_PACKAGE_ARCHITECTURE all)
+  set(CPACK_DEBIAN_PAGE_PACKAGE_SHLIBDEPS OFF)
+  set(CPACK_DEBIAN_PAGE_PACKAGE_RECOMMENDS "chromium | www-browser")
+else()
+  message(STATUS "ppl tuning page: no .deb; build the target web and configure again")
+endif()
+
+# Every package has its copyright file, once there is a licence to put there.
+if(EXISTS ${PPL_ROOT}/LICENSE)
+  foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+    string(TOUPPER ${component} ppl_upper)
+    install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${ppl_upper}_PACKAGE_NAME}
+      RENAME copyright COMPONENT ${component} EXCLUDE_FROM_ALL)
+  endforeach()
+endif()
+
+include(CPack)
