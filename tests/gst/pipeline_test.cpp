@@ -64,4 +64,54 @@ TEST_F(Gst, YuvIsStandard) {
   }
 }
 
+// Another phase, 12 bits, and a frame that takes parts: the element's picture is the tool's.
+TEST_F(Gst, SensorsOfOtherShapes) {
+  const struct {
+    const char *pattern, *bits, *size, *width, *height, *black;
+  } sensors[] = {{"rggb", "12", "640x480", "640", "480", "192"},
+                 {"grbg", "10", "2592x1944", "2592", "1944", "48"}};
+  for (const auto& s : sensors) {
+    ok({"simulate", truth, "-o", path("a.raw"), "--size", s.size, "--pattern", s.pattern, "--bits", s.bits,
+        "--black", s.black, "--noise", "0.4", "--shading", "0.3"});
+    ok({"convert", path("a.raw"), "-W", s.width, "-H", s.height, "--pattern", s.pattern, "--bits", s.bits,
+        "-o", "b.png", "--black", "12", "--gains", "397,256,346", "--gbgr", "--lens-f1", "20"});
+    const Rgb picture = png("b.png");
+    const std::string samples = std::to_string(2 * picture.width * picture.height);
+    const std::string line =
+        "GST_REGISTRY='" + path("registry") +
+        "' GST_PLUGIN_PATH='" PLUGINS "' '" GST_LAUNCH "' -q filesrc location='" + path("a.raw") +
+        "' blocksize=" + samples + " ! video/x-bayer,format=" + s.pattern + s.bits + "le,width=" + s.width +
+        ",height=" + s.height + " ! pplbayer " + properties +
+        " lens=true lens-f1=20 ! video/x-raw,format=RGBx ! filesink location='" + path("out") + "' 2>&1";
+    ASSERT_EQ(system(line.c_str()), 0) << line;
+    const Bytes rgbx = read("out");
+    ASSERT_EQ(rgbx.size(), picture.pixels.size() / 3 * 4);
+    for (size_t i = 0; i < picture.pixels.size() / 3; ++i)
+      for (size_t c = 0; c < 3; ++c) ASSERT_EQ(rgbx[4 * i + c], picture.pixels[3 * i + c]) << s.pattern << i;
+  }
+}
+
+// A pipeline that cannot be ends with one line that says why and what would be right, and leaves no picture behind.
+// gst-launch-1.0 itself does not always end when an error comes before the first picture (with identity error-after=1
+// it is one run in four): it is ended after some seconds then.
+TEST_F(Gst, WrongPipelinesTellWhy) {
+  const std::pair<std::string, const char*> wrong[] = {
+      {"video/x-bayer,format=bggr,width=650,height=480 ! pplbayer", "640 x 480 would do"},
+      {"video/x-bayer,format=bggr13le,width=640,height=480 ! pplbayer", "such as bggr10le"},
+      {"video/x-bayer,format=bggr,width=640,height=480 ! pplbayer quality=13 ! video/x-raw,format=UYVY",
+       "it makes I420, NV12"},
+      {"video/x-bayer,format=bggr,width=320,height=480 ! pplbayer", "a frame of 320 x 480 has 153600"},
+      {"video/x-bayer,format=bggr,width=640,height=480 ! pplbayer quality=8", "use 0 to 4"}};
+  for (const auto& [middle, why] : wrong) {
+    const Result result =
+        shell("GST_REGISTRY='" + path("registry") +
+              "' GST_PLUGIN_PATH='" PLUGINS "' timeout 5 '" GST_LAUNCH "' -q filesrc location='" + sample +
+              "' blocksize=307200 ! " + middle + " ! filesink location='" + path("picture") + "' 2>&1");
+    EXPECT_NE(result.status, 0) << middle;
+    const std::string said = result.out + result.err;
+    EXPECT_NE(said.find(why), std::string::npos) << said;
+    EXPECT_TRUE(read("picture").empty()) << middle;
+  }
+}
+
 }  // namespace
