@@ -1,4 +1,4 @@
-// ppl compare: the same frame at every quality on one labelled sheet, with PSNR where the truth is known.
+// ppl compare: the same frame at every quality on one labelled sheet, with PSNR and SSIM where the truth is known; or one picture beside another.
 #include <cctype>
 #include <cstdio>
 #include <memory>
@@ -8,6 +8,7 @@
 #include "failure.h"
 #include "file.h"
 #include "frame_file.h"
+#include "likeness.h"
 #include "options.h"
 #include "sheet.h"
 
@@ -43,10 +44,12 @@ struct Compare {
 
   FrameFile frame;
   Controls controls;
-  std::string truth, output = "compare.png", via = "i420";
+  std::string truth, differences, output = "compare.png", via = "i420";
   uint32_t columns = 4;
 
   void run();
+  void compare_pictures();
+  void compare_qualities();
 };
 
 Job Compare::job(const Kind& kind) const {
@@ -62,18 +65,26 @@ bool ends_in_png(std::string path) {
   return path.ends_with(".png");
 }
 
-void Compare::run() {
-  if (!ends_in_png(output)) misuse("the sheet is a PNG picture: end the output's name in .png, not ", output);
+// A picture that was made elsewhere, held to the truth.
+void Compare::compare_pictures() {
+  if (truth.empty()) misuse("a picture is compared with another one: name it with --truth");
+  if (frame.recording()) misuse("one picture at a time is compared");
+  const Picture right = read_png(truth);
+  const Picture picture = read_png(frame.paths[0], Size{right.width, right.height});
+  printf("%s\n", describe(likeness(picture, right)).c_str());
+  if (!differences.empty()) write_file(differences, encode_png(difference(picture, right)));
+}
+
+void Compare::compare_qualities() {
   frame.settle(Format::bayer);
-  refuse_same_file(frame.paths[0], output);
-  if (!truth.empty()) refuse_same_file(truth, output);
   if (controls.medium_filter()) misuse("--medium-filter is shown beside its absence; leave the option out");
   for (const Kind& kind : kinds) require_possible(job(kind), controls, Format::png, frame.row_step());
   controls.note_idle(0);
   const Bytes source = frame.read(Format::bayer);
   Picture right;
   if (!truth.empty()) right = read_png(truth, Size{frame.width, frame.height});
-  std::vector<Panel> panels;
+  std::vector<Panel> panels, off;
+  std::string table;
   for (const Kind& kind : kinds) {
     const Job made = job(kind);
     BayerWorker worker(made, controls, Format::png);
@@ -82,16 +93,34 @@ void Compare::run() {
     Picture picture = worker.picture();
     std::string label = text("quality ", kind.quality, kind.medium ? " + medium filter: " : ": ", kind.what);
     if (!truth.empty()) {
-      char ratio[32];
-      snprintf(ratio, sizeof ratio, "%.2f dB", psnr(picture, right));
-      printf("quality %2u%s  %s\n", kind.quality, kind.medium ? " + medium filter" : "                ",
-             ratio);
-      label += text("  -  ", ratio);
+      const std::string alike = describe(likeness(picture, right));
+      char line[96];
+      snprintf(line, sizeof line, "quality %2u%s  %s\n", kind.quality,
+               kind.medium ? " + medium filter" : "                ", alike.c_str());
+      table += line;
+      label += text("  -  ", alike);
+      if (!differences.empty()) off.push_back({label, difference(picture, right)});
     }
     panels.push_back({label, std::move(picture)});
   }
   if (!truth.empty()) panels.push_back({"the truth", std::move(right)});
   write_file(output, encode_png(make_sheet(panels, columns)));
+  if (!off.empty()) write_file(differences, encode_png(make_sheet(off, columns)));
+  fputs(table.c_str(), stdout);
+}
+
+void Compare::run() {
+  for (const std::string& file : {output, differences})
+    if (!file.empty() && !ends_in_png(file))
+      misuse("the sheet is a PNG picture: end the output's name in .png, not ", file);
+  if (truth.empty() && !differences.empty()) misuse("--difference is that from --truth");
+  for (const std::string& in : {frame.paths[0], truth})
+    for (const std::string& out : {output, differences})
+      if (!in.empty() && !out.empty()) refuse_same_file(in, out);
+  if (ends_in_png(frame.paths[0]))
+    compare_pictures();
+  else
+    compare_qualities();
 }
 
 }  // namespace
@@ -100,9 +129,13 @@ void add_compare(CLI::App& app) {
   CLI::App* command =
       app.add_subcommand("compare", "One Bayer frame at every quality, as one labelled PNG sheet");
   const auto state = std::make_shared<Compare>();
-  state->frame.add_options(*command, "File of headerless 8-bit Bayer frames; - is standard input");
+  state->frame.add_options(
+      *command, "File of headerless Bayer frames, or a PNG picture to hold to --truth; - is standard input");
   command->add_option("--truth", state->truth,
-                      "PNG picture to compare with: prints the PSNR of every quality");
+                      "PNG picture to compare with: prints PSNR and structural similarity of every quality");
+  command->add_option(
+      "--difference", state->differences,
+      "PNG file to write as well: four times the difference from the truth, grey where there is none");
   command->add_option("-o,--output", state->output, "PNG file to write")->capture_default_str();
   command->add_option("--columns", state->columns, "Pictures side by side (1 to 13)")
       ->capture_default_str()

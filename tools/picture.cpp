@@ -5,10 +5,8 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <limits>
 #include <memory>
 
 #include "failure.h"
@@ -68,18 +66,6 @@ void mirror_columns(Picture& picture) {
 void mirror_rows(Picture& picture) {
   for (uint32_t y = 0; y < picture.height / 2; ++y)
     std::swap_ranges(picture.row(y), picture.row(y) + 3 * picture.width, picture.row(picture.height - 1 - y));
-}
-
-double psnr(const Picture& a, const Picture& b) {
-  if (a.width != b.width || a.height != b.height || a.rgb.empty())
-    fail("pictures of ", a.width, " x ", a.height, " and ", b.width, " x ", b.height, " can't be compared");
-  double sum = 0;
-  for (size_t i = 0; i < a.rgb.size(); ++i) {
-    const double d = static_cast<double>(a.rgb[i]) - b.rgb[i];
-    sum += d * d;
-  }
-  if (sum == 0) return std::numeric_limits<double>::infinity();
-  return 10 * std::log10(255.0 * 255.0 * static_cast<double>(a.rgb.size()) / sum);
 }
 
 }  // namespace tool

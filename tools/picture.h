@@ -31,7 +31,4 @@ Bytes encode_ppm(const Picture&);
 void mirror_columns(Picture&);
 void mirror_rows(Picture&);
 
-// Peak signal-to-noise ratio in dB over all samples of the three colours; infinite for equal pictures.
-double psnr(const Picture& a, const Picture& b);
-
 }  // namespace tool

@@ -64,6 +64,68 @@ TEST_F(Compare, WithoutTruth) {
   EXPECT_EQ(png("sheet.png").height, 2 * 514u + 8);
 }
 
+// The similarity once more, window by window.
+double similarity(const Rgb& a, const Rgb& b) {
+  const auto luma = [](const Rgb& picture, uint32_t x, uint32_t y) {
+    const uint8_t* p = picture.at(x, y);
+    return 0.299 * p[0] + 0.587 * p[1] + 0.114 * p[2];
+  };
+  double sum = 0;
+  uint32_t windows = 0;
+  for (uint32_t y = 0; y + 7 <= a.height; ++y)
+    for (uint32_t x = 0; x + 7 <= a.width; ++x, ++windows) {
+      double ma = 0, mb = 0, va = 0, vb = 0, v = 0;
+      for (uint32_t i = 0; i < 49; ++i)
+        ma += luma(a, x + i % 7, y + i / 7) / 49, mb += luma(b, x + i % 7, y + i / 7) / 49;
+      for (uint32_t i = 0; i < 49; ++i) {
+        const double da = luma(a, x + i % 7, y + i / 7) - ma, db = luma(b, x + i % 7, y + i / 7) - mb;
+        va += da * da / 48, vb += db * db / 48, v += da * db / 48;
+      }
+      sum +=
+          (2 * ma * mb + 6.5025) * (2 * v + 58.5225) / ((ma * ma + mb * mb + 6.5025) * (va + vb + 58.5225));
+    }
+  return sum / windows;
+}
+
+// One picture beside another.
+TEST_F(Compare, PictureBesideAReference) {
+  ok(Arguments{"convert", sample, "-o", "a.png", "-W", "128", "-H", "96", "--stride", "640", "--skip",
+               "64128"});
+  ok(Arguments{"convert", sample, "-o", "b.png", "-W", "128", "-H", "96", "--stride", "640", "--skip",
+               "64128", "-q", "3"});
+  const Result same = run({"compare", "a.png", "--truth", "a.png"});
+  EXPECT_EQ(same.status, 0) << same.err;
+  EXPECT_EQ(same.out, "inf dB  SSIM 1.0000\n");
+  const Result other = run({"compare", "a.png", "--truth", "b.png", "--difference", "d.png"});
+  EXPECT_EQ(other.status, 0) << other.err;
+  const Rgb a = png("a.png"), b = png("b.png"), d = png("d.png");
+  char line[64];
+  snprintf(line, sizeof line, "%.2f dB  SSIM %.4f\n", psnr(a, b), similarity(a, b));
+  EXPECT_EQ(other.out, line);
+  for (size_t i = 0; i < a.pixels.size(); ++i)
+    ASSERT_EQ(d.pixels[i], std::clamp(128 + 4 * (a.pixels[i] - b.pixels[i]), 0, 255));
+  for (const Arguments& wrong :
+       {Arguments{"compare", "a.png"}, Arguments{"compare", "a.png", "--difference", "d.png"},
+        Arguments{"compare", "a.png", "--truth", "b.png", "--difference", "d.jpg"}})
+    EXPECT_EQ(run(wrong).status, 2);
+  EXPECT_EQ(run({"compare", "a.png", "--truth", truth}).status, 1);
+}
+
+TEST_F(Compare, DifferencesOfEveryQuality) {
+  ok(Arguments{"convert", sample, "-o", "a.png", "-q", "13", "--via", "i420"} + size + settings);
+  ASSERT_EQ(run(Arguments{"compare", sample, "--truth", truth, "-o", "s.png", "--difference", "d.png"} +
+                size + settings)
+                .status,
+            0);
+  const Rgb sheet = png("d.png"), a = png("a.png"), right = read_picture(truth);
+  ASSERT_EQ(sheet.height, 3 * 514u + 8);
+  for (uint32_t y = 0; y < 480; ++y)
+    for (uint32_t x = 0; x < 640; ++x)
+      for (size_t c = 0; c < 3; ++c)
+        ASSERT_EQ(sheet.at(8 + x, 34 + y)[c],
+                  std::clamp(128 + 4 * (a.at(x, y)[c] - right.at(x, y)[c]), 0, 255));
+}
+
 // The figures are those of the getters after the same frame.
 TEST_F(Stats, JsonIsTheGetters) {
   const Result result =
