@@ -13,5 +13,6 @@ void add_simulate(CLI::App&);
 void add_settings(CLI::App&);
 void add_gains(CLI::App&);
 void add_lens(CLI::App&);
+void add_manual(CLI::App&);
 
 }  // namespace tool

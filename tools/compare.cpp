@@ -1,4 +1,5 @@
-// ppl compare: the same frame at every quality on one labelled sheet, with PSNR and SSIM where the truth is known; or one picture beside another.
+// ppl compare: the same frame at every quality on one labelled sheet, with PSNR and SSIM where the truth is known; or
+// one picture beside another.
 #include <cctype>
 #include <cstdio>
 #include <memory>

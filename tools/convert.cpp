@@ -154,8 +154,8 @@ void add_convert(CLI::App& app) {
   command
       ->add_option(
           "--input", state->input,
-          "What FRAME holds: bayer (8 bits; B, Gb on even rows, Gr, R on odd rows), i420, yuyv, uyvy, rgb24 "
-          "or rgb32 (both bottom row first, blue byte first)")
+          "What FRAME holds: bayer (see --pattern and --bits), i420, yuyv, uyvy, rgb24 or rgb32 (both bottom row "
+          "first, blue byte first)")
       ->capture_default_str()
       ->check(CLI::IsMember({"bayer", "i420", "yuyv", "uyvy", "rgb24", "rgb32"}));
   command

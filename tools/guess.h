@@ -19,8 +19,8 @@ struct Shape {
 std::string describe(const Shape&);
 std::string options_of(const Shape&);
 
-// What is known already; 0 and false are open. `words`: the bits that the file's first bytes look like, if they look like
-// little-endian words; 8 if they do not.
+// What is known already; 0 and false are open. `words`: the bits that the file's first bytes look like, if they look
+// like little-endian words; 8 if they do not.
 struct Known {
   uint32_t width = 0, height = 0;
   unsigned bits = 0;

@@ -19,7 +19,8 @@ std::string explain(const CLI::App& app, const CLI::ParseError& error, int count
   std::string what = error.what();
   if (dynamic_cast<const CLI::RequiredError*>(&error) && chosen.empty()) {
     std::vector<std::string> known;
-    for (const CLI::App* sub : app.get_subcommands({})) known.push_back(sub->get_name());
+    for (const CLI::App* sub : app.get_subcommands({}))
+      if (!sub->get_group().empty()) known.push_back(sub->get_name());
     what = "a command is needed: ";
     for (size_t i = 0; i < known.size(); ++i)
       what += (i == 0 ? "" : i + 1 < known.size() ? ", " : " or ") + known[i];
@@ -48,6 +49,8 @@ int main(int count, char** words) {
   CLI::App app("Video pipeline library for a USB 2.0 camera: from raw frames to pictures", "ppl");
   app.set_version_flag("--version", "ppl " PPL_TOOL_VERSION);
   app.require_subcommand(1);
+  for (const char* number : {"UINT", "INT"}) app.get_formatter()->label(number, "N");
+  app.get_formatter()->label("FLOAT", "X");
   app.footer("Exit status: 0 done, 1 the work can't be done, 2 the command line asks for what can't be.");
   tool::add_convert(app);
   tool::add_compare(app);
@@ -57,6 +60,7 @@ int main(int count, char** words) {
   tool::add_settings(app);
   tool::add_gains(app);
   tool::add_lens(app);
+  tool::add_manual(app);
   // A write that can't be done answers with an error, and the error is told.
   signal(SIGPIPE, SIG_IGN);
   signal(SIGXFSZ, SIG_IGN);

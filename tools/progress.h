@@ -1,5 +1,5 @@
-// How far a recording has come: one line on the terminal that is drawn over and over. Nothing where standard error is no
-// terminal.
+// How far a recording has come: one line on the terminal that is drawn over and over. Nothing where standard error is
+// no terminal.
 #pragma once
 
 #include <chrono>

@@ -155,7 +155,7 @@ void add_stats(CLI::App& app) {
   CLI::App* command = app.add_subcommand(
       "stats", "Exposure and white-balance statistics of one Bayer frame: grid, means, counts, histograms");
   const auto state = std::make_shared<Stats>();
-  state->frame.add_options(*command, "File of headerless 8-bit Bayer frames; - is standard input");
+  state->frame.add_options(*command, "File of headerless Bayer frames; - is standard input");
   command->add_flag("--json", state->json, "Write JSON instead of a table");
   command->add_option("-o,--output", state->output, "File to write; - is standard output")
       ->capture_default_str();
