@@ -18,6 +18,9 @@ template <int kBits>
 PPL_INLINE vec<32> select(mask<32, kBits> m, vec<32> a, vec<32> b) {
   return {_mm256_blendv_epi8(b.v, a.v, m.v.v)};
 }
+PPL_INLINE vec<32> select_by_top_bit(vec<32> m, vec<32> a, vec<32> b) {
+  return {_mm256_blendv_epi8(b.v, a.v, m.v)};
+}
 PPL_INLINE vec<32> abs16(vec<32> a) {
   return {_mm256_abs_epi16(a.v)};
 }

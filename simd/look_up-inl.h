@@ -1,9 +1,9 @@
 // A row of bytes through two tables of 256, one for the bytes at even places, one for those at odd ones.
 //
 // Each level keeps the two tables in 4096 bytes of the caller's, in a form of its own. With 64-byte registers a table
-// stands in four of them, and both tables are looked up and blended. With 32 a look-up is a chain of shuffles. NEON looks
-// up 64 entries at once. Elsewhere with 16 it is scalar, for a chain would take longer: each entry is held already shifted
-// to its byte's place among four, so that four bytes are four loads and three ors.
+// stands in four of them, and both tables are looked up and blended. With 32, and in WebAssembly, a look-up is a chain of
+// shuffles. NEON looks up 64 entries at once. Elsewhere with 16 it is scalar, for a chain would take longer: each entry is
+// held already shifted to its byte's place among four, so that four bytes are four loads and three ors.
 #pragma once
 
 #include "simd/simd-inl.h"
@@ -12,7 +12,12 @@ namespace ppl::PPL_LEVEL {
 
 // Whether bytes are looked up one vector at a time, by a table_pair; if not, by look_up_row(). And whether a row's
 // look-up may take them from memory that must not be passed at its end.
+#if defined(PPL_LEVEL_avx2) || defined(PPL_LEVEL_simd128)
+#define PPL_LOOK_UP_BY_SHUFFLES
+constexpr bool kLooksUpVectors = false, kLooksUpAnywhere = false;
+#else
 constexpr bool kLooksUpVectors = kWidth == 64, kLooksUpAnywhere = kWidth == 16;
+#endif
 constexpr int kTablePairBytes = 4096;
 
 #if defined(PPL_LEVEL_avx512)
@@ -64,25 +69,38 @@ struct table_pair {
 };
 #endif
 
-#if defined(PPL_LEVEL_avx2)
-// A shuffle takes an index by its low four bits, and gives 0 where bit 7 is set. A chain's index starts as the byte's low
-// seven bits and falls by 16 a step, so bytes of the first 16 entries take the first step alone, those of the next 16 two
-// steps, and so on: a step's entries are what changes, as exclusive or, from the 16 entries before. Both halves of a
+#if defined(PPL_LOOK_UP_BY_SHUFFLES)
+// A shuffle has 16 entries. A chain's index starts as the byte's low seven bits and falls by 16 a step. Both halves of a
 // table share the index; bit 7 of the byte chooses. The even bytes of a row, and the odd ones, are gathered first.
+//
+// On x86 a shuffle takes an index by its low four bits, and gives 0 where bit 7 is set: bytes of the first 16 entries take
+// the first step alone, those of the next 16 two steps, and so on, and a step holds what changes, as exclusive or, from the
+// 16 entries before. In WebAssembly every index beyond 15 gives 0: a byte takes the step of its own 16 entries alone, which
+// holds what they are, as exclusive or, beside the half's last entry. Either way steps that change nothing are left out.
 struct table_steps {
   alignas(16) uint8_t change[2][8][16];
-  // Steps that change anything in the upper half; in either. Many a table reaches its end early.
-  int32_t both, lower;
+  uint8_t last[2];
+  int32_t both,
+      lower;  // steps that change anything in the upper half; in either. Many a table reaches its end early
 };
 static_assert(2 * sizeof(table_steps) <= kTablePairBytes);
+#if defined(PPL_LEVEL_simd128)
+constexpr bool kStepsAddUp = false;
+#else
+constexpr bool kStepsAddUp = true;
+#endif
 
 PPL_INLINE void make_table_steps(table_steps& s, const uint8_t (&table)[256]) {
   s.both = s.lower = 0;
-  vec16 before[2] = {zero<vec16>(), zero<vec16>()};
+  vec16 before[2];
+  for (int half = 0; half < 2; ++half) {
+    s.last[half] = table[128 * half + 127];
+    before[half] = kStepsAddUp ? zero<vec16>() : set8<vec16>(s.last[half]);
+  }
   for (int k = 0; k < 8; ++k)
     for (int half = 0; half < 2; ++half) {
       const vec16 entries = load<vec16>(table + 128 * half + 16 * k), change = entries ^ before[half];
-      before[half] = entries;
+      if (kStepsAddUp) before[half] = entries;
       store(s.change[half][k], change);
       if (!any(change)) continue;
       s.lower = k + 1;
@@ -101,15 +119,16 @@ template <int kVectors>
 PPL_INLINE void look_up(const table_steps& s, wide (&bytes)[kVectors]) {
   const wide sixteen = set8<wide>(16), seven_bits = set8<wide>(127);
   wide index[kVectors], lower[kVectors], upper[kVectors];
-#pragma GCC unroll 3
+#pragma GCC unroll 4
   for (int i = 0; i < kVectors; ++i) {
     index[i] = bytes[i] & seven_bits;
-    lower[i] = upper[i] = zero<wide>();
+    lower[i] = kStepsAddUp ? zero<wide>() : set8<wide>(s.last[0]);
+    upper[i] = kStepsAddUp ? zero<wide>() : set8<wide>(s.last[1]);
   }
   int k = 0;
   for (; k < s.both; ++k) {
     const wide low = repeat16<wide>(s.change[0][k]), high = repeat16<wide>(s.change[1][k]);
-#pragma GCC unroll 3
+#pragma GCC unroll 4
     for (int i = 0; i < kVectors; ++i) {
       lower[i] = lower[i] ^ shuffle8(low, index[i]);
       upper[i] = upper[i] ^ shuffle8(high, index[i]);
@@ -118,56 +137,61 @@ PPL_INLINE void look_up(const table_steps& s, wide (&bytes)[kVectors]) {
   }
   for (; k < s.lower; ++k) {
     const wide low = repeat16<wide>(s.change[0][k]);
-#pragma GCC unroll 3
+#pragma GCC unroll 4
     for (int i = 0; i < kVectors; ++i) {
       lower[i] = lower[i] ^ shuffle8(low, index[i]);
       index[i] = sub8(index[i], sixteen);
     }
   }
-#pragma GCC unroll 3
-  for (int i = 0; i < kVectors; ++i)
-    bytes[i] = select(to_mask8(bytes[i]), upper[i], lower[i]);  // bit 7 decides
+#pragma GCC unroll 4
+  for (int i = 0; i < kVectors; ++i) bytes[i] = select_by_top_bit(bytes[i], upper[i], lower[i]);
 }
 
-// 64 * kPairs columns, of which the frame, which may be null, takes `width` at the most.
+// kPairs pairs of vectors of a row, of which the frame, which may be null, takes `width` bytes at the most.
+constexpr int kPair = 2 * kWidth;
 template <int kPairs>
 PPL_INLINE void look_up_columns(const table_steps (&steps)[2], const uint8_t* from, uint8_t* row,
                                 uint8_t* frame, int width) {
   wide evens[kPairs], odds[kPairs];
-#pragma GCC unroll 3
+#pragma GCC unroll 4
   for (int i = 0; i < kPairs; ++i) {
-    const wide a = load<wide>(from + 64 * i), b = load<wide>(from + 64 * i + 32);
+    const wide a = load<wide>(from + kPair * i), b = load<wide>(from + kPair * i + kWidth);
     evens[i] = narrow(even(a), even(b));
     odds[i] = narrow(odd(a), odd(b));
   }
   look_up(steps[0], evens);
   look_up(steps[1], odds);
-  const bool whole = frame != nullptr && width >= 64 * kPairs;
-#pragma GCC unroll 3
+  const bool whole = frame != nullptr && width >= kPair * kPairs;
+#pragma GCC unroll 4
   for (int i = 0; i < kPairs; ++i) {
     wide a, b;
     widen_pairs(evens[i], odds[i], a, b);
-    store(row + 64 * i, a);
-    store(row + 64 * i + 32, b);
+    store(row + kPair * i, a);
+    store(row + kPair * i + kWidth, b);
     if (!whole) continue;
-    storeu(frame + 64 * i, a);
-    storeu(frame + 64 * i + 32, b);
+    storeu(frame + kPair * i, a);
+    storeu(frame + kPair * i + kWidth, b);
   }
   if (frame == nullptr || whole) return;
-  for (int x = 0; x < 64 * kPairs && x < width; x += 16) storeu(frame + x, load<vec16>(row + x));
+  for (int x = 0; x < kPair * kPairs && x < width; x += 16) storeu(frame + x, load<vec16>(row + x));
 }
 
-// A row through its tables. `from` and `row` are row storage; the result goes to `frame` too, unless that is null. Two
-// vectors of a table at once keep the shuffles busy, one does not: 64 columns that are left over go with the 128 before
-// them, for registers hold three.
+// A row through its tables. `from` and `row` are row storage; the result goes to `frame` too, unless that is null. Several
+// vectors of a table at once keep the shuffles busy, one does not. Of 32 bytes registers hold three: one that is left over
+// goes with the two before it.
 static void look_up_row(const void* memory, const uint8_t* from, uint8_t* row, uint8_t* frame, int width) {
   const auto& steps = *static_cast<const table_steps(*)[2]>(memory);
   const auto frame_at = [&](int x) { return frame != nullptr ? frame + x : nullptr; };
   int x = 0;
-  for (; width - x > 192 || width - x == 128; x += 128)
-    look_up_columns<2>(steps, from + x, row + x, frame_at(x), 128);
-  if (width - x > 128) return look_up_columns<3>(steps, from + x, row + x, frame_at(x), width - x);
-  for (; x < width; x += 64) look_up_columns<1>(steps, from + x, row + x, frame_at(x), width - x);
+  if constexpr (kWidth == 16) {
+    for (; width - x >= 4 * kPair; x += 4 * kPair)
+      look_up_columns<4>(steps, from + x, row + x, frame_at(x), 4 * kPair);
+  } else {
+    for (; width - x > 3 * kPair || width - x == 2 * kPair; x += 2 * kPair)
+      look_up_columns<2>(steps, from + x, row + x, frame_at(x), 2 * kPair);
+    if (width - x > 2 * kPair) return look_up_columns<3>(steps, from + x, row + x, frame_at(x), width - x);
+  }
+  for (; x < width; x += kPair) look_up_columns<1>(steps, from + x, row + x, frame_at(x), width - x);
 }
 
 #elif defined(PPL_LEVEL_neon)

@@ -355,6 +355,11 @@ template <int N, int kBits>
 PPL_INLINE vec<N> select(mask<N, kBits> m, vec<N> a, vec<N> b) {
   return (m.v & a) | andnot(m.v, b);
 }
+// a in the bytes whose top bit is set in m, else b.
+template <int N>
+PPL_INLINE vec<N> select_by_top_bit(vec<N> m, vec<N> a, vec<N> b) {
+  return select(gt_s8(zero<vec<N>>(), m), a, b);
+}
 // a where the mask holds, 0 elsewhere
 template <int N, int kBits>
 PPL_INLINE vec<N> keep(mask<N, kBits> m, vec<N> a) {
