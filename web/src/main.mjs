@@ -340,6 +340,19 @@ function shapeFromFields() {
     bits: Number($('bits').value), pattern: Number($('pattern').value) };
 }
 
+const sampleSettings = () => parseSettings(SAMPLE_SETTINGS, new Settings(engine.controls, engine.lensNumbers));
+let guessedGains = ''; // as long as nobody sets others, they follow the frame's phase
+function guessWhite() {
+  try {
+    const { gains } = engine.autoWhite(state.settings, daylight());
+    guessedGains = gains.join();
+    state.change((s) => s.set('rgb_gain', gains));
+  } catch {
+    guessedGains = '';
+  }
+}
+const daylight = () => ['day-r', 'day-g', 'day-b'].map((id) => Math.min(2047, Math.max(1, Math.round(Number($(id).value)) || 256)));
+
 async function openFile(file) {
   stop();
   if (/\.json$/i.test(file.name)) return loadSettings(file);
@@ -351,9 +364,21 @@ async function openFile(file) {
   if (known) throw new Error(`${file.name} is a ${known[0]} file; this page takes headerless raw frames.`);
   const shape = guessShape(file.name, file.size, head);
   if (!shape) throw new Error(`No frame size that this page knows fits ${file.name} (${file.size} bytes): name it like frame_640x480.raw.`);
+  const stood = asJson(state.settings);
   await takeShape({ name: file.name }, file, shape);
   $('shape').open = true;
-  notice('');
+  const notes = [];
+  if (stood === asJson(sampleSettings())) {
+    // They were the sample's, and say nothing of another camera.
+    state.take(new Settings(engine.controls, engine.lensNumbers));
+    guessedGains = '';
+    guessWhite();
+    notes.push(guessedGains ? 'The sample’s settings have made way for the defaults and a guessed white balance.'
+      : 'The sample’s settings have made way for the defaults.');
+  }
+  if (!patterns.some((p) => file.name.toLowerCase().includes(p.toLowerCase())))
+    notes.push('The content does not tell red from blue: if the colours are wrong, swap them under Frame.');
+  notice(notes.join(' '), 'note');
   say(`${file.name}: ${$('shape-text').textContent}`);
 }
 async function loadSettings(file) {
@@ -388,7 +413,7 @@ function play() {
 async function takeSample() {
   stop();
   const file = new Blob([await unpack(samplePacked)]);
-  state.take(parseSettings(SAMPLE_SETTINGS, new Settings(engine.controls, engine.lensNumbers)));
+  state.take(sampleSettings());
   await takeShape({ name: 'Sample photograph' }, file, { ...SAMPLE_SHAPE });
   notice('');
 }
@@ -445,7 +470,6 @@ function wire() {
 
   $('grey').addEventListener('click', () => setMode(mode === 'grey' ? 'look' : 'grey'));
   document.addEventListener('keydown', (event) => { if (event.key === 'Escape') setMode('look'); });
-  const daylight = () => ['day-r', 'day-g', 'day-b'].map((id) => Math.min(2047, Math.max(1, Math.round(Number($(id).value)) || 256)));
   $('auto').addEventListener('click', () => attempt(() => {
     const { gains, unsure } = engine.autoWhite(state.settings, daylight());
     state.change((s) => s.set('rgb_gain', gains));
@@ -508,8 +532,11 @@ function wire() {
       notice('');
     }));
   // Blue and red change places when the frame begins one row and one column further on.
-  $('swap').addEventListener('click', () => attempt(() => takeShape({ name: source.name }, source.file,
-    { ...source.shape, pattern: 3 - source.shape.pattern }, source.index)));
+  $('swap').addEventListener('click', () => attempt(async () => {
+    await takeShape({ name: source.name }, source.file, { ...source.shape, pattern: 3 - source.shape.pattern }, source.index);
+    if (guessedGains && state.settings.get('rgb_gain').join() === guessedGains) guessWhite();
+    notice('');
+  }));
   $('guess').addEventListener('click', () => attempt(async () => {
     const shape = guessShape(source.name, source.file.size, new Uint8Array(await source.file.slice(0, HEAD).arrayBuffer()));
     if (!shape) throw new Error('No frame size that this page knows fits this file.');

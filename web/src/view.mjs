@@ -106,7 +106,7 @@ export class View {
     if (this.canvas.width !== width || this.canvas.height !== height) {
       this.canvas.width = width;
       this.canvas.height = height;
-      this.#at = null;
+      this.#at = [width >> 1, height >> 1];
       this.#layout();
     }
     const edge = before ? Math.round(this.#divider * width) : 0;
@@ -118,7 +118,9 @@ export class View {
     if (edge < width) this.context.putImageData(after, 0, 0, edge, 0, width - edge, height);
     if (before && edge > 0) this.context.putImageData(before, 0, 0, 0, 0, edge, height);
     this.divider.hidden = !before;
-    if (this.#at) this.#magnify();
+    this.#at ??= [width >> 1, height >> 1];
+    this.#placeCross();
+    this.#magnify();
   }
 
   #move(x, y) {
