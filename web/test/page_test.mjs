@@ -403,7 +403,7 @@ test('a recording: frames by number, playing, skip and stride', async () => {
   }
   await page.click('#play');
   const seen = new Set();
-  for (let i = 0; i < 100 && seen.size < 3; ++i) {
+  for (let i = 0; i < 2000 && seen.size < 3; ++i) {
     seen.add(await page.evaluate(() => pplPage.shape.index));
     await page.waitForTimeout(10);
   }
@@ -578,9 +578,9 @@ test('updates a second while a slider is dragged', async () => {
   const big = await drag(3);
   console.log(`the browser's own: ${idle.toFixed(1)}; 640 x 480: ${small.rate.toFixed(1)} updates a second, ${small.median.toFixed(1)} ms each; ` +
     `1920 x 1080: ${big.rate.toFixed(1)}, ${big.median.toFixed(1)} ms each`);
-  // The bars are 60 and 15 on a machine that does nothing else; a busy one is given half.
-  assert.ok(small.rate >= 30, `${small.rate}`);
-  assert.ok(big.rate >= 8, `${big.rate}`);
+  // What the page itself takes leaves room for 60 and 15 a second; how many the browser shows is the machine's load as well.
+  assert.ok(small.median < 1000 / 60, `${small.median} ms`);
+  assert.ok(big.median < 1000 / 15, `${big.median} ms`);
 });
 
 test('a frame larger than the library takes is joined of parts, shading corrected across them', async () => {
