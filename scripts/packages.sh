@@ -2,13 +2,21 @@
 
 PACKAGES_BUILD="g++ cmake ninja-build pkg-config"
 PACKAGES_TOOL="libcli11-dev nlohmann-json3-dev libpng-dev libcairo2-dev fonts-dejavu-core"
-PACKAGES_CHECK="clang libgtest-dev python3 binutils"
+PACKAGES_CHECK="libgtest-dev python3 binutils"
 PACKAGES_PHOTOGRAPHS="mate-backgrounds python3-skimage imagemagick"
 PACKAGES_GSTREAMER="libgstreamer-plugins-base1.0-dev gstreamer1.0-tools"
 PACKAGES_PYTHON="python3-dev python3-numpy python3-pil python3-pip python3-pytest python3-setuptools python3-wheel pybind11-dev"
 PACKAGES_WASM="clang-19 lld-19 wasi-libc"
 PACKAGES_PAGE="chromium"
+PACKAGES_FOREIGN="g++-aarch64-linux-gnu g++-riscv64-linux-gnu qemu-user googletest"
+PACKAGES_CLANG="clang libclang-rt-14-dev clang-format-14 clang-tidy-14"
 PACKAGES_KERNEL="g++-mingw-w64-x86-64-win32 clang-19 lld-19 llvm-19 wine wine64 osslsigncode openssl"
+
+# What the two sizes of check need besides; what lacks one is left out, with a line that says so.
+PACKAGES_QUICK="$PACKAGES_GSTREAMER $PACKAGES_KERNEL ffmpeg bsdutils"
+PACKAGES_FULL="$PACKAGES_PYTHON $PACKAGES_CLANG $PACKAGES_FOREIGN $PACKAGES_WASM $PACKAGES_PAGE"
+# Commands that may have come by other ways than Debian's packages, and the packages that bring them.
+COMMANDS_FULL="node:nodejs npm:npm"
 
 # The packages of the list that are not installed.
 missing_packages() {
@@ -49,11 +57,19 @@ install_optional_packages() {
   local package
   for package in $(missing_packages "$@"); do
     echo "== installing $package"
-    try_install "$package" || echo "== $package can't be installed here; the tests that need it are skipped"
+    try_install "$package" || echo "== $package can't be installed here; what needs it is left out"
   done
 }
 
 # node and npm, from Debian where the commands are missing.
 install_node() {
   command -v node >/dev/null && command -v npm >/dev/null || install_optional_packages nodejs npm
+}
+
+# COMMAND:PACKAGE...: the packages of those commands that are missing.
+install_commands() {
+  local pair
+  for pair in "$@"; do
+    command -v "${pair%%:*}" > /dev/null || install_optional_packages "${pair#*:}"
+  done
 }
