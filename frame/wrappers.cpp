@@ -153,7 +153,7 @@ PPL_SCALING_WRAPPER(BaylorToUYVYMMX_scaling_stride, ppl_process_blrtouyvy_scaled
 #define PPL_WHITE_WRAPPER(name, bytes)                                                     \
   uint8_t name(ppl_context*, uint8_t*, uint32_t, uint32_t, uint32_t, uint8_t* destination, \
                uint32_t out_width, uint32_t out_height, uint8_t*) {                        \
-    return ppl::white_picture(destination, bytes * out_width * out_height);                \
+    return ppl::white_picture(destination, (bytes)*out_width * out_height);                \
   }
 PPL_WHITE_WRAPPER(BaylorToRGB24MMX_scaling_stride, 3)
 PPL_WHITE_WRAPPER(BaylorToRGB32MMX_scaling_stride, 4)
