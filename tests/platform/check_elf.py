@@ -86,14 +86,15 @@ def check_static(path):
 
 def main():
     parser = argparse.ArgumentParser()
-    parser.add_argument("--library", required=True)
+    parser.add_argument("--library", action="append", required=True)
     parser.add_argument("--static")
     parser.add_argument("--program", action="append", default=[])
     wanted = parser.parse_args()
     found = []
-    library = File(wanted.library)
-    library.check_library()
-    found += [(wanted.library, text) for text in library.bad]
+    for path in wanted.library:
+        library = File(path)
+        library.check_library()
+        found += [(path, text) for text in library.bad]
     if wanted.static:
         found += [(wanted.static, text) for text in check_static(wanted.static)]
     for path in wanted.program:
@@ -103,7 +104,7 @@ def main():
     for path, text in found:
         print(f"{path}: {text}")
     if not found:
-        print(f"{wanted.library}: {len(library.undefined)} undefined symbols, {len(library.relocations)} relocations, "
+        print(f"{library.path}: {len(library.undefined)} undefined symbols, {len(library.relocations)} relocations, "
               "all read-only after load")
     return 1 if found else 0
 
