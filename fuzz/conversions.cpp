@@ -7,7 +7,7 @@
 #include <iterator>
 
 #include "fuzz/frame_size.h"
-#include "fuzz/session.h"
+#include "fuzz/subject.h"
 #include "tests/support/convert_exports.h"
 
 namespace {
@@ -46,7 +46,7 @@ bool take(geometry& g, const sizes& z) {
   return found;
 }
 
-sizes any_sizes(const session& s, input& in) {
+sizes any_sizes(const subject& s, input& in) {
   const geometry& g = s.size;
   switch (in.ConsumeIntegralInRange(0, 3)) {
     case 0:
@@ -58,7 +58,7 @@ sizes any_sizes(const session& s, input& in) {
   }
 }
 
-void convert(session& s, input& in) {
+void convert(subject& s, input& in) {
   const convert_export& e =
       kConvertExports[in.ConsumeIntegralInRange<size_t>(0, std::size(kConvertExports) - 1)];
   const bool process = strncmp(e.name, "ppl_", 4) == 0,
@@ -102,7 +102,7 @@ void convert(session& s, input& in) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   input in(data, size);
-  session s(in);
+  subject s(in);
   while (in.remaining_bytes() > 0) switch (in.ConsumeIntegralInRange(0, 7)) {
       case 0: {
         const uint32_t w = side(in), h = side(in);

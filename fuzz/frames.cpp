@@ -7,7 +7,7 @@
 
 #include "fuzz/controls.h"
 #include "fuzz/frame_size.h"
-#include "fuzz/session.h"
+#include "fuzz/subject.h"
 
 namespace {
 
@@ -29,7 +29,7 @@ constexpr int32_t kDecimations[] = {0, 1, -1, -1, 2};
 constexpr uint32_t kStrides[] = {1, 1, 1, 2, 4};
 constexpr int kSizeShifts[] = {0, -2, 2, 2, 2};
 
-void call_frame(session& s, input& in) {
+void call_frame(subject& s, input& in) {
   const auto which = in.ConsumeIntegralInRange(0, 4);
   const uint32_t width = side(in), height = side(in), pitch = stride(in, width);
   geometry after = s.size;
@@ -44,7 +44,7 @@ void call_frame(session& s, input& in) {
                      width, height, pitch);
 }
 
-void call_wrapper(session& s, input& in) {
+void call_wrapper(subject& s, input& in) {
   const auto which = in.ConsumeIntegralInRange(0, 4), form = in.ConsumeIntegralInRange(0, 4);
   const uint32_t width = side(in), height = side(in), pitch = kStrides[form] * width;
   const int null =
@@ -77,7 +77,7 @@ void call_wrapper(session& s, input& in) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   input in(data, size);
-  session s(in);
+  subject s(in);
   // Most pictures need a size that calls agree on: every second run takes one up.
   while (in.remaining_bytes() > 0) switch (in.ConsumeIntegralInRange(0, 9)) {
       case 0:

@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "fuzz/frame_size.h"
-#include "fuzz/session.h"
+#include "fuzz/subject.h"
 
 namespace {
 
@@ -21,7 +21,7 @@ uint32_t out_side(input& in) {
   return in.ConsumeIntegralInRange(0, 7) == 0 ? in.ConsumeIntegralInRange<uint32_t>(0, 70000) : side(in);
 }
 
-void scale(session& s, input& in) {
+void scale(subject& s, input& in) {
   const auto which = in.ConsumeIntegralInRange(0, 4);
   const auto as = static_cast<format>(which);
   const uint32_t width = side(in), height = side(in), pitch = stride(in, width);
@@ -63,7 +63,7 @@ void scale(session& s, input& in) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   input in(data, size);
-  session s(in);
+  subject s(in);
   ppl_set_quality(s.context, in.PickValueInArray<uint32_t>({2, 3, 4, 15, 14}));
   while (in.remaining_bytes() > 0) scale(s, in);
   return 0;

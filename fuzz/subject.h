@@ -12,23 +12,23 @@
 
 namespace fuzz {
 
-struct session {
+struct subject {
   ppl_context* context;
   geometry size;
   std::unique_ptr<exact> table;
 
-  explicit session(input& in) {
+  explicit subject(input& in) {
     ppl_test_force_level(in.ConsumeIntegralInRange(0, ppl_test_levels() - 1));
     context = ppl_init();
     if (context == nullptr) abort();
     ppl_new_frame_size(context, 0, 0, 0);
   }
-  ~session() {
+  ~subject() {
     ppl_reset_all_controls(context);
     ppl_free(context);
   }
-  session(const session&) = delete;
-  session& operator=(const session&) = delete;
+  subject(const subject&) = delete;
+  subject& operator=(const subject&) = delete;
 
   void decimate(input& in) {
     const int32_t d = in.ConsumeIntegralInRange(-3, 3), top = lines(in), bottom = lines(in);
