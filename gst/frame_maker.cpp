@@ -212,7 +212,7 @@ void FrameMaker::look(const Settings& s, const uint8_t* mosaic) {
   }
   std::copy_n(balance.gain, 3, light_.gains.begin());
   if (!s.auto_exposure) return;
-  // Which way and how far; by a quarter of it, but at once for the first frame. Small changes are let be.
+  // Which way and how far; by half of it, but at once for the first frame. Small changes are let be.
   uint32_t wanted[3];
   ppl_auto_brighten(&balance, sample_.get(), 0, wanted);
   const uint32_t all = balance.gain[0] + balance.gain[1] + balance.gain[2];
@@ -221,7 +221,7 @@ void FrameMaker::look(const Settings& s, const uint8_t* mosaic) {
   if (!brightening_)
     brightening_ = times;
   else if (std::abs(missing) > static_cast<int32_t>(brightening_ / 32))
-    brightening_ = u(static_cast<int32_t>(brightening_) + missing / 4);
+    brightening_ = u(static_cast<int32_t>(brightening_) + missing / 2);
   for (uint32_t& gain : light_.gains)
     gain = std::min<uint32_t>(gain * brightening_ / 256, PPL_AUTO_GAIN_LIMIT);
 }
@@ -319,7 +319,10 @@ std::string FrameMaker::make(const Settings& given, bool settings_changed, bool 
   if (looks) {
     if (!sample_) sample_.reset(new (std::nothrow) ppl_auto_sample);
     if (!sample_) return no_memory;
-    if (!automatic_ || (s.auto_white_balance && !balancing_)) ppl_auto_start(&loop_, 1, 1, 256, 256);
+    if (!automatic_ || (s.auto_white_balance && !balancing_)) {
+      ppl_auto_start(&loop_, 1, 1, 256, 256);
+      loop_.balance_speed = 128;  // looks are rare
+    }
     if (!automatic_) brightening_ = 0;
     const auto u = [](int32_t v) { return static_cast<uint32_t>(v); };
     ppl_auto_daylight_curve(&curve_, u(s.daylight[0]), u(s.daylight[1]), u(s.daylight[2]));

@@ -63,7 +63,7 @@ std::vector<Property> own_properties() {
        1,
        1,
        1000,
-       {8},
+       {24},
        false},
       {"daylight-gains",
        "R,G,B: the gains that suit the sensor in daylight of 6500 K, for auto-white-balance",
