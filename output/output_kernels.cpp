@@ -22,7 +22,7 @@ PPL_INLINE void walk_run(uint8_t* to, int n, bool reversed, Step&& step) {
   uint8_t block[16 * kBytes];
   step.template operator()<vec16>(block, whole);
   __builtin_memcpy(reversed ? to : to + kBytes * whole, reversed ? block + kBytes * (16 - rest) : block,
-                   static_cast<size_t>(kBytes * rest));
+                   size_t{kBytes} * static_cast<size_t>(rest));
 }
 
 // Two runs interleaved by samples of kSample bytes. Reversed they are made in ascending order and turned as a whole
