@@ -17,49 +17,25 @@
 #include <random>
 #include <string>
 
+#include "compare/families.h"
 #include "reference/place.h"
 #include "support/guarded.h"
 #include "support/level.h"
+#include "support/random.h"
 #include "support/slots.h"
 
 extern "C" void ppl_clear_pool();  // the slots as the load of the library leaves them
 
 namespace {
 
+using compare::family;
 using slots::ending;
 using slots::format;
+using support::random_source;
 
 constexpr int kMaxLevels = 4;
 constexpr uint32_t kQualities[] = {0, 1, 2, 3, 10, 11, 12, 13, 15};
 constexpr const char* kEndings[] = {"", "_deci_2_1", "_intp_1_2", "_intp_1_2_stride", "_intp_1_4_stride"};
-
-class random_source {
- public:
-  explicit random_source(uint64_t seed) : engine_(seed) {}
-  uint32_t bits() { return uint32_t(engine_() >> 16); }
-  int between(int low, int high) { return low + int(bits() % uint32_t(high - low + 1)); }
-  bool chance(int percent) { return between(1, 100) <= percent; }
-  template <typename T, size_t n>
-  T pick(const T (&list)[n]) {
-    return list[bits() % n];
-  }
-  // Mostly ordinary values of a control, sometimes the ends of its range and what lies beyond, sometimes anything.
-  int value(int low, int high) {
-    switch (between(0, 9)) {
-      case 0:
-        return chance(50) ? low : high;
-      case 1:
-        return chance(50) ? low - 1 : high + 1;
-      case 2:
-        return chance(70) ? between(low, high) : int(bits());
-      default:
-        return between(low, high);
-    }
-  }
-
- private:
-  std::mt19937_64 engine_;
-};
 
 // Room for the largest buffer of a case, once per slot.
 struct arena {
@@ -216,9 +192,7 @@ class test_case {
     ppl_copy_gamma_tables65x256_16_235(context, built_in_gamma().data() + 65 * 256);
   }
 
-  void print_log() const {
-    for (const std::string& line : log_) std::printf("    %s\n", line.c_str());
-  }
+  const std::vector<std::string>& log() const { return log_; }
 
  private:
   // What was copied in must be what is copied out again.
@@ -1306,11 +1280,14 @@ void controls_case(test_case& c) {
   c.restore_gamma_tables();
 }
 
-struct family {
-  std::string name;
-  int cases;  // a fraction of a second's worth
-  std::function<void(test_case&)> run;
-};
+// A family of cases that `run` makes.
+family cases_of(const std::string& name, int cases, const std::function<void(test_case&)>& run) {
+  return {name, cases, [run](uint64_t seed) {
+            test_case c(seed);
+            run(c);
+            return c.failed ? c.log() : std::vector<std::string>();
+          }};
+}
 
 std::vector<family> families() {
   std::vector<family> all;
@@ -1318,82 +1295,30 @@ std::vector<family> families() {
     for (int kind = 0; kind < 5; ++kind) {
       if (format(kind) == format::rgb32 && (quality == 13 || quality == 15)) continue;  // in `counted`
       if ((kind == 1 || kind == 2) && quality == 13) continue;
-      all.push_back({"quality_" + std::to_string(quality) + "_" + slots::format_names[kind], 250,
-                     [=](test_case& c) { quality_case(c, quality, format(kind)); }});
+      all.push_back(cases_of("quality_" + std::to_string(quality) + "_" + slots::format_names[kind], 250,
+                             [=](test_case& c) { quality_case(c, quality, format(kind)); }));
     }
   for (int kind = 0; kind < 5; ++kind) {
-    all.push_back({std::string("raw_") + slots::format_names[kind], 250,
-                   [=](test_case& c) { raw_case(c, format(kind)); }});
-    all.push_back({std::string("wrappers_") + slots::format_names[kind], 150,
-                   [=](test_case& c) { wrapper_case(c, format(kind)); }});
+    all.push_back(cases_of(std::string("raw_") + slots::format_names[kind], 250,
+                           [=](test_case& c) { raw_case(c, format(kind)); }));
+    all.push_back(cases_of(std::string("wrappers_") + slots::format_names[kind], 150,
+                           [=](test_case& c) { wrapper_case(c, format(kind)); }));
   }
-  all.push_back({"counted", 200, counted_case});
-  all.push_back({"sequences", 400, sequence_case});
-  all.push_back({"scaled", 400, [](test_case& c) { scaled_case(c); }});
-  all.push_back({"black_lines", 400, black_lines_case});
-  all.push_back({"leftovers", 300, leftovers_case});
-  all.push_back({"absurd_lines", 400, absurd_lines_case});
-  all.push_back({"nulls", 400, null_case});
-  all.push_back({"safety", 1500, safety_case});
-  all.push_back({"controls", 300, controls_case});
+  all.push_back(cases_of("counted", 200, counted_case));
+  all.push_back(cases_of("sequences", 400, sequence_case));
+  all.push_back(cases_of("scaled", 400, [](test_case& c) { scaled_case(c); }));
+  all.push_back(cases_of("black_lines", 400, black_lines_case));
+  all.push_back(cases_of("leftovers", 300, leftovers_case));
+  all.push_back(cases_of("absurd_lines", 400, absurd_lines_case));
+  all.push_back(cases_of("nulls", 400, null_case));
+  all.push_back(cases_of("safety", 1500, safety_case));
+  all.push_back(cases_of("controls", 300, controls_case));
   return all;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const std::vector<family> all = families();
   built_in_gamma();  // before a case can replace them
-  std::string wanted;
-  uint64_t first = 1;
-  int cases = -1;
-  double share = 1.0;
-  int most_failures = 3;
-  bool one = false;
-  for (int i = 1; i < argc; ++i) {
-    const std::string arg = argv[i];
-    const auto next = [&] { return i + 1 < argc ? argv[++i] : "0"; };
-    if (arg == "--list") {
-      for (const family& f : all) std::printf("%s\n", f.name.c_str());
-      return 0;
-    }
-    if (arg == "--seed") {
-      first = std::strtoull(next(), nullptr, 10);
-      one = true;
-    } else if (arg == "--first") {
-      first = std::strtoull(next(), nullptr, 10);
-    } else if (arg == "--cases") {
-      cases = std::atoi(next());
-    } else if (arg == "--share") {
-      share = std::atof(next());
-    } else if (arg == "--failures") {
-      most_failures = std::atoi(next());
-    } else {
-      wanted = arg;
-    }
-  }
-  bool known = wanted.empty(), failed = false;
-  for (const family& f : all) {
-    if (!wanted.empty() && f.name != wanted) continue;
-    known = true;
-    const int count = one ? 1 : cases >= 0 ? cases : std::max(1, int(f.cases * share));
-    int failures = 0, done = 0;
-    for (; done < count && failures < most_failures; ++done) {
-      const uint64_t seed = first + uint64_t(done);
-      test_case c(seed);
-      f.run(c);
-      if (!c.failed) continue;
-      ++failures;
-      std::printf("FAILED: compare_bayer %s --seed %llu\n", f.name.c_str(),
-                  static_cast<unsigned long long>(seed));
-      c.print_log();
-    }
-    std::printf("%s: %d cases, %d failed\n", f.name.c_str(), done, failures);
-    failed = failed || failures > 0;
-  }
-  if (!known) {
-    std::fprintf(stderr, "no family %s; --list names them\n", wanted.c_str());
-    return 2;
-  }
-  return failed ? 1 : 0;
+  return compare::run("compare_bayer", families(), argc, argv);
 }

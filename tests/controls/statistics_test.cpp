@@ -12,8 +12,8 @@ struct statistics : ctl::controls {
   }
 
   void frame(uint32_t width, uint32_t height) {
-    ctl::buffer source = ctl::noise_frame(static_cast<int>(width), static_cast<int>(height), 3);
-    ctl::buffer out(width * height * 3 / 2);
+    ctl::fenced source = ctl::noise_frame(static_cast<int>(width), static_cast<int>(height), 3);
+    ctl::fenced out(width * height * 3 / 2);
     ASSERT_EQ(ppl_process_blrtoi420(c, source.data(), out.data(), width, height, width), 1);
   }
 };
@@ -118,7 +118,7 @@ TEST_F(statistics, without_collection_the_means_are_zeros) {
 // 1, 3 .. 43 collect: 22 groups of 8 cells. 176 x 255 = 44880; times the border factor 9216 x 256 / (84 x 32 / 4) =
 // 3510, over 256: 615346; in units of 1/256 over 2304 sites, rounded: 68372. Green: twice that over twice the sites.
 TEST_F(statistics, below_128_columns_everything_is_outside_the_grid) {
-  ctl::buffer source(96 * 96), out(96 * 96 * 3 / 2);
+  ctl::fenced source(96 * 96), out(96 * 96 * 3 / 2);
   source.fill(255);
   ASSERT_EQ(ppl_process_blrtoi420(c, source.data(), out.data(), 96, 96, 96), 1);
   for (int i = 0; i < 3 * 48; ++i) ASSERT_EQ(ppl_rgb_means_sub_windows(c)[i], 0u);

@@ -158,9 +158,9 @@ TEST_F(surface, a_refused_gain_is_stored) {
 
 TEST_F(surface, a_frame_after_a_refused_gain_uses_the_old_one) {
   const auto luma = [&](ppl_context* context) {
-    ctl::buffer source = ctl::noise_frame(640, 480, 5), out(640 * 480 * 3 / 2);
+    ctl::fenced source = ctl::noise_frame(640, 480, 5), out(640 * 480 * 3 / 2);
     EXPECT_EQ(ppl_process_blrtoi420(context, source.data(), out.data(), 640, 480, 640), 1);
-    return out.copy();
+    return out.content();
   };
   ppl_set_quality(c, 13);
   ASSERT_EQ(ppl_set_rgb_gain(c, 300, 280, 270), 1);
@@ -173,9 +173,9 @@ TEST_F(surface, a_frame_after_a_refused_gain_uses_the_old_one) {
 }
 
 std::vector<uint8_t> i420_of_noise(ppl_context* c) {
-  ctl::buffer source = ctl::noise_frame(640, 480, 6), out(640 * 480 * 3 / 2);
+  ctl::fenced source = ctl::noise_frame(640, 480, 6), out(640 * 480 * 3 / 2);
   EXPECT_EQ(ppl_process_blrtoi420(c, source.data(), out.data(), 640, 480, 640), 1);
-  return out.copy();
+  return out.content();
 }
 
 TEST_F(surface, a_mirror_set_between_frames_turns_the_next_one) {

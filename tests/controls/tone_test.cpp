@@ -130,8 +130,8 @@ TEST_F(tone, contrast_curves_of_any_two_points) {
   };
   uint32_t seed = 9;
   for (int round = 0; round < 1500; ++round) {
-    const uint32_t x = ctl::step(seed) % 128;
-    const uint32_t y = round % 3 == 0 ? ctl::step(seed) : ctl::step(seed) % 256;
+    const uint32_t x = support::step(seed) % 128;
+    const uint32_t y = round % 3 == 0 ? support::step(seed) : support::step(seed) % 256;
     ASSERT_EQ(ppl_set_contrast_xy(c, x, y), 1);
     const int64_t px[4] = {0, x, 255 - x, 255}, py[4] = {0, y, wrap(255 - int64_t{y}), 255};
     for (int i = 0; i < 256; ++i) {
@@ -335,11 +335,11 @@ TEST_F(tone, digests_of_tables_csv) {
     if (call == "ppl_set_contrast_c") {
       ASSERT_EQ(a.size(), 1u);
       answer = ppl_set_contrast_c(c, a[0], nullptr, nullptr);
-      digest = ctl::digest(ppl_contrast_table(c), 256);
+      digest = support::digest_of(ppl_contrast_table(c), 256);
     } else if (call == "ppl_set_contrast_xy") {
       ASSERT_EQ(a.size(), 2u);
       answer = ppl_set_contrast_xy(c, static_cast<uint32_t>(a[0]), static_cast<uint32_t>(a[1]));
-      digest = ctl::digest(ppl_rgb_contrast_gamma_table(c), 256);
+      digest = support::digest_of(ppl_rgb_contrast_gamma_table(c), 256);
     } else {
       ASSERT_EQ(call, "ppl_set_lens_correction");
       ASSERT_EQ(a.size(), 8u);
@@ -347,7 +347,7 @@ TEST_F(tone, digests_of_tables_csv) {
       std::vector<uint16_t> lens(static_cast<size_t>(rows * a[0]));
       answer = ppl_set_lens_correction(c, a[0], a[1], a[2], a[3], lens.data(),
                                        static_cast<int>(lens.size() * 2), a[4], a[5], a[6], a[7]);
-      digest = ctl::digest(lens.data(), lens.size() * 2);
+      digest = support::digest_of(lens.data(), lens.size() * 2);
       ppl_reset_lens_correction(c);
     }
     EXPECT_EQ(answer, std::stoi(result));

@@ -8,45 +8,13 @@
 
 #include "ppl.h"
 #include "support/convert_exports.h"
+#include "support/fenced.h"
 #include "support/level.h"
 
 namespace {
 
-constexpr uint8_t kUntouched = 0xa5;
-
-// A buffer aligned to 64.
-class buffer {
- public:
-  explicit buffer(size_t n, uint8_t value = kUntouched)
-      : size_(n), data_(static_cast<uint8_t*>(std::aligned_alloc(64, (n + 127) / 64 * 64))) {
-    std::fill_n(data_.get(), (n + 127) / 64 * 64, value);
-  }
-  uint8_t* data() const { return data_.get(); }
-  size_t size() const { return size_; }
-  uint8_t& operator[](size_t k) const { return data_.get()[k]; }
-  bool all(uint8_t value) const { return all(0, size_, value); }
-  bool all(size_t from, size_t to, uint8_t value) const {
-    return std::all_of(data() + from, data() + to, [value](uint8_t b) { return b == value; });
-  }
-  bool operator==(const buffer& other) const {
-    return size_ == other.size_ && std::equal(data(), data() + size_, other.data());
-  }
-  void noise(uint32_t x) {
-    for (size_t k = 0; k < size_; ++k) {
-      x ^= x << 13;
-      x ^= x >> 17;
-      x ^= x << 5;
-      data()[k] = static_cast<uint8_t>(x >> 24);
-    }
-  }
-
- private:
-  struct release {
-    void operator()(uint8_t* p) const { std::free(p); }
-  };
-  size_t size_;
-  std::unique_ptr<uint8_t, release> data_;
-};
+using support::kUntouched;
+using buffer = support::fenced;
 
 // Each test runs once per level of vector code.
 class ConvertEdges : public testing::TestWithParam<int> {
@@ -88,7 +56,7 @@ TEST_P(ConvertEdges, SizesCountBeforeAlignment) {
 
 TEST_P(ConvertEdges, AWrapperLooksAtNoSizesBeforeItsFallBack) {
   buffer in(64), out(64 + 32);
-  in.noise(5);
+  in.fill_noise(5);
   const uint32_t before = frames();
   EXPECT_EQ(UYVYToI420MMX(context, in.data() + 4, out.data(), 8, 8, 6, 5), 0);
   EXPECT_TRUE(std::equal(out.data(), out.data() + 30, in.data() + 4));
@@ -99,8 +67,8 @@ TEST_P(ConvertEdges, AWrapperLooksAtNoSizesBeforeItsFallBack) {
 
 TEST_P(ConvertEdges, FallBacksOfTheOtherFormats) {
   buffer in(64), later(64), rgb(256);
-  in.noise(6);
-  later.noise(7);
+  in.fill_noise(6);
+  later.fill_noise(7);
   EXPECT_EQ(YUYVToRGB24MMX(context, in.data() + 2, rgb.data(), 8, 8, 6, 5), 0);
   EXPECT_TRUE(rgb.all(0, 90, 255));
   EXPECT_TRUE(rgb.all(90, 256, kUntouched));
@@ -149,7 +117,7 @@ TEST_P(ConvertEdges, P3OnlyConvertsNothing) {
 
 TEST_P(ConvertEdges, PictureControlsReachNoConversion) {
   buffer in(320 * 240 * 2), plain(320 * 240 * 3), changed(320 * 240 * 3);
-  in.noise(11);
+  in.fill_noise(11);
   EXPECT_EQ(YUYVToRGB24MMX(context, in.data(), plain.data(), 320, 240, 320, 240), 1);
   uint32_t x, y;
   ppl_set_contrast_c(context, 40, &x, &y);
@@ -198,7 +166,7 @@ TEST_P(ConvertEdges, Rgb24GoesUpwardWhateverTheMirrors) {
 
 TEST_P(ConvertEdges, MirrorsTurnEveryPlaneAround) {
   buffer in(320 * 240 * 2), plain(320 * 240 * 3 / 2), turned(320 * 240 * 3 / 2);
-  in.noise(13);
+  in.fill_noise(13);
   EXPECT_EQ(UYVYToI420MMX(context, in.data(), plain.data(), 320, 240, 320, 240), 1);
   ppl_set_h_mirror(context, 1);
   ppl_set_v_mirror(context, 1);
@@ -216,9 +184,9 @@ constexpr size_t kField = 320 * 240;
 struct fields {
   buffer earlier{kField}, kept{kField}, later{kField};
   fields() {
-    earlier.noise(21);
-    kept.noise(22);
-    later.noise(23);
+    earlier.fill_noise(21);
+    kept.fill_noise(22);
+    later.fill_noise(23);
   }
 };
 
@@ -383,7 +351,7 @@ TEST_P(ConvertEdges, BlackLinesOfShrunkRgb24) {
 
 TEST_P(ConvertEdges, TwelveBitLeavesTheVPlane) {
   buffer in(320 * 240 * 3 / 2), out(320 * 240 * 3 / 2), twin(320 * 240 * 3 / 2);
-  in.noise(31);
+  in.fill_noise(31);
   EXPECT_EQ(UYVYYYYYToI420MMX(context, in.data(), out.data(), 320, 240, 320, 240), 1);
   EXPECT_TRUE(out.all(320 * 240 * 5 / 4, 320 * 240 * 3 / 2, kUntouched));
   EXPECT_EQ(YUYVYYYYToI420MMX(context, in.data(), twin.data(), 320, 240, 320, 240), 1);
@@ -399,7 +367,7 @@ TEST_P(ConvertEdges, TwelveBitLeavesTheVPlane) {
 
 TEST_P(ConvertEdges, TwelveBitMirrored) {
   buffer in(320 * 240 * 3 / 2), plain(320 * 240 * 3 / 2), mirrored(320 * 240 * 3 / 2);
-  in.noise(32);
+  in.fill_noise(32);
   EXPECT_EQ(ppl_process_uyvyyyyytoi420(context, in.data(), plain.data(), 320, 240, 320, 240), 1);
   ppl_set_h_mirror(context, 1);
   EXPECT_EQ(ppl_process_yuyvyyyytoi420(context, in.data(), mirrored.data(), 320, 240, 320, 240), 1);
@@ -450,9 +418,9 @@ TEST_P(ConvertEdges, ShrinkingReadsTheKeptFieldAlone) {
 
 TEST_P(ConvertEdges, DoubledRowZeroEqualsRowOne) {
   buffer earlier(640 * 480), kept(640 * 480), later(640 * 480), out(1280 * 960 * 2);
-  kept.noise(41);
-  later.noise(42);
-  earlier.noise(43);
+  kept.fill_noise(41);
+  later.fill_noise(42);
+  earlier.fill_noise(43);
   EXPECT_EQ(
       IntlYUYVToYUYVMMX(context, earlier.data(), kept.data(), later.data(), out.data(), 640, 480, 1280, 960),
       1);

@@ -9,43 +9,13 @@
 #include <vector>
 
 #include "ppl.h"
+#include "support/fenced.h"
 #include "support/level.h"
 
 namespace {
 
-constexpr uint8_t kUntouched = 0xa5;
-
-// n bytes aligned to 64, with 64 bytes on each side that must stay as they were.
-class fenced {
- public:
-  explicit fenced(size_t n, uint8_t value = kUntouched) : size_(n), bytes_(n + 3 * 64, 0x5c) {
-    data_ = bytes_.data() + 64;
-    data_ += (64 - reinterpret_cast<uintptr_t>(data_) % 64) % 64;
-    std::memset(data_, value, n);
-  }
-  ~fenced() {
-    for (const uint8_t* p = bytes_.data(); p < bytes_.data() + bytes_.size(); p++) {
-      if (p == data_) p += size_;
-      EXPECT_EQ(*p, 0x5c) << "byte " << p - data_ << " of a buffer of " << size_;
-      if (*p != 0x5c) break;
-    }
-  }
-  fenced(const fenced&) = delete;
-  fenced& operator=(const fenced&) = delete;
-  uint8_t* data() { return data_; }
-  uint8_t operator[](size_t i) const { return data_[i]; }
-  // How many bytes of [first, end) are not the value.
-  size_t others(size_t first, size_t end, uint8_t value) const {
-    size_t n = 0;
-    for (size_t i = first; i < end; i++) n += data_[i] != value;
-    return n;
-  }
-
- private:
-  size_t size_;
-  std::vector<uint8_t> bytes_;
-  uint8_t* data_;
-};
+using support::fenced;
+using support::kUntouched;
 
 class ConvertCorners : public testing::TestWithParam<int> {
  protected:

@@ -8,22 +8,12 @@
 
 #include "convert/convert_kernels.h"
 #include "platform/levels.h"
+#include "support/fenced.h"
 #include "support/level.h"
 
 namespace {
 
-constexpr uint8_t kUntouched = 0xa5;
-
-std::vector<uint8_t> noise_of(size_t n, uint32_t x) {
-  std::vector<uint8_t> bytes(n);
-  for (uint8_t& b : bytes) {
-    x ^= x << 13;
-    x ^= x >> 17;
-    x ^= x << 5;
-    b = static_cast<uint8_t>(x >> 24);
-  }
-  return bytes;
-}
+using support::kUntouched;
 
 const ppl::convert_kernels* kernels_of(int level) {
   ppl_test_force_level(level);
@@ -42,10 +32,10 @@ class motion_rows {
   motion_rows(std::vector<int> differences, bool chroma_first)
       : pixels_(differences.size()),
         chroma_(chroma_first ? 0 : 1),
-        kept_(noise_of(2 * pixels_, 1)),
-        below_(noise_of(2 * pixels_, 2)),
-        earlier_(noise_of(2 * pixels_, 3)),
-        later_(noise_of(2 * pixels_, 4)),
+        kept_(support::noise(2 * pixels_, 1)),
+        below_(support::noise(2 * pixels_, 2)),
+        earlier_(support::noise(2 * pixels_, 3)),
+        later_(support::noise(2 * pixels_, 4)),
         measure_(pixels_) {
     for (size_t x = 0; x < pixels_; x++) {
       const int d = differences[x], before = x > 0 ? differences[x - 1] : 0,
@@ -98,7 +88,7 @@ TEST_P(MotionTest, EveryPairOfStepsIsTestedAsTheRuleSays) {
 TEST_P(MotionTest, RowsOfEveryLengthAreTestedToTheirEnds) {
   const ppl::convert_kernels& kernels = *kernels_of(GetParam());
   for (size_t pixels = 16; pixels <= 400; pixels += 16) {
-    const std::vector<uint8_t> noise = noise_of(pixels, static_cast<uint32_t>(pixels));
+    const std::vector<uint8_t> noise = support::noise(pixels, static_cast<uint32_t>(pixels));
     for (int span : {3, 60, 255}) {
       std::vector<int> differences(pixels);
       for (size_t x = 0; x < pixels; x++) differences[x] = (2 * noise[x] - 255) * span / 255;

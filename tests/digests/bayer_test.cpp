@@ -10,6 +10,7 @@
 #include <set>
 
 #include "digests/csv.h"
+#include "support/fenced.h"
 #include "support/slots.h"
 #ifdef TEST_LIBRARY
 #include "support/level.h"
@@ -20,20 +21,10 @@ namespace {
 
 using slots::format;
 
-// 64-aligned bytes.
-struct buffer {
-  size_t size;
-  std::unique_ptr<uint8_t, decltype(&std::free)> bytes;
-  explicit buffer(size_t n)
-      : size(n), bytes(static_cast<uint8_t*>(std::aligned_alloc(64, (n + 127) / 64 * 64)), &std::free) {}
-  uint8_t* data() { return bytes.get(); }
-};
-
 void draw_scene(uint8_t* to, int scene, uint32_t seed, int width, int height) {
-  csv::random32 random{seed};
   for (int r = 0; r < height; ++r)
     for (int c = 0; c < width; ++c) {
-      const uint32_t n = random() >> 8;
+      const uint32_t n = support::step(seed) >> 8;
       uint32_t v = 0;
       if (scene == 0) {
         v = n & 255;
@@ -87,7 +78,7 @@ void PrintTo(const outcome& o, std::ostream* out) {
        << o.statistics;
 }
 
-std::string hex(const csv::digest& d) {
+std::string hex(const support::digest& d) {
   char text[17];
   std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(d.value));
   return text;
@@ -113,25 +104,24 @@ outcome run(Slot& slot, const csv::row& row) {
 
   const size_t in = size_t(width) * size_t(height);
   const size_t pixels = d < 0 ? 4 * in : size_t(width >> d) * size_t(height >> d);
-  buffer source(in), destination(output_bytes(kind, pixels));
+  support::fenced source(in), destination(output_bytes(kind, pixels));
   const uint32_t w = uint32_t(width), h = uint32_t(height);
   if (number("before") >= 0) {
     slot.set_quality(uint32_t(number("before")));
     draw_scene(source.data(), 2, 77, width, height);
-    buffer earlier(output_bytes(format::i420, pixels));
+    support::fenced earlier(output_bytes(format::i420, pixels));
     slot.process_frame(format::i420, source.data(), earlier.data(), w, h, w);
   }
   slot.set_quality(uint32_t(number("quality")));
   if (number("medium")) slot.enable_medium_filter();
   draw_scene(source.data(), number("scene"), 12345, width, height);
-  csv::random32 random{99};
-  for (size_t i = 0; i < destination.size; ++i) destination.data()[i] = uint8_t(random() >> 24);
+  destination.fill_noise(99);
 
   outcome got;
   got.result = slot.process_frame(kind, source.data(), destination.data(), w, h, w) ? "1" : "0";
-  csv::digest output, source_after, figures;
-  output.bytes(destination.data(), destination.size);
-  source_after.bytes(source.data(), source.size);
+  support::digest output, source_after, figures;
+  output.bytes(destination.data(), destination.size());
+  source_after.bytes(source.data(), source.size());
   for (const slots::figure& f : slots::statistics(slot))
     for (uint32_t word : f.words) figures.word(word);
   got.output = hex(output);

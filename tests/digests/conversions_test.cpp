@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "reference/convert.h"
+#include "support/fenced.h"
 #ifdef TEST_LIBRARY
 #include "support/convert_exports.h"
 #include "support/level.h"
@@ -43,48 +44,20 @@ std::vector<digest_row> read_rows() {
   return rows;
 }
 
-uint32_t step(uint32_t& x) {
-  x ^= x << 13;
-  x ^= x >> 17;
-  x ^= x << 5;
-  return x;
-}
-
-// Bytes on a boundary of 64.
-class bytes64 {
- public:
-  explicit bytes64(size_t n)
-      : size_(n), data_(static_cast<uint8_t*>(std::aligned_alloc(64, (n + 63) / 64 * 64))) {}
-  uint8_t* data() const { return data_.get(); }
-  size_t size() const { return size_; }
-  void fill(uint32_t seed) {
-    for (size_t k = 0; k < size_; ++k) data()[k] = static_cast<uint8_t>(step(seed) >> 24);
-  }
-
- private:
-  struct release {
-    void operator()(uint8_t* p) const { std::free(p); }
-  };
-  size_t size_;
-  std::unique_ptr<uint8_t, release> data_;
-};
-
 std::string digest(const uint8_t* data, size_t n) {
-  uint64_t h = 0xcbf29ce484222325u;
-  for (size_t k = 0; k < n; ++k) h = (h ^ data[k]) * 0x100000001b3u;
   char text[17];
-  std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(h));
+  std::snprintf(text, sizeof text, "%016llx", static_cast<unsigned long long>(support::digest_of(data, n)));
   return text;
 }
 
 struct fields {
-  bytes64 earlier, kept, later;
+  support::fenced earlier, kept, later;
   explicit fields(size_t n) : earlier(n), kept(n), later(n) {
-    earlier.fill(1);
-    kept.fill(2);
+    earlier.fill_noise(1);
+    kept.fill_noise(2);
     uint32_t x = 3;
     for (size_t k = 0; k < n; ++k) {
-      const uint32_t change = (step(x) >> 24) % 23;
+      const uint32_t change = (support::step(x) >> 24) % 23;
       later.data()[k] = static_cast<uint8_t>(earlier.data()[k] + (k / 64 % 3 == 0 ? change : 0));
     }
   }
@@ -117,8 +90,8 @@ TEST(conversion_digests, reference) {
     ASSERT_NE(c, nullptr) << r.call;
     const fields& f = fields_of(r);
     const bool one = !c->takes_fields();
-    bytes64 output(output_bytes(*c, r));
-    output.fill(99);
+    support::fenced output(output_bytes(*c, r));
+    output.fill_noise(99);
     ref::picture picture({output.data(), output.data() + output.size()});
     ref::convert_state s;
     s.threshold = static_cast<int>(r.threshold);
@@ -145,8 +118,8 @@ TEST(conversion_digests, library) {
       ASSERT_NE(e, nullptr) << r.call;
       const ref::conversion* c = ref::find_conversion(r.call.c_str());
       const fields& f = fields_of(r);
-      bytes64 output(output_bytes(*c, r));
-      output.fill(99);
+      support::fenced output(output_bytes(*c, r));
+      output.fill_noise(99);
       ppl_context* context = ppl_init();
       ASSERT_NE(context, nullptr);
       ppl_set_intl_3T_threshold(context, r.threshold);

@@ -3,6 +3,7 @@
 
 #include "reference/frame.h"
 #include "support/frame_fixture.h"
+#include "support/random.h"
 
 namespace {
 
@@ -124,7 +125,7 @@ void expect_as_reference(int f, const bytes& frame, size in, size out, const byt
 
 // Any size to any size, widths off the groups included.
 TEST_P(scaler, agrees_with_the_reference_at_any_size) {
-  std::mt19937 random(20);
+  std::mt19937 random(static_cast<uint32_t>(support::seed(20)));
   const auto pick = [&](int a, int b) { return a + int(random() % unsigned(b - a + 1)); };
   for (int n = 0; n < 250 && !HasFailure(); ++n) {
     const int f = n % 2 == 0 ? I420 : YUYV, step = n % 3 == 0 ? 1 : 2;

@@ -68,8 +68,8 @@ TEST_F(slots, records_and_their_vectors_are_aligned) {
 
 // Quality 5 counts a frame and does nothing else.
 TEST_F(slots, frame_count_size_and_statistics_pass_to_the_next_owner_but_controls_do_not) {
-  ctl::buffer source = ctl::noise_frame(64, 32, 1);
-  ctl::buffer destination(64 * 32 * 2);
+  ctl::fenced source = ctl::noise_frame(64, 32, 1);
+  ctl::fenced destination(64 * 32 * 2);
   ppl_context* c = ppl_init();
   ppl_set_quality(c, 5);
   const uint32_t before = ppl_n_frame(c);

@@ -12,6 +12,7 @@
 #include "record/context.h"
 #include "rows/row_kernels.h"
 #include "support/level.h"
+#include "support/random.h"
 
 namespace {
 
@@ -76,7 +77,7 @@ uint8_t u8(int v) {
 class OutputRuns : public testing::TestWithParam<bool> {
  protected:
   const bool reversed_ = GetParam();
-  std::mt19937 random_{20};
+  std::mt19937 random_{static_cast<uint32_t>(support::seed(20))};
   const random_row a_{random_, 4 * kLongest}, b_{random_, 4 * kLongest}, c_{random_, 4 * kLongest};
 };
 

@@ -1,4 +1,4 @@
-// Buffers that fault when left, and small frames to put through an instance at every vector level.
+// Small frames to put through an instance at every vector level.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -12,59 +12,14 @@
 #include <vector>
 
 #include "ppl.h"
-#include "support/guarded.h"
+#include "support/fenced.h"
 #include "support/level.h"
 
 namespace engine {
 
-using bytes = std::vector<uint8_t>;
-
-// Exactly `size` bytes at a multiple of 64 plus `offset`, as close to an inaccessible page as that allows; what is
-// left between is watched as well.
-class fenced {
- public:
-  explicit fenced(size_t size, uint8_t value = 0xa5, size_t offset = 0)
-      : memory_(guarded::room_for(size)), size_(size), data_(memory_.place(size, offset, true)) {
-    std::fill(memory_.begin(), memory_.end(), kFence);
-    std::fill_n(data_, size, value);
-  }
-  explicit fenced(const bytes& content, size_t offset = 0) : fenced(content.size(), 0, offset) {
-    std::copy(content.begin(), content.end(), data_);
-  }
-  ~fenced() { EXPECT_TRUE(intact()) << "bytes beside a buffer of " << size_ << " were written"; }
-  fenced(const fenced&) = delete;
-  fenced& operator=(const fenced&) = delete;
-
-  uint8_t* data() const { return data_; }
-  size_t size() const { return size_; }
-  uint8_t& operator[](size_t i) const { return data_[i]; }
-  bytes content() const { return bytes(data_, data_ + size_); }
-  bytes part(size_t from, size_t count) const { return bytes(data_ + from, data_ + from + count); }
-  bool all(uint8_t value) const {
-    return std::all_of(data_, data_ + size_, [value](uint8_t b) { return b == value; });
-  }
-
- private:
-  static constexpr uint8_t kFence = 0x3c;
-  bool intact() const {
-    const auto fence = [](uint8_t b) { return b == kFence; };
-    return std::all_of(memory_.begin(), data_, fence) && std::all_of(data_ + size_, memory_.end(), fence);
-  }
-  guarded memory_;
-  size_t size_;
-  uint8_t* data_;
-};
-
-inline bytes noise(size_t n, uint32_t x) {
-  bytes out(n);
-  for (uint8_t& b : out) {
-    x ^= x << 13;
-    x ^= x >> 17;
-    x ^= x << 5;
-    b = static_cast<uint8_t>(x >> 24);
-  }
-  return out;
-}
+using support::bytes;
+using support::fenced;
+using support::noise;
 
 enum format { I420, YUYV, UYVY, RGB24, RGB32 };
 constexpr const char* kFormatNames[] = {"I420", "YUYV", "UYVY", "RGB24", "RGB32"};

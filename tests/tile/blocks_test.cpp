@@ -12,6 +12,7 @@
 #include "ppl.h"
 #include "record/context.h"
 #include "support/level.h"
+#include "support/random.h"
 #include "tile/kernels.h"
 
 namespace {
@@ -156,7 +157,7 @@ void expect_front_end(ppl_context& c, const ppl::tile_kernels& k, const front_en
 
 TEST_F(Blocks, FrontEndFollowsItsRuleWithAnyTables) {
   at_every_level([](ppl_context& c, const ppl::tile_kernels& k) {
-    std::mt19937 random(7);
+    std::mt19937 random(static_cast<uint32_t>(support::seed(7)));
     for (int turn = 0; turn < 600; ++turn) {
       const auto below = [&](int n) { return static_cast<int>(random() % static_cast<uint32_t>(n)); };
       front_end_case t = {.width = 16 * (1 + below(32)),

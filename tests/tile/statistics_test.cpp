@@ -11,6 +11,7 @@
 #include "ppl.h"
 #include "record/context.h"
 #include "support/level.h"
+#include "support/random.h"
 #include "tile/kernels.h"
 #include "tile/statistics_sums.h"
 
@@ -152,7 +153,7 @@ constexpr settings kDefaults = {{0, 255},  {0, 255},  {0, 255}, {-25, 25},      
 
 class Statistics : public testing::Test {
  protected:
-  std::mt19937 random_{4711};
+  std::mt19937 random_{static_cast<uint32_t>(support::seed(4711))};
   int in(int low, int high) { return std::uniform_int_distribution<int>(low, high)(random_); }
 
   line_pair lines() {
