@@ -28,25 +28,33 @@ static const struct {
   int pattern, layout;
   uint32_t bits;
 } formats[] = {
-    {V4L2_PIX_FMT_SBGGR8, PPL_BGGR, PPL_BYTES, 8},          {V4L2_PIX_FMT_SGBRG8, PPL_GBRG, PPL_BYTES, 8},
-    {V4L2_PIX_FMT_SGRBG8, PPL_GRBG, PPL_BYTES, 8},          {V4L2_PIX_FMT_SRGGB8, PPL_RGGB, PPL_BYTES, 8},
-    {V4L2_PIX_FMT_SBGGR10, PPL_BGGR, PPL_WORDS_LITTLE, 10}, {V4L2_PIX_FMT_SGBRG10, PPL_GBRG, PPL_WORDS_LITTLE, 10},
-    {V4L2_PIX_FMT_SGRBG10, PPL_GRBG, PPL_WORDS_LITTLE, 10}, {V4L2_PIX_FMT_SRGGB10, PPL_RGGB, PPL_WORDS_LITTLE, 10},
-    {V4L2_PIX_FMT_SBGGR12, PPL_BGGR, PPL_WORDS_LITTLE, 12}, {V4L2_PIX_FMT_SGBRG12, PPL_GBRG, PPL_WORDS_LITTLE, 12},
-    {V4L2_PIX_FMT_SGRBG12, PPL_GRBG, PPL_WORDS_LITTLE, 12}, {V4L2_PIX_FMT_SRGGB12, PPL_RGGB, PPL_WORDS_LITTLE, 12},
-    {V4L2_PIX_FMT_SBGGR10P, PPL_BGGR, PPL_PACKED_10, 10},   {V4L2_PIX_FMT_SGBRG10P, PPL_GBRG, PPL_PACKED_10, 10},
-    {V4L2_PIX_FMT_SGRBG10P, PPL_GRBG, PPL_PACKED_10, 10},   {V4L2_PIX_FMT_SRGGB10P, PPL_RGGB, PPL_PACKED_10, 10},
+    {V4L2_PIX_FMT_SBGGR8, PPL_BGGR, PPL_BYTES, 8},
+    {V4L2_PIX_FMT_SGBRG8, PPL_GBRG, PPL_BYTES, 8},
+    {V4L2_PIX_FMT_SGRBG8, PPL_GRBG, PPL_BYTES, 8},
+    {V4L2_PIX_FMT_SRGGB8, PPL_RGGB, PPL_BYTES, 8},
+    {V4L2_PIX_FMT_SBGGR10, PPL_BGGR, PPL_WORDS_LITTLE, 10},
+    {V4L2_PIX_FMT_SGBRG10, PPL_GBRG, PPL_WORDS_LITTLE, 10},
+    {V4L2_PIX_FMT_SGRBG10, PPL_GRBG, PPL_WORDS_LITTLE, 10},
+    {V4L2_PIX_FMT_SRGGB10, PPL_RGGB, PPL_WORDS_LITTLE, 10},
+    {V4L2_PIX_FMT_SBGGR12, PPL_BGGR, PPL_WORDS_LITTLE, 12},
+    {V4L2_PIX_FMT_SGBRG12, PPL_GBRG, PPL_WORDS_LITTLE, 12},
+    {V4L2_PIX_FMT_SGRBG12, PPL_GRBG, PPL_WORDS_LITTLE, 12},
+    {V4L2_PIX_FMT_SRGGB12, PPL_RGGB, PPL_WORDS_LITTLE, 12},
+    {V4L2_PIX_FMT_SBGGR10P, PPL_BGGR, PPL_PACKED_10, 10},
+    {V4L2_PIX_FMT_SGBRG10P, PPL_GBRG, PPL_PACKED_10, 10},
+    {V4L2_PIX_FMT_SGRBG10P, PPL_GRBG, PPL_PACKED_10, 10},
+    {V4L2_PIX_FMT_SRGGB10P, PPL_RGGB, PPL_PACKED_10, 10},
 };
 enum { format_count = sizeof formats / sizeof formats[0] };
 
-static const char *device;
+static const char* device;
 
-static _Noreturn void fail(const char *what) {
+static _Noreturn void fail(const char* what) {
   fprintf(stderr, "v4l2_picture: %s: %s\n", device, what);
   exit(1);
 }
 
-static int ask(int camera, unsigned long request, void *argument) {
+static int ask(int camera, unsigned long request, void* argument) {
   int result;
   do {
     result = ioctl(camera, request, argument);
@@ -61,12 +69,13 @@ static int choose_format(int camera) {
   for (; ask(camera, VIDIOC_ENUM_FMT, &offered) == 0; ++offered.index)
     for (int i = 0; i < best; ++i)
       if (formats[i].fourcc == offered.pixelformat) best = i;
-  if (best == format_count) fail("no raw Bayer format of 8, 10 or 12 bits; v4l2-ctl --list-formats tells what it has");
+  if (best == format_count)
+    fail("no raw Bayer format of 8, 10 or 12 bits; v4l2-ctl --list-formats tells what it has");
   return best;
 }
 
-static void write_ppm(const char *path, const uint8_t *bgr, uint32_t width, uint32_t height) {
-  FILE *file = fopen(path, "wb");
+static void write_ppm(const char* path, const uint8_t* bgr, uint32_t width, uint32_t height) {
+  FILE* file = fopen(path, "wb");
   int fine = file != NULL && fprintf(file, "P6\n%u %u\n255\n", width, height) > 0;
   for (uint32_t y = height; fine && y-- > 0;) /* RGB24 is stored bottom row first, blue first */
     for (uint32_t x = 0; fine && x < width; ++x) {
@@ -80,8 +89,8 @@ static void write_ppm(const char *path, const uint8_t *bgr, uint32_t width, uint
   }
 }
 
-int main(int count, char **words) {
-  char *end = NULL;
+int main(int count, char** words) {
+  char* end = NULL;
   const unsigned long black = count == 4 ? strtoul(words[3], &end, 10) : 0;
   if (count < 3 || count > 4 || (end != NULL && (*end != 0 || end == words[3])) || black > 255) {
     fprintf(stderr, "usage: v4l2_picture DEVICE PICTURE.ppm [BLACK_LEVEL, 0 to 255 in steps of 8 bits]\n");
@@ -106,15 +115,16 @@ int main(int count, char **words) {
   if (ask(camera, VIDIOC_S_FMT, &format) < 0) fail(strerror(errno));
   if (format.fmt.pix.pixelformat != formats[chosen].fourcc) fail("does not keep the format that it offered");
 
-  const struct ppl_sensor_frame sensor = {format.fmt.pix.width,    format.fmt.pix.height,  format.fmt.pix.bytesperline,
-                                          formats[chosen].pattern, formats[chosen].layout, formats[chosen].bits};
+  const struct ppl_sensor_frame sensor = {format.fmt.pix.width,        format.fmt.pix.height,
+                                          format.fmt.pix.bytesperline, formats[chosen].pattern,
+                                          formats[chosen].layout,      formats[chosen].bits};
   const int reason = ppl_sensor_frame_reason(&sensor);
   if (reason != PPL_PREPARE_FINE) fail(ppl_prepare_sentence(reason));
 
   /* Memory that the driver fills and this program sees. */
   struct v4l2_requestbuffers request = {.count = buffers, .type = format.type, .memory = V4L2_MEMORY_MMAP};
   if (ask(camera, VIDIOC_REQBUFS, &request) < 0 || request.count == 0) fail("gives no buffers to map");
-  const uint8_t *mapped[buffers];
+  const uint8_t* mapped[buffers];
   if (request.count > buffers) request.count = buffers;
   for (uint32_t i = 0; i < request.count; ++i) {
     struct v4l2_buffer buffer = {.type = format.type, .memory = V4L2_MEMORY_MMAP, .index = i};
@@ -129,20 +139,23 @@ int main(int count, char **words) {
   const uint32_t width = (sensor.width < 2016 ? sensor.width : 2016) / 32 * 32;
   const uint32_t height = (sensor.height < 2048 ? sensor.height : 2048) / 2 * 2;
   if (width == 0) fail("has frames of less than 32 columns");
-  uint8_t *mosaic = aligned_alloc(64, (size_t)width * height), *picture = aligned_alloc(64, (size_t)width * height * 3);
-  ppl_auto_sample *sample = malloc(sizeof *sample);
-  ppl_context *context = ppl_init();
+  uint8_t *mosaic = aligned_alloc(64, (size_t)width * height),
+          *picture = aligned_alloc(64, (size_t)width * height * 3);
+  ppl_auto_sample* sample = malloc(sizeof *sample);
+  ppl_context* context = ppl_init();
   if (!mosaic || !picture || !sample || !context) fail("no memory, or all eight contexts are taken");
   const uint32_t level = (uint32_t)black;
   ppl_set_optical_black_b_gb_gr_r(context, level, level, level, level);
   ppl_enable_GbGr_correction(context);
   ppl_auto_curve curve;
-  ppl_auto_daylight_curve(&curve, 397, 256, 346); /* measure these two of your sensor: a grey card in daylight */
+  ppl_auto_daylight_curve(&curve, 397, 256,
+                          346); /* measure these two of your sensor: a grey card in daylight */
 
   int on = V4L2_BUF_TYPE_VIDEO_CAPTURE;
   if (ask(camera, VIDIOC_STREAMON, &on) < 0) fail(strerror(errno));
   int whole = 0;
-  for (int frame = 0; frame < frames || !whole; ++frame) { /* the first frames of a stream are often not right yet */
+  for (int frame = 0; frame < frames || !whole;
+       ++frame) { /* the first frames of a stream are often not right yet */
     if (frame == 10 * frames) fail("delivers no whole frame");
     struct pollfd ready = {.fd = camera, .events = POLLIN};
     if (poll(&ready, 1, patience_ms) == 0) fail("delivers no frame");
@@ -155,7 +168,8 @@ int main(int count, char **words) {
     whole = !(buffer.flags & V4L2_BUF_FLAG_ERROR) && buffer.bytesused >= ppl_sensor_frame_bytes(&sensor);
     /* Copied, since the library works in the frame's memory, and at once given back to the driver. */
     if (whole)
-      ppl_prepare_region(&sensor, mapped[buffer.index], PPL_TO_8_ROUND, NULL, 0, 0, width, height, mosaic, width);
+      ppl_prepare_region(&sensor, mapped[buffer.index], PPL_TO_8_ROUND, NULL, 0, 0, width, height, mosaic,
+                         width);
     if (ask(camera, VIDIOC_QBUF, &buffer) < 0) fail(strerror(errno));
     if (!whole) continue;
 
