@@ -137,6 +137,9 @@ def scene(folder, sources, tool):
     subprocess.run([tool, "convert", folder / "white.ppm", "--skip", "15", "--input", "rgb24", "-W", "640", "-H", "480",
                     "-o", folder / "white.png"], check=True)
     subprocess.run([tool, "simulate", folder / "white.png", "-o", folder / "flat.raw", "--shading", "0.25"], check=True)
+    shutil.copy(folder / "flat.raw", folder / "white.raw")
+    (folder / "video.raw").write_bytes(b"\x00\x01" * (1280 * 960 * 2))
+    (folder / "large.raw").write_bytes(bytes(range(64, 136)) * (2592 * 1944 // 72))
     (folder / "video.yuyv").write_bytes(b"\x50\x80" * (640 * 480 * 3))
 
 
