@@ -451,7 +451,7 @@ PPL_INLINE vec<N> join_shifted8(vec<N> e, vec<N> o) {
 // The high bytes of e's and of o's lanes, joined likewise.
 template <int N>
 PPL_INLINE vec<N> join_high8(vec<N> e, vec<N> o) {
-  return even_odd(odd(e), o);
+  return odd(e) | andnot(set16<vec<N>>(0x00ff), o);
 }
 // kEven times the even byte and kOdd times the odd one, added.
 template <int kEven, int kOdd, int N>
