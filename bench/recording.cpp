@@ -5,10 +5,10 @@
 // Reads 8-bit Bayer frames and converts each to I420 at the default settings. Nothing is written.
 #include <ppl.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
+#include <cstdio>
+#include <cstdlib>
 
 int main(int argc, char** argv) {
   if (argc != 4) {

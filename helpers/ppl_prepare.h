@@ -1,7 +1,8 @@
 /* From what a sensor delivers to what ppl takes: any Bayer phase, 8 to 16 bits in words or MIPI-packed, to aligned rows
  * of 8-bit samples that begin with B, Gb / Gr, R; and frames larger than the library accepts, in overlapping parts.
  *
- * Constants and inline functions, nothing to link: C99 or C++, integers only, no memory of its own, fit for kernel code.
+ * Constants and inline functions, nothing to link: C99 or C++, integers only, no memory of its own, fit for kernel
+ * code.
  *
  *     struct ppl_sensor_frame sensor = {1280, 960, 0, PPL_RGGB, PPL_WORDS_LITTLE, 10};
  *     ppl_prepare_frame(&sensor, raw, PPL_TO_8_ROUND, 0, mosaic, 1280);

@@ -61,8 +61,8 @@ void put_rgb32(output_writer& w, int row_pair, const finished_rows& rows);
 
 // ---- what they are made of
 
-// Rows are made of blocks of one or more tiles. put<kWhole>(first, tiles) puts the blocks that end in `tiles` tiles from
-// `first` on: an ordinary frame takes whole rows, any other tile after tile.
+// Rows are made of blocks of one or more tiles. put<kWhole>(first, tiles) puts the blocks that end in `tiles` tiles
+// from `first` on: an ordinary frame takes whole rows, any other tile after tile.
 template <class Put>
 void put_all_tiles(const output_writer& w, Put&& put) {
   if (w.ordinary) return put.template operator()<true>(0, w.tiles);

@@ -1,7 +1,7 @@
 // The entry points of the output stage's vector code, which qualities 3 and 13 use too; copies and halves of single
-// planes are in rows/row_kernels.h. Sources are row storage (see tile/kernels.h) and may be read up to the next multiple
-// of 64; destinations get exactly the bytes told and may be the caller's memory. Counts are multiples of 16, but for
-// runs whose count is called any. "reversed" writes a run end for end.
+// planes are in rows/row_kernels.h. Sources are row storage (see tile/kernels.h) and may be read up to the next
+// multiple of 64; destinations get exactly the bytes told and may be the caller's memory. Counts are multiples of 16,
+// but for runs whose count is called any. "reversed" writes a run end for end.
 #pragma once
 
 #include <stdint.h>
@@ -33,7 +33,8 @@ struct output_kernels {
   // Bytes with the top bit turned: 128 taken off again.
   void (*unbias)(uint8_t* to, const uint8_t* from, int n);
 
-  // ---- chroma words (U, V with 128 added for two columns) to planes: n U bytes and n V bytes from n words; every second of 2n words; each byte twice
+  // ---- chroma words (U, V with 128 added for two columns) to planes: n U bytes and n V bytes from n words; every
+  // second of 2n words; each byte twice
   void (*split_words)(uint8_t* u, uint8_t* v, const uint8_t* words, int n, bool reversed);
   void (*split_every_second)(uint8_t* u, uint8_t* v, const uint8_t* words, int n, bool reversed);
   void (*split_doubled)(uint8_t* u, uint8_t* v, const uint8_t* words, int n, bool reversed);

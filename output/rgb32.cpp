@@ -2,7 +2,8 @@
 //
 //   decimation 0   both rows
 //   halved         the row is mirrored first and then its even places are taken, eight pixels for each tile
-//   doubled        no usable picture, and kept so: RGB24's three-byte pixels at RGB24's row distance, 96 bytes a tile at
+//   doubled        no usable picture, and kept so: RGB24's three-byte pixels at RGB24's row distance, 96 bytes a tile
+//   at
 //                  a tile step of 64, so that tiles overlap; each widened tile reads its neighbour back from the bytes
 //                  beside its place, whatever they are. No rows between.
 #include "output/output.h"

@@ -1,4 +1,5 @@
-// The levels this Linux build holds (PPL_HAS_..., one for each), and how many of them the processor in front of us runs.
+// The levels this Linux build holds (PPL_HAS_..., one for each), and how many of them the processor in front of us
+// runs.
 #pragma once
 
 #include "platform/levels.h"

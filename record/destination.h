@@ -1,7 +1,8 @@
 // The caller's frame: where it begins, how long it is, and what becomes of bytes outside it.
 //
 // An ordinary frame holds all rows of its picture: whoever has found that out (rows_fit) stores whole rows at
-// base + offset. In all others every store goes through store(), which keeps what lies outside from the caller's memory.
+// base + offset. In all others every store goes through store(), which keeps what lies outside from the caller's
+// memory.
 #pragma once
 
 #include <stddef.h>

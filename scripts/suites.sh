@@ -18,7 +18,9 @@ skip() {
 note_left_out() {
   local suite=$1 log=$2 line
   while IFS= read -r line; do left_out+=("$suite: $line"); done < <(
-    sed -nE 's/^-- (.* left out: .*)$/\1/p; s/^ *[0-9]+\/[0-9]+ Test +#[0-9]+: (.*[^ .]) ?\.*\*\*\*Skipped.*$/test skipped: \1/p; s/^ *[0-9]+\/[0-9]+ Test +#[0-9]+: (.*[^ .]) ?\.*\*\*\*Not Run.*$/test not run: \1/p' "$log" | sort -u)
+    sed -nE -e 's/^-- (.* left out: .*)$/\1/p' \
+      -e 's/^ *[0-9]+\/[0-9]+ Test +#[0-9]+: (.*[^ .]) ?\.*\*\*\*Skipped.*$/test skipped: \1/p' \
+      -e 's/^ *[0-9]+\/[0-9]+ Test +#[0-9]+: (.*[^ .]) ?\.*\*\*\*Not Run.*$/test not run: \1/p' "$log" | sort -u)
 }
 
 # build PRESET [CMAKE OPTION...]

@@ -1,9 +1,9 @@
 // A row of bytes through two tables of 256, one for the bytes at even places, one for those at odd ones.
 //
 // Each level keeps the two tables in 4096 bytes of the caller's, in a form of its own. With 64-byte registers a table
-// stands in four of them, and both tables are looked up and blended. With 32, and in WebAssembly, a look-up is a chain of
-// shuffles. NEON looks up 64 entries at once. Elsewhere with 16 it is scalar, for a chain would take longer: each entry is
-// held already shifted to its byte's place among four, so that four bytes are four loads and three ors.
+// stands in four of them, and both tables are looked up and blended. With 32, and in WebAssembly, a look-up is a chain
+// of shuffles. NEON looks up 64 entries at once. Elsewhere with 16 it is scalar, for a chain would take longer: each
+// entry is held already shifted to its byte's place among four, so that four bytes are four loads and three ors.
 #pragma once
 
 #include "simd/simd-inl.h"
@@ -70,13 +70,15 @@ struct table_pair {
 #endif
 
 #if defined(PPL_LOOK_UP_BY_SHUFFLES)
-// A shuffle has 16 entries. A chain's index starts as the byte's low seven bits and falls by 16 a step. Both halves of a
-// table share the index; bit 7 of the byte chooses. The even bytes of a row, and the odd ones, are gathered first.
+// A shuffle has 16 entries. A chain's index starts as the byte's low seven bits and falls by 16 a step. Both halves of
+// a table share the index; bit 7 of the byte chooses. The even bytes of a row, and the odd ones, are gathered first.
 //
-// On x86 a shuffle takes an index by its low four bits, and gives 0 where bit 7 is set: bytes of the first 16 entries take
-// the first step alone, those of the next 16 two steps, and so on, and a step holds what changes, as exclusive or, from the
-// 16 entries before. In WebAssembly every index beyond 15 gives 0: a byte takes the step of its own 16 entries alone, which
-// holds what they are, as exclusive or, beside the half's last entry. Either way steps that change nothing are left out.
+// On x86 a shuffle takes an index by its low four bits, and gives 0 where bit 7 is set: bytes of the first 16 entries
+// take the first step alone, those of the next 16 two steps, and so on, and a step holds what changes, as exclusive or,
+// from the
+// 16 entries before. In WebAssembly every index beyond 15 gives 0: a byte takes the step of its own 16 entries alone,
+// which holds what they are, as exclusive or, beside the half's last entry. Either way steps that change nothing are
+// left out.
 struct table_steps {
   alignas(16) uint8_t change[2][8][16];
   uint8_t last[2];
@@ -176,9 +178,9 @@ PPL_INLINE void look_up_columns(const table_steps (&steps)[2], const uint8_t* fr
   for (int x = 0; x < kPair * kPairs && x < width; x += 16) storeu(frame + x, load<vec16>(row + x));
 }
 
-// A row through its tables. `from` and `row` are row storage; the result goes to `frame` too, unless that is null. Several
-// vectors of a table at once keep the shuffles busy, one does not. Of 32 bytes registers hold three: one that is left over
-// goes with the two before it.
+// A row through its tables. `from` and `row` are row storage; the result goes to `frame` too, unless that is null.
+// Several vectors of a table at once keep the shuffles busy, one does not. Of 32 bytes registers hold three: one that
+// is left over goes with the two before it.
 static void look_up_row(const void* memory, const uint8_t* from, uint8_t* row, uint8_t* frame, int width) {
   const auto& steps = *static_cast<const table_steps(*)[2]>(memory);
   const auto frame_at = [&](int x) { return frame != nullptr ? frame + x : nullptr; };

@@ -1,5 +1,5 @@
-// Packed 4:2:2: words of a luma and a chroma byte, U and V in turn. L tells the luma byte of a word, by its value: 0 the
-// even one, 1 the odd one. For *_kernels.cpp only.
+// Packed 4:2:2: words of a luma and a chroma byte, U and V in turn. L tells the luma byte of a word, by its value: 0
+// the even one, 1 the odd one. For *_kernels.cpp only.
 #pragma once
 
 #include "simd/simd-inl.h"

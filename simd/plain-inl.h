@@ -1,7 +1,7 @@
 // Every operation in plain C++, by vectors of the language's own and no intrinsic. Alone it is the back-end of every
 // processor that has no file of its own, and of tools that see through plain code only. A processor's file states again
-// what its instructions do in fewer steps: its overloads for the widths that it has go before these templates. A part of
-// simd/simd-inl.h, which tells the conventions.
+// what its instructions do in fewer steps: its overloads for the widths that it has go before these templates. A part
+// of simd/simd-inl.h, which tells the conventions.
 //
 // What x86 leaves to these templates costs no instruction more than intrinsics do, counted at every level: logic, sums,
 // differences, products, comparisons, broadcasts, loads, stores and most shuffles within 16 bytes. It states again what
@@ -579,8 +579,9 @@ PPL_INLINE vec<N> shuffle8(vec<N> a, vec<N> at) {
   return of(d);
 }
 
-// What crosses the 16 bytes of wider vectors. A vector of eight bytes of one kind, eight of another, and so on: those of
-// the first kind, then the others. And 16 bytes of lo, 16 of hi, and so on: the first and the second half of that run.
+// What crosses the 16 bytes of wider vectors. A vector of eight bytes of one kind, eight of another, and so on: those
+// of the first kind, then the others. And 16 bytes of lo, 16 of hi, and so on: the first and the second half of that
+// run.
 template <int N>
 PPL_INLINE vec<N> in_order(vec<N> a) {
   return pick32(a, a, [](int i) { return (i * 2 & ~3) % (N / 4) + i % 2 + (i >= N / 8 ? 2 : 0); });
@@ -723,7 +724,8 @@ template <int N>
 PPL_INLINE vec<N> madd8(vec<N> u, vec<N> s) {
   return adds_s16(mullo16(even(u), sra16<8>(sll16<8>(s))), mullo16(odd(u), sra16<8>(s)));
 }
-// (a * wa + b * wb + 128) >> 8 of byte pairs (a, b), as 16-bit lanes; the weights likewise, none of them 0, wa + wb 256.
+// (a * wa + b * wb + 128) >> 8 of byte pairs (a, b), as 16-bit lanes; the weights likewise, none of them 0, wa + wb
+// 256.
 template <int N>
 PPL_INLINE vec<N> blend_pairs(vec<N> pairs, vec<N> weights) {
   const vec<N> a = mullo16(even(pairs), even(weights)), b = mullo16(odd(pairs), odd(weights));

@@ -1,4 +1,5 @@
-// XMM registers: what the levels sse2 and sse41 (and vectors of 16 bytes at the wider ones) do apart from simd/x86-inl.h.
+// XMM registers: what the levels sse2 and sse41 (and vectors of 16 bytes at the wider ones) do apart from
+// simd/x86-inl.h.
 #pragma once
 
 namespace ppl::PPL_LEVEL {

@@ -152,10 +152,10 @@ void add_convert(CLI::App& app) {
           "png, ppm, y4m, i420, yuyv, uyvy, rgb24 or rgb32 (default: by the ending of the output's name)")
       ->check(CLI::IsMember({"png", "ppm", "y4m", "i420", "yuyv", "uyvy", "rgb24", "rgb32"}));
   command
-      ->add_option(
-          "--input", state->input,
-          "What FRAME holds: bayer (see --pattern and --bits), i420, yuyv, uyvy, rgb24 or rgb32 (both bottom row "
-          "first, blue byte first)")
+      ->add_option("--input", state->input,
+                   "What FRAME holds: bayer (see --pattern and --bits), i420, yuyv, uyvy, rgb24 or rgb32 "
+                   "(both bottom row "
+                   "first, blue byte first)")
       ->capture_default_str()
       ->check(CLI::IsMember({"bayer", "i420", "yuyv", "uyvy", "rgb24", "rgb32"}));
   command

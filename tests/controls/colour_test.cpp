@@ -177,7 +177,8 @@ TEST_F(colour, random_sensor_matrices_and_controls) {
       const int32_t r = static_cast<int32_t>(support::step(seed));
       x = range == 0 ? r : range == 1 ? r >> 8 : range == 2 ? r >> 16 : r >> 22;
     }
-    ASSERT_EQ(ppl_set_contrast_c(c, static_cast<int32_t>(support::step(seed) % 255) - 127, nullptr, nullptr), 1);
+    ASSERT_EQ(ppl_set_contrast_c(c, static_cast<int32_t>(support::step(seed) % 255) - 127, nullptr, nullptr),
+              1);
     ASSERT_EQ(ppl_set_sat_hue(c, support::step(seed) % 513, static_cast<int32_t>(support::step(seed))), 1);
     ASSERT_EQ(ppl_copy_sensor_matrix(c, s), 1);
     for (size_t i = 0; i < 3; ++i) {

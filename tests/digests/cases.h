@@ -1,12 +1,13 @@
 // The cases behind the frozen digests: what each of them calls, with which controls, sizes, formats and bytes.
 //
-// A case is a family and a number; everything in it follows from the two and the seed of the file. digests_make runs the
-// cases on the plain reference and writes what comes out as digests; the program digests runs them on the library it is
-// linked with. Both run the functions below, so the file holds nothing but digests.
+// A case is a family and a number; everything in it follows from the two and the seed of the file. digests_make runs
+// the cases on the plain reference and writes what comes out as digests; the program digests runs them on the library
+// it is linked with. Both run the functions below, so the file holds nothing but digests.
 //
-// Every draw of the dice is a statement of its own or an element of a braced list: arguments of a call may be evaluated in
-// any order, and compilers differ. The code keeps to what every target has: the integers, memcpy, malloc and printf of C, and no C++ library. A side
-// offers the members of slots::library_slot and those that are named where they are used.
+// Every draw of the dice is a statement of its own or an element of a braced list: arguments of a call may be evaluated
+// in any order, and compilers differ. The code keeps to what every target has: the integers, memcpy, malloc and printf
+// of C, and no C++ library. A side offers the members of slots::library_slot and those that are named where they are
+// used.
 #pragma once
 
 #include <stdarg.h>

@@ -1,5 +1,5 @@
-// The digests of digests/conversions.csv, against the plain reference or, with TEST_LIBRARY, against the library at every
-// vector level.
+// The digests of digests/conversions.csv, against the plain reference or, with TEST_LIBRARY, against the library at
+// every vector level.
 #include <gtest/gtest.h>
 
 #include <cstdio>

@@ -1,6 +1,6 @@
 /* A camera that is not there: loaded before the C library, it answers for /dev/made-up-camera with the raw frame of a
- * file (MADE_UP_FRAME, 640 x 480). Its rows are 704 bytes apart, and its first frame is a damaged one. With MADE_UP_FORMAT
- * set it offers that pixel format alone, four letters. */
+ * file (MADE_UP_FRAME, 640 x 480). Its rows are 704 bytes apart, and its first frame is a damaged one. With
+ * MADE_UP_FORMAT set it offers that pixel format alone, four letters. */
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>

@@ -72,8 +72,8 @@ struct foresight {
 };
 foresight foresee(const convert_state& s, const conversion& c, const convert_call& call);
 
-// One call: the state as it is afterwards, the destination, the answer. out.bytes must hold the foreseen room. A call that
-// would read or write a null buffer leaves the picture alone and is counted like any other.
+// One call: the state as it is afterwards, the destination, the answer. out.bytes must hold the foreseen room. A call
+// that would read or write a null buffer leaves the picture alone and is counted like any other.
 converted convert(convert_state& s, const conversion& c, const convert_call& call, picture& out);
 
 }  // namespace ref

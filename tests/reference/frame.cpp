@@ -45,8 +45,8 @@ int scale_entry(const state& s, format kind) {
   }
 }
 
-// Whether a frame of a path that runs reads a null source or writes to a null destination. The raw path reads no more than
-// it writes; all others work on the source whatever becomes of the picture.
+// Whether a frame of a path that runs reads a null source or writes to a null destination. The raw path reads no more
+// than it writes; all others work on the source whatever becomes of the picture.
 bool follows_null(const state& s, format kind, const uint8_t* source, const uint8_t* destination,
                   int64_t size) {
   if (s.quality != 4 && s.quality != 9)

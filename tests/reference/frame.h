@@ -13,8 +13,8 @@
 
 namespace ref {
 
-// Whether the rules leave the picture of a frame open: incomplete groups of the frame-at-once qualities, and doubled cells
-// in I420 whose planes overlap because black lines of a negative count took rows away.
+// Whether the rules leave the picture of a frame open: incomplete groups of the frame-at-once qualities, and doubled
+// cells in I420 whose planes overlap because black lines of a negative count took rows away.
 bool picture_is_open(const state& s, format kind);
 // Offsets in the last frame that this thread put out of bytes that no rule settles (canvas.h).
 const std::vector<int64_t>& open_bytes();

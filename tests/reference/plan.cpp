@@ -5,8 +5,8 @@
 namespace ref {
 namespace {
 
-// A plane in memory, and where the pixels of the picture lie in it: mirrored, a row runs from right to left; upward, the
-// first row is the last in memory.
+// A plane in memory, and where the pixels of the picture lie in it: mirrored, a row runs from right to left; upward,
+// the first row is the last in memory.
 struct memory_plane {
   int64_t width, pixels;
   int bytes_a_pixel;

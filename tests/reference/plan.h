@@ -32,8 +32,8 @@ tile_walk packed_walk(const plan_input& in);
 tile_walk rgb24_walk(const plan_input& in);
 tile_walk rgb32_walk(const plan_input& in);
 
-// The frame-at-once routines, which go by groups of 32 pixels in two rows. `half` and `row` lead from a group's pointer to
-// its first and second half and row.
+// The frame-at-once routines, which go by groups of 32 pixels in two rows. `half` and `row` lead from a group's pointer
+// to its first and second half and row.
 struct group_walk {
   int64_t start;
   int64_t half[2], row[2];

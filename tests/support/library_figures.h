@@ -1,5 +1,5 @@
-// All that can be read back from a slot of the library, figure by figure: take(name, words, count). Nothing of the standard
-// library, so that programs for any machine can include it.
+// All that can be read back from a slot of the library, figure by figure: take(name, words, count). Nothing of the
+// standard library, so that programs for any machine can include it.
 #pragma once
 
 #include "ppl.h"

@@ -1,5 +1,5 @@
-// The exported calls that a frame or a control takes, as members: a slot of the library looks like one of the reference.
-// Nothing of the standard library, so that programs for any machine can include it.
+// The exported calls that a frame or a control takes, as members: a slot of the library looks like one of the
+// reference. Nothing of the standard library, so that programs for any machine can include it.
 #pragma once
 
 #include "ppl.h"

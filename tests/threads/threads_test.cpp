@@ -1,7 +1,8 @@
 // Eight contexts on eight threads at once: what the interface allows gives the bytes of one thread alone.
 //
 //   threads_test             frames and setters on a context of each thread's own; ends with "N passed, M failed"
-//   threads_test --shared    what the interface does not allow without a lock: two contexts ask for centre-weighted means at
+//   threads_test --shared    what the interface does not allow without a lock: two contexts ask for centre-weighted
+//   means at
 //                            the same time, which share their result. A thread sanitizer has to report it.
 //
 // Neither GoogleTest nor anything else that a sanitizer could not see through.

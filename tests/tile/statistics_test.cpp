@@ -1,5 +1,5 @@
-// The statistics' kernel alone, at every vector level, cell by cell against the rule: any number of groups, row pairs in
-// and below the grid, tests on and off.
+// The statistics' kernel alone, at every vector level, cell by cell against the rule: any number of groups, row pairs
+// in and below the grid, tests on and off.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 // The simulated sensor: what the settings say is what the samples hold, and the library finds the way back.
-#include "likeness.h"
 #include "simulate.h"
+#include "likeness.h"
 
 #include <gtest/gtest.h>
 #include <ppl.h>

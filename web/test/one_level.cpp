@@ -12,8 +12,8 @@ const char* ppl_test_level_name(int) {
 }
 void ppl_test_force_level(int) {}
 
-// The one function of the compiler's run-time library that the C library's reading of numbers asks for: the low 128 bits
-// of a product, put together from 32-bit halves.
+// The one function of the compiler's run-time library that the C library's reading of numbers asks for: the low 128
+// bits of a product, put together from 32-bit halves.
 extern "C" __int128 __multi3(__int128 a, __int128 b) {
   const auto a_low = static_cast<uint64_t>(a), b_low = static_cast<uint64_t>(b);
   const auto a_high = static_cast<uint64_t>(a >> 64), b_high = static_cast<uint64_t>(b >> 64);
