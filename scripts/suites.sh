@@ -61,6 +61,22 @@ tests_of() {
   return $status
 }
 
+# digests_of PRESET [CMAKE OPTION...]: of a foreign target, the frozen digests and the random comparisons.
+digests_of() {
+  local preset=$1 log=build/$1.log
+  shift
+  mkdir -p build
+  if ! cmake --preset "$preset" -DPPL_BUILD_BENCH=OFF -DPPL_BUILD_TOOLS=OFF "$@" > "$log" 2>&1 ||
+    ! cmake --build --preset "$preset" -j"$jobs" --target digests compare_bayer compare_convert >> "$log" 2>&1; then
+    tail -n 80 "$log"
+    echo "== $preset does not build; all of it is in $log"
+    return 1
+  fi
+  ctest --preset "$preset" -j"$jobs" -R '^digests$|^compare_' > "build/$preset-tests.log" 2>&1 ||
+    { tail -n 60 "build/$preset-tests.log"; return 1; }
+  grep -E '^[0-9]+% tests passed' "build/$preset-tests.log"
+}
+
 # suite SIZE NAME WHAT COMMAND...
 suite() {
   local size=$1 name=$2 what=$3 start=$SECONDS status
