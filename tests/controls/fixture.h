@@ -9,6 +9,7 @@
 
 #include "ppl.h"
 #include "record/context.h"
+#include "record/gaps.h"
 #include "support/fenced.h"
 
 namespace ctl {
@@ -17,7 +18,9 @@ struct controls : testing::Test {
   ppl_context* c = ppl_init();
 
   controls() {
-    if (c) ppl_new_frame_size(c, 640, 480, 640);
+    if (!c) return;
+    ppl::open_gaps(*c);  // tests copy whole records
+    ppl_new_frame_size(c, 640, 480, 640);
   }
   ~controls() override { ppl_free(c); }
   void SetUp() override { ASSERT_NE(c, nullptr); }
