@@ -163,6 +163,13 @@ TEST_F(Settings, DefaultsAreTheLibrarys) {
 }
 
 // What is written as C compiles and sets what the options set.
+// What the library was built with, its programs have to be linked with.
+#if defined(__SANITIZE_ADDRESS__)
+#define SANITIZERS "-fsanitize=address,undefined "
+#else
+#define SANITIZERS ""
+#endif
+
 TEST_F(Settings, AsC) {
   if (shell("command -v cc > /dev/null").status != 0) GTEST_SKIP() << "no C compiler";
   const Result calls = run(Arguments{"settings", "-q", "0", "--as", "c"} + every);
@@ -177,8 +184,9 @@ TEST_F(Settings, AsC) {
       "  if (!ppl_process_blrtoi420(context, source, frame, width, height, width)) return 1;\n"
       "  return fwrite(frame, 1, sizeof frame, stdout) != sizeof frame;\n}\n";
   write("c.c", bytes(program));
-  const Result built = shell("cc -std=c11 -Wall -Werror -I '" INCLUDE "' c.c '" LIBRARY "' -o c && ./c < '" +
-                             sample + "' > c.i420");
+  const Result built =
+      shell("cc -std=c11 -Wall -Werror " SANITIZERS "-I '" INCLUDE "' c.c '" LIBRARY "' -o c && ./c < '" +
+            sample + "' > c.i420");
   ASSERT_EQ(built.status, 0) << built.err << program;
   ok(Arguments{"convert", sample, "-o", "a.i420", "-q", "0"} + size + every);
   EXPECT_EQ(read("a.i420"), read("c.i420"));
