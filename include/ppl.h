@@ -77,10 +77,10 @@
  * tables (ppl_copy_gamma_tables65x256 and its studio-range sibling replace them) and the results of the four
  * centre-weighted means.
  *
- * STACK. No call takes more than 4 KB of stack on Linux, 3,584 bytes in the kernel image. There is no floating point
- * and no call into the operating system, so a frame may be converted wherever its buffers are resident, in kernel mode
- * too. The Linux library calls memcpy, memmove and memset of the C library and nothing else; the kernel image has its
- * own.
+ * STACK. No call takes more than 4 KB of stack on Linux, 3,584 bytes in the kernel image. Builds in plain C++, for
+ * processors without vector code of their own, take up to 12 KB. There is no floating point and no call into the
+ * operating system, so a frame may be converted wherever its buffers are resident, in kernel mode too. The Linux
+ * library calls memcpy, memmove and memset of the C library and nothing else; the kernel image has its own.
  *
  * FIXED POINT. nf88 in a name is 8.8: 256 is 1.0. nf20_12 is 20.12: 4096 is 1.0.
  */
