@@ -11,6 +11,9 @@ PPL_INLINE void store_halves(void* first, void* second, vec<16> a) {
 PPL_INLINE void store_half(void* p, vec<16> a) {
   _mm_storel_epi64(static_cast<__m128i*>(p), a.v);
 }
+// Without optimization the intrinsic is a macro that narrows an int by itself.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wconversion"
 template <class At>
 PPL_INLINE void gather_words_to(vec<16>& d, At&& at) {
   const auto word = [&](int i) {
@@ -27,6 +30,7 @@ PPL_INLINE void gather_words_to(vec<16>& d, At&& at) {
   d.v = _mm_insert_epi16(d.v, word(6), 6);
   d.v = _mm_insert_epi16(d.v, word(7), 7);
 }
+#pragma GCC diagnostic pop
 #if defined(__SSE4_1__)
 template <int kBits>
 PPL_INLINE vec<16> select(mask<16, kBits> m, vec<16> a, vec<16> b) {
