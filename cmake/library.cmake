@@ -60,7 +60,7 @@ foreach(lib ppl ppl_installed)
   set_target_properties(${lib} PROPERTIES LINK_DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/ppl.map
     SOVERSION 1 VERSION ${PROJECT_VERSION})
   target_link_options(${lib} PRIVATE -Wl,--version-script=${CMAKE_CURRENT_BINARY_DIR}/ppl.map
-    -Wl,-Bsymbolic ${PPL_LINK_HARDENING})
+    -Wl,-Bsymbolic -Wl,--as-needed ${PPL_LINK_HARDENING})
   if(NOT PPL_SANITIZE)
     target_link_options(${lib} PRIVATE -Wl,--no-undefined)
   endif()
