@@ -157,7 +157,10 @@ function buildControl(control, state, rows, details) {
     const names = partNames[control.names.join(',')] ?? control.names;
     const list = element('div', { class: 'parts', role: 'group', 'aria-labelledby': `${id}-name` });
     if (w.together) list.append(element('span', { class: 'part' }, element('span', { class: 'site', text: 'all' }), add('all four', 0, true)));
-    names.forEach((name, i) => list.append(element('span', { class: `part site-${name.toLowerCase()}` }, element('span', { class: 'site', text: name }), add(name, i))));
+    names.forEach((name, i) => {
+      const site = element('span', { class: 'site', text: name });
+      list.append(element('span', { class: `part site-${name.toLowerCase()}` }, site, add(name, i)));
+    });
     insert(list);
   }
   rows.push({ key, refresh: () => { parts.forEach((p) => p.refresh()); idle(box); } });
@@ -194,14 +197,19 @@ function buildLens(body, engine, state, rows, details) {
   centre.dataset.key = 'lens.origin';
   reset.addEventListener('click', () => state.change((s) => { if (s.lens) { const { origin, ...rest } = s.lens; s.lens = rest; } }));
   const list = element('div', { class: 'parts', role: 'group', 'aria-labelledby': `${own}-name` });
-  const parts = [0, 1].map((i) => slider({ label: `Optical centre ${i ? 'row' : 'column'}`, hidden: true, low: 0, high: 2047, standard: i ? 240 : 320, id: `${own}-${i}`,
+  const parts = [0, 1].map((i) => slider({ label: `Optical centre ${i ? 'row' : 'column'}`, hidden: true,
+    low: 0, high: 2047, standard: i ? 240 : 320, id: `${own}-${i}`,
     get: () => state.settings.lens?.origin?.[i] ?? (i ? state.frame.height : state.frame.width) >> 1,
     set: (v) => state.change((s) => {
       const origin = [...(s.lens?.origin ?? [state.frame.width >> 1, state.frame.height >> 1])];
       origin[i] = v;
       s.lens = { ...(s.lens ?? standard()), origin };
     }) }));
-  parts.forEach((p, i) => { p.row.querySelector('.mark').remove(); list.append(element('span', { class: 'part' }, element('span', { class: 'site', text: i ? 'y' : 'x' }), p.row)); });
+  parts.forEach((p, i) => {
+    p.row.querySelector('.mark').remove();
+    const site = element('span', { class: 'site', text: i ? 'y' : 'x' });
+    list.append(element('span', { class: 'part' }, site, p.row));
+  });
   insert(list);
   body.append(centre);
   rows.push({ refresh: () => { parts.forEach((p) => p.refresh()); centre.classList.toggle('asleep', !state.settings.lens); } });
