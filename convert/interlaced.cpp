@@ -96,10 +96,10 @@ void convert_interlaced(const conversion_job& job) {
   if (d < 0) {
     const int64_t rows = 4 * static_cast<int64_t>(f.rows);
     row_sink sink = open_sink(c, on, 0, rows);
-    if (job.conv.from == byte_order::yuyv)
-      double_rows(f, sink);
-    else
+    if (job.conv.from != byte_order::yuyv)
       put_flat_rows(sink, 0, rows, 0, 0);  // rows are widened in YUYV alone
+    else if (pixels > 0)
+      double_rows(f, sink);
     return;
   }
 
@@ -126,10 +126,8 @@ void convert_interlaced(const conversion_job& job) {
   }
   row_sink sink = open_sink(c, on, first_image, image);
   put_flat_rows(sink, first_top, top, kBlackLuma, kBlackChroma);
-  if (d == 0)
-    weave(f, sink);
-  else
-    shrink(f, sink, d, image);
+  // Fields without a tile may be nowhere.
+  if (pixels > 0) d == 0 ? weave(f, sink) : shrink(f, sink, d, image);
   put_flat_rows(sink, first_bottom, bottom, kBlackLuma, kBlackChroma);
 }
 

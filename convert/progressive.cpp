@@ -5,8 +5,8 @@ namespace ppl {
 
 void convert_progressive(const conversion_job& job) {
   ppl_context* const c = job.context;
-  if (c->decimation != 0) return;
-  const bool planes = job.conv.to == out_format::i420;  // mirrors reach I420 alone
+  if (c->decimation != 0 || c->tiles_per_row < 1) return;  // rows without a tile may come from nowhere
+  const bool planes = job.conv.to == out_format::i420;     // mirrors reach I420 alone
   const int64_t rows = 2 * static_cast<int64_t>(c->row_pairs);
   row_sink sink = open_sink(c,
                             {job.conv.from, job.conv.to, job.out, 16 * c->tiles_per_row,
@@ -22,7 +22,7 @@ void convert_progressive(const conversion_job& job) {
 void convert_twelve_bit(const conversion_job& job) {
   ppl_context* const c = job.context;
   const int units = c->tiles_per_row / 2;
-  if (c->decimation != 0) return;
+  if (c->decimation != 0 || c->tiles_per_row < 1) return;
   row_sink sink = open_sink(
       c, {byte_order::yuyv, out_format::i420, job.out, 32 * units, c->h_mirror != 0, c->v_mirror != 0}, 0,
       2 * static_cast<int64_t>(c->row_pairs));

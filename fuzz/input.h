@@ -5,7 +5,10 @@
 #include <stddef.h>
 #include <stdint.h>
 #include <stdlib.h>
+#include <string.h>
 
+#include <algorithm>
+#include <array>
 #include <type_traits>
 
 namespace fuzz {
@@ -29,13 +32,27 @@ T number(input& in) {
   }
 }
 
+// Byte i of a buffer that begins with `value` is value + 37 i + i / 128, in 128 steps by table: counted one by one under
+// the fuzzer's eyes, every comparison of the loop recorded, filling takes longer than the frame.
+inline void fill(uint8_t* to, size_t bytes, uint8_t value) {
+  using row = std::array<uint8_t, 128>;
+  static const std::array<row, 256> rows = [] {
+    std::array<row, 256> all;
+    for (size_t first = 0; first < all.size(); ++first)
+      for (size_t i = 0; i < all[first].size(); ++i) all[first][i] = static_cast<uint8_t>(first + 37 * i);
+    return all;
+  }();
+  for (size_t at = 0; at < bytes; at += sizeof(row), value = static_cast<uint8_t>(value + 128 * 37 + 1))
+    memcpy(to + at, rows[value].data(), std::min(bytes - at, sizeof(row)));
+}
+
 // `bytes` bytes at an address that is `offset` modulo 16, with nothing behind them.
 class exact {
  public:
   exact(size_t bytes, size_t offset, uint8_t value) : offset_(offset), bytes_(bytes) {
     block_ = static_cast<uint8_t*>(malloc(bytes + offset));
     if (block_ == nullptr) abort();
-    for (size_t i = 0; i < bytes; ++i) block_[offset + i] = static_cast<uint8_t>(value + i * 37 + (i >> 7));
+    fill(block_ + offset, bytes, value);
   }
   exact(const exact&) = delete;
   exact& operator=(const exact&) = delete;

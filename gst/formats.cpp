@@ -56,7 +56,7 @@ std::string size_text(int width, int height) {
 }
 
 int nearest(int n, int step, int most) {
-  return std::clamp((n + step / 2) / step * step, step, most);
+  return std::clamp((std::min(n, most) + step / 2) / step * step, step, most);  // any number may be asked for
 }
 
 }  // namespace

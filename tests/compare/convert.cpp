@@ -355,6 +355,7 @@ class sequence {
     const auto start = static_cast<size_t>(o - output.begin());
     std::copy(wanted.bytes.begin(), wanted.bytes.end(), expected.begin() + static_cast<long>(start));
     if (f.reached == ref::reach::runs) ++ran_[{c.name, state_.decimation}];
+    if (done.content != ref::promise::nothing_inside && expected != o_before) ++compare::frames_compared;
 
     for (const instance& i : instances_) {
       std::memcpy(output.begin(), o_before.data(), o_before.size());

@@ -3,7 +3,8 @@
 //   PROGRAM [FAMILY] [--seed N] [--first N] [--cases N] [--share S] [--failures N] [--list]
 //
 // Without FAMILY all of them. --seed runs one case; --first, --cases and --share say from which seed on and how many, a
-// share being one of the family's usual number; --failures is after how many a family ends, 3 by default.
+// share being one of the family's usual number; --failures is after how many a family ends, 3 by default. Frames are
+// calls that made a picture, every byte of which that is promised was held to the reference's, at each level.
 #pragma once
 
 #include <algorithm>
@@ -13,6 +14,8 @@
 #include <functional>
 #include <string>
 #include <vector>
+
+#include "support/level.h"
 
 namespace compare {
 
@@ -24,6 +27,8 @@ struct family {
   // After the usual number of cases from seed 1 on: what they should have reached and did not.
   std::function<std::vector<std::string>()> end = {};
 };
+
+inline uint64_t frames_compared = 0;
 
 inline int run(const char* program, const std::vector<family>& all, int argc, char** argv) {
   std::string wanted;
@@ -64,6 +69,7 @@ inline int run(const char* program, const std::vector<family>& all, int argc, ch
     if (!wanted.empty() && f.name != wanted) continue;
     known = true;
     const int count = one ? 1 : cases >= 0 ? cases : std::max(1, static_cast<int>(f.cases * share));
+    const uint64_t frames_before = frames_compared;
     int failures = 0, done = 0;
     const auto print = [](const std::vector<std::string>& log) {
       for (const std::string& line : log) std::printf("    %s\n", line.c_str());
@@ -82,7 +88,9 @@ inline int run(const char* program, const std::vector<family>& all, int argc, ch
       if (!missed.empty()) ++failures;
       print(missed);
     }
-    std::printf("%s: %d cases, %d failed\n", f.name.c_str(), done, failures);
+    std::printf("%s: %d cases, %llu frames at %d levels, %d failed\n", f.name.c_str(), done,
+                static_cast<unsigned long long>(frames_compared - frames_before), ppl_test_levels(),
+                failures);
     failed = failed || failures > 0;
   }
   if (!known) {

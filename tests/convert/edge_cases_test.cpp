@@ -272,6 +272,25 @@ TEST_P(ConvertCorners, NullAddressesGiveNoPicture) {
   EXPECT_EQ(ppl_n_frame(context), before + 5);
 }
 
+// Rows of less than a tile are not read: their frames may be nowhere. No address is made from a null one, which the
+// undefined-behaviour sanitizer would tell.
+TEST_P(ConvertCorners, RowsWithoutATileComeFromNowhere) {
+  fenced out(10 * 8 * 4 * 3);
+  for (const int32_t decimation : {0, 1, -1}) {
+    size(10, 8, decimation, 0, 0);
+    const uint32_t w = decimation < 0 ? 20 : 10u >> decimation, h = decimation < 0 ? 16 : 8u >> decimation;
+    const uint32_t before = ppl_n_frame(context);
+    EXPECT_EQ(UYVYToRGB24MMX(context, nullptr, out.data(), 10, 8, w, h), 1);
+    EXPECT_EQ(YUYVToI420MMX(context, nullptr, out.data(), 10, 8, w, h), 1);
+    EXPECT_EQ(UYVYYYYYToI420MMX(context, nullptr, out.data(), 10, 8, w, h), 1);
+    EXPECT_EQ(IntlYUYVToYUYVMMX(context, nullptr, nullptr, nullptr, out.data(), 10, 8, w, h), 1);
+    EXPECT_EQ(IntlYUYVToI420MMX(context, nullptr, nullptr, nullptr, out.data(), 10, 8, w, h), 1);
+    EXPECT_EQ(IntlYUYVToRGB24MMX_no_motion(context, nullptr, nullptr, nullptr, out.data(), 10, 8, w, h), 1);
+    EXPECT_EQ(ppl_n_frame(context), before + 6);
+    EXPECT_EQ(out.others(0, 10 * 8 * 4 * 3, kUntouched), 0u);
+  }
+}
+
 // A frame of two rows has one row pair, which is never tested: the earlier field isn't read.
 TEST_P(ConvertCorners, OneRowPairNeedsNoEarlierField) {
   size(32, 2, 0, 0, 0);

@@ -191,6 +191,7 @@ TEST_F(Frames, CapsThatCannotBeAreRefusedWithTheReason) {
       {"video/x-bayer,format=bggr,width=650,height=480", "640 x 480 would do"},
       {"video/x-bayer,format=bggr,width=640,height=481", "640 x 482 would do"},
       {"video/x-bayer,format=bggr,width=16384,height=480", "8192 x 480 would do"},
+      {"video/x-bayer,format=bggr,width=2147483647,height=2147483646", "8192 x 8192 would do"},
       {"video/x-bayer,format=bggr,width=0,height=0", "32 x 2 would do"},
       {"video/x-bayer,format=bggr,width=-32,height=32", "32 x 32 would do"},
       {"video/x-bayer,format=bggr11le,width=640,height=480", "such as bggr10le"},
