@@ -32,8 +32,8 @@ T number(input& in) {
   }
 }
 
-// Byte i of a buffer that begins with `value` is value + 37 i + i / 128, in 128 steps by table: counted one by one under
-// the fuzzer's eyes, every comparison of the loop recorded, filling takes longer than the frame.
+// Byte i of a buffer that begins with `value` is value + 37 i + i / 128. By table and 128 bytes at a time: one by one,
+// with every comparison of the loop told to the fuzzer, filling takes longer than the frame.
 inline void fill(uint8_t* to, size_t bytes, uint8_t value) {
   using row = std::array<uint8_t, 128>;
   static const std::array<row, 256> rows = [] {
