@@ -293,7 +293,7 @@ std::string FrameMaker::make(const Settings& given, bool settings_changed, bool 
     s.quality = quality_;
   const bool changed = settings_changed || new_frame_ || s.quality != quality_ || quality_ < 0;
   if (changed)
-    if (const std::string why = refusal(s); !why.empty()) return why;
+    if (std::string why = refusal(s); !why.empty()) return why;
 
   const uint32_t width = frame_.width, height = frame_.height;
   const size_t pixels = size_t{width} * height;

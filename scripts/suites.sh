@@ -88,9 +88,6 @@ suite() {
   fi
   if [ ${#only[@]} -gt 0 ]; then
     [[ " ${only[*]} " = *" $name "* ]] || return
-  elif [ "$size" = named ]; then
-    left_out+=("$name ($what): ./check full $name does it")
-    return
   elif [ "$size" = full ] && [ $mode = quick ]; then
     left_out+=("$name ($what): ./check full does it")
     return

@@ -6,8 +6,6 @@
 
 namespace {
 
-const Arguments size{"-W", "640", "-H", "480"};
-
 std::vector<int> numbers(const std::string& line) {
   std::vector<int> found;
   size_t from = 0;
@@ -46,7 +44,7 @@ TEST_F(AutoConvert, GainsOfAGreyCard) {
 }
 
 TEST_F(AutoConvert, GainsOfTheSample) {
-  const Result result = run(Arguments{"gains", sample, "--black", "12"} + size);
+  const Result result = run(Arguments{"gains", sample, "--black", "12"} + sample_size);
   EXPECT_EQ(result.status, 0) << result.err;
   const std::vector<int> found = numbers(result.out);
   ASSERT_EQ(found.size(), 3u);
@@ -54,10 +52,10 @@ TEST_F(AutoConvert, GainsOfTheSample) {
   EXPECT_EQ(found[1], 256);
   EXPECT_NEAR(found[2], 346, 60);
   // One frame: convert finds the same.
-  ok(Arguments{"convert", sample, "--black", "12", "--auto-white-balance", "-o", "a.png"} + size);
+  ok(Arguments{"convert", sample, "--black", "12", "--auto-white-balance", "-o", "a.png"} + sample_size);
   ok(Arguments{"convert", sample, "--black", "12", "--gains", result.out.substr(0, result.out.size() - 1),
                "-o", "b.png"} +
-     size);
+     sample_size);
   EXPECT_EQ(read("a.png"), read("b.png"));
 }
 
@@ -65,8 +63,9 @@ TEST_F(AutoConvert, GainsOfTheSample) {
 TEST_F(AutoConvert, Exposure) {
   ok({"simulate", truth, "-o", "dark.raw", "--exposure", "0.25", "--black", "12"});
   const Arguments controls{"--black", "12", "--auto-white-balance", "--auto-exposure"};
-  ok(Arguments{"convert", "dark.raw", "-o", "plain.png", "--black", "12", "--auto-white-balance"} + size);
-  ok(Arguments{"convert", "dark.raw", "-o", "bright.png"} + controls + size);
+  ok(Arguments{"convert", "dark.raw", "-o", "plain.png", "--black", "12", "--auto-white-balance"} +
+     sample_size);
+  ok(Arguments{"convert", "dark.raw", "-o", "bright.png"} + controls + sample_size);
   const auto mean = [](const Rgb& picture) {
     double sum = 0;
     for (const uint8_t p : picture.pixels) sum += p;
@@ -77,7 +76,7 @@ TEST_F(AutoConvert, Exposure) {
   for (const char* jobs : {"1", "4"})
     ok(Arguments{"convert", "dark.raw", "light.raw", "dark.raw", "light.raw", "light.raw", "-j", jobs, "-o",
                  std::string(jobs) + ".i420"} +
-       controls + size);
+       controls + sample_size);
   EXPECT_EQ(read("1.i420"), read("4.i420"));
 }
 
@@ -88,19 +87,19 @@ TEST_F(AutoConvert, Lens) {
   for (size_t i = 0; i < 640 * 480 / 2; ++i)
     for (const uint8_t b : {uint8_t{180}, uint8_t{128}, uint8_t{180}, uint8_t{128}}) yuyv.push_back(b);
   write("flat.yuyv", yuyv);
-  ok(Arguments{"convert", "flat.yuyv", "--input", "yuyv", "-o", "flat.png"} + size);
+  ok(Arguments{"convert", "flat.yuyv", "--input", "yuyv", "-o", "flat.png"} + sample_size);
   ok({"simulate", "flat.png", "-o", "flat.raw", "--shading", "0.3", "--black", "0"});
-  const Result fitted = run(Arguments{"lens", "flat.raw"} + size);
+  const Result fitted = run(Arguments{"lens", "flat.raw"} + sample_size);
   ASSERT_EQ(fitted.status, 0) << fitted.err;
   EXPECT_EQ(fitted.out.substr(0, 9), "--lens-f1") << fitted.out;
   const auto corner = [&](const std::string& name) {
     const Rgb picture = png(name);
     return std::abs(picture.at(320, 240)[1] - picture.at(8, 8)[1]);
   };
-  ok(Arguments{"convert", "flat.raw", "-o", "dark.png"} + size);
+  ok(Arguments{"convert", "flat.raw", "-o", "dark.png"} + sample_size);
   EXPECT_GT(corner("dark.png"), 15);
-  ok(Arguments{"lens", "flat.raw", "--as", "json", "-o", "lens.json"} + size);
-  ok(Arguments{"convert", "flat.raw", "-o", "even.png", "--settings", "lens.json"} + size);
+  ok(Arguments{"lens", "flat.raw", "--as", "json", "-o", "lens.json"} + sample_size);
+  ok(Arguments{"convert", "flat.raw", "-o", "even.png", "--settings", "lens.json"} + sample_size);
   EXPECT_LT(corner("even.png"), 5);
 }
 
@@ -108,15 +107,18 @@ TEST_F(AutoConvert, MisuseIsTold) {
   write("black.raw", Bytes(640 * 480));
   const std::vector<std::string> before = files();
   const std::vector<std::tuple<Arguments, int, std::string>> mistakes{
-      {Arguments{"gains", "black.raw"} + size, 1, "too dark or too bright"},
-      {Arguments{"gains", "black.raw", "--region", "0,0,64,64"} + size, 1, "too dark"},
-      {Arguments{"gains", sample, "--region", "600,0,64,64"} + size, 2, "of a part of the 640 x 480 frame"},
-      {Arguments{"gains", sample, "--region", "1,2,3"} + size, 2, "4 whole numbers"},
-      {Arguments{"lens", "black.raw"} + size, 1, "not a flat frame"},
+      {Arguments{"gains", "black.raw"} + sample_size, 1, "too dark or too bright"},
+      {Arguments{"gains", "black.raw", "--region", "0,0,64,64"} + sample_size, 1, "too dark"},
+      {Arguments{"gains", sample, "--region", "600,0,64,64"} + sample_size, 2,
+       "of a part of the 640 x 480 frame"},
+      {Arguments{"gains", sample, "--region", "1,2,3"} + sample_size, 2, "4 whole numbers"},
+      {Arguments{"lens", "black.raw"} + sample_size, 1, "not a flat frame"},
       {{"lens", sample, "-W", "64", "-H", "64", "--stride", "640"}, 2, "128 x 96"},
-      {Arguments{"convert", sample, "-o", "x.png", "--auto-white-balance", "--daylight", "0,256,256"} + size,
+      {Arguments{"convert", sample, "-o", "x.png", "--auto-white-balance", "--daylight", "0,256,256"} +
+           sample_size,
        2, "32 to 2047"},
-      {Arguments{"convert", sample, "-o", "x.png", "--input", "yuyv", "--auto-exposure"} + size, 2, "Bayer"},
+      {Arguments{"convert", sample, "-o", "x.png", "--input", "yuyv", "--auto-exposure"} + sample_size, 2,
+       "Bayer"},
   };
   for (const auto& [words, status, says] : mistakes) {
     const Result result = run(words);

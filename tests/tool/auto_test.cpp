@@ -12,8 +12,6 @@
 
 namespace {
 
-const Arguments size{"-W", "640", "-H", "480"};
-
 // A light in the sensor's colours (R / G and B / G, 256 to the octave) as the picture shows it: behind the gains that
 // suit daylight, through the default colour matrix.
 std::array<double, 3> in_picture(double r, double b) {
@@ -56,7 +54,7 @@ class Auto : public Tool {
 
 // The sample's own gains are 397, 256, 346; a few degrees are let pass.
 TEST_F(Auto, TheSampleIsBalanced) {
-  const std::vector<int> g = numbers(run(Arguments{"gains", sample, "--black", "12"} + size));
+  const std::vector<int> g = numbers(run(Arguments{"gains", sample, "--black", "12"} + sample_size));
   const double r = std::log2(double(g[1]) / g[0]) * 256, b = std::log2(double(g[1]) / g[2]) * 256;
   const double right_r = std::log2(256.0 / 397) * 256, right_b = std::log2(256.0 / 346) * 256;
   EXPECT_LT(angle(in_picture(r, b), in_picture(right_r, right_b)), 5);
@@ -66,7 +64,7 @@ TEST_F(Auto, TheSampleIsBalanced) {
 TEST_F(Auto, FiveLightsAreFound) {
   for (const char* kelvin : {"2850", "3800", "5000", "6500", "8000"}) {
     ok({"simulate", truth, "-o", "a.raw", "--kelvin", kelvin, "--noise", "0.5"});
-    const std::vector<int> g = numbers(run(Arguments{"gains", "a.raw", "--black", "12"} + size));
+    const std::vector<int> g = numbers(run(Arguments{"gains", "a.raw", "--black", "12"} + sample_size));
     // The truth: what a grey card gives in the same light.
     write_grey("grey.png", 64, 64, 200);
     ok({"simulate", "grey.png", "-o", "white.raw", "--kelvin", kelvin});
@@ -84,13 +82,13 @@ TEST_F(Auto, AFlatFrameGivesTheOptionsThatFlattenIt) {
   write_grey("white.png", 640, 480, 255);
   ok({"simulate", "white.png", "-o", "flat.raw", "--shading", "0.3", "--exposure", "0.8", "--black", "0",
       "--noise", "1", "--centre", "0.52,0.47"});
-  const Result options = run(Arguments{"lens", "flat.raw"} + size);
+  const Result options = run(Arguments{"lens", "flat.raw"} + sample_size);
   ASSERT_EQ(options.status, 0) << options.err;
   Arguments words{"convert", "flat.raw", "-o", "a.png", "--gains", "397,256,346"};
   std::stringstream line(options.out);
   for (std::string word; line >> word;) words.push_back(word);
   EXPECT_EQ(words.size(), 6u + 10u);
-  ok(words + size);
+  ok(words + sample_size);
   const Rgb made = png("a.png");
   double least = 255, most = 0;
   for (uint32_t y = 0; y < 480; y += 32)
@@ -141,13 +139,13 @@ TEST_F(Auto, WrongInputIsNamed) {
     int status;
     const char* says;
   } cases[] = {
-      {Arguments{"gains", "black.raw"} + size, 1, "too dark or too bright"},
-      {Arguments{"gains", "black.raw", "--region", "0,0,40,40"} + size, 1, "too dark"},
-      {Arguments{"gains", "black.raw", "--region", "0,0,40"} + size, 2, "4 whole numbers"},
-      {Arguments{"gains", "black.raw", "--region", "620,0,40,40"} + size, 2,
+      {Arguments{"gains", "black.raw"} + sample_size, 1, "too dark or too bright"},
+      {Arguments{"gains", "black.raw", "--region", "0,0,40,40"} + sample_size, 1, "too dark"},
+      {Arguments{"gains", "black.raw", "--region", "0,0,40"} + sample_size, 2, "4 whole numbers"},
+      {Arguments{"gains", "black.raw", "--region", "620,0,40,40"} + sample_size, 2,
        "of a part of the 640 x 480 frame"},
-      {Arguments{"gains", "black.raw", "--daylight", "1,2,3"} + size, 2, "32 to 2047"},
-      {Arguments{"lens", "black.raw"} + size, 1, "not a flat frame"},
+      {Arguments{"gains", "black.raw", "--daylight", "1,2,3"} + sample_size, 2, "32 to 2047"},
+      {Arguments{"lens", "black.raw"} + sample_size, 1, "not a flat frame"},
       {Arguments{"lens", "black.raw", "-W", "64", "-H", "48"}, 1, "frames"},
       {{"simulate", truth, "-o", "x.raw", "--kelvin", "100"}, 2, "2000 to 10000"},
       {{"simulate", truth, "-o", "x.raw", "--gains", "1,2"}, 2, "3 numbers"},

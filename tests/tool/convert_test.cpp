@@ -8,8 +8,6 @@
 
 namespace {
 
-const Arguments size{"-W", "640", "-H", "480"};
-
 struct Free {
   void operator()(void* p) const { free(p); }
 };
@@ -53,7 +51,7 @@ class Convert : public Tool {};
 
 // The right colours, the right way up, and no row or column off: the truth fits best where it is.
 TEST_F(Convert, SampleLooksLikeTheTruth) {
-  ok(Arguments{"convert", sample, "-o", "a.png"} + size + settings);
+  ok(Arguments{"convert", sample, "-o", "a.png"} + sample_size + settings);
   const Rgb made = png("a.png"), right = read_picture(truth);
   ASSERT_EQ(made.width, 640u);
   ASSERT_EQ(made.height, 480u);
@@ -72,11 +70,11 @@ TEST_F(Convert, SampleLooksLikeTheTruth) {
 TEST_F(Convert, EveryQualityGivesAPicture) {
   const Rgb right = read_picture(truth);
   for (const char* quality : {"0", "1", "2", "3", "10", "11", "15"}) {
-    ok(Arguments{"convert", sample, "-o", "a.png", "-q", quality} + size + settings);
+    ok(Arguments{"convert", sample, "-o", "a.png", "-q", quality} + sample_size + settings);
     EXPECT_GT(psnr(png("a.png"), right), 22) << "quality " << quality;
   }
   for (const char* quality : {"12", "13", "4", "9"}) {
-    ok(Arguments{"convert", sample, "-o", "a.png", "-q", quality} + size + settings);
+    ok(Arguments{"convert", sample, "-o", "a.png", "-q", quality} + sample_size + settings);
     const Rgb grey = png("a.png");
     for (size_t i = 0; i < grey.pixels.size(); i += 3)
       ASSERT_TRUE(std::string(quality) == "12" ||
@@ -91,16 +89,16 @@ TEST_F(Convert, EveryQualityGivesAPicture) {
 TEST_F(Convert, PicturesOfQualities0And10ComeByWayOfI420) {
   const Rgb right = read_picture(truth);
   for (const char* quality : {"0", "10"}) {
-    ok(Arguments{"convert", sample, "-o", "a.png", "-q", quality} + size + settings);
+    ok(Arguments{"convert", sample, "-o", "a.png", "-q", quality} + sample_size + settings);
     EXPECT_GT(psnr(png("a.png"), right), 26) << "quality " << quality;
-    ok(Arguments{"convert", sample, "-o", "b.png", "-q", quality, "--via", "i420"} + size + settings);
+    ok(Arguments{"convert", sample, "-o", "b.png", "-q", quality, "--via", "i420"} + sample_size + settings);
     EXPECT_EQ(png("a.png").pixels, png("b.png").pixels);
-    ok(Arguments{"convert", sample, "-o", "b.png", "-q", quality, "--via", "rgb24"} + size + settings);
+    ok(Arguments{"convert", sample, "-o", "b.png", "-q", quality, "--via", "rgb24"} + sample_size + settings);
     EXPECT_NE(png("a.png").pixels, png("b.png").pixels);
   }
   for (const char* quality : {"2", "15"}) {
-    ok(Arguments{"convert", sample, "-o", "a.png", "-q", quality} + size + settings);
-    ok(Arguments{"convert", sample, "-o", "b.png", "-q", quality, "--via", "rgb24"} + size + settings);
+    ok(Arguments{"convert", sample, "-o", "a.png", "-q", quality} + sample_size + settings);
+    ok(Arguments{"convert", sample, "-o", "b.png", "-q", quality, "--via", "rgb24"} + sample_size + settings);
     EXPECT_EQ(png("a.png").pixels, png("b.png").pixels);
   }
 }
@@ -108,7 +106,7 @@ TEST_F(Convert, PicturesOfQualities0And10ComeByWayOfI420) {
 // PNG, PPM, RGB24 and RGB32 of one frame hold the same pixels; the raw ones bottom row and blue byte first.
 TEST_F(Convert, PictureFormatsAgree) {
   for (const char* name : {"a.png", "a.ppm", "a.rgb24", "a.rgb32"})
-    ok(Arguments{"convert", sample, "-o", name, "-q", "2"} + size + settings);
+    ok(Arguments{"convert", sample, "-o", name, "-q", "2"} + sample_size + settings);
   const Rgb picture = png("a.png");
   const Bytes ppm = read("a.ppm"), rgb24 = read("a.rgb24"), rgb32 = read("a.rgb32");
   const std::string head = "P6\n640 480\n255\n";
@@ -129,7 +127,7 @@ TEST_F(Convert, PictureFormatsAgree) {
 
 // Every option reaches the setter of its name: the file holds what the same calls give here.
 TEST_F(Convert, OptionsAreTheSetters) {
-  ok(Arguments{"convert", sample, "-o", "a.i420", "-q", "0", "--medium-filter"} + size +
+  ok(Arguments{"convert", sample, "-o", "a.i420", "-q", "0", "--medium-filter"} + sample_size +
      Arguments{"--black-sites",
                "9,11,10,8",
                "--gains",
@@ -219,7 +217,7 @@ TEST_F(Convert, OptionsAreTheSetters) {
 
 TEST_F(Convert, PackedFormatsAreEachOtherWithBytesExchanged) {
   for (const char* name : {"a.yuyv", "a.uyvy"})
-    ok(Arguments{"convert", sample, "-o", name} + size + settings);
+    ok(Arguments{"convert", sample, "-o", name} + sample_size + settings);
   const Bytes yuyv = read("a.yuyv"), uyvy = read("a.uyvy");
   ASSERT_EQ(yuyv.size(), 640u * 480 * 2);
   ASSERT_EQ(uyvy.size(), yuyv.size());
@@ -227,10 +225,10 @@ TEST_F(Convert, PackedFormatsAreEachOtherWithBytesExchanged) {
 }
 
 TEST_F(Convert, MirrorsTurnThePicture) {
-  ok(Arguments{"convert", sample, "-o", "a.png"} + size + settings);
-  ok(Arguments{"convert", sample, "-o", "h.png", "--h-mirror"} + size + settings);
-  ok(Arguments{"convert", sample, "-o", "v.png", "--v-mirror"} + size + settings);
-  ok(Arguments{"convert", sample, "-o", "hv.png", "--h-mirror", "--v-mirror"} + size + settings);
+  ok(Arguments{"convert", sample, "-o", "a.png"} + sample_size + settings);
+  ok(Arguments{"convert", sample, "-o", "h.png", "--h-mirror"} + sample_size + settings);
+  ok(Arguments{"convert", sample, "-o", "v.png", "--v-mirror"} + sample_size + settings);
+  ok(Arguments{"convert", sample, "-o", "hv.png", "--h-mirror", "--v-mirror"} + sample_size + settings);
   EXPECT_EQ(png("h.png").pixels, mirrored(png("a.png"), true, false).pixels);
   EXPECT_EQ(png("v.png").pixels, mirrored(png("a.png"), false, true).pixels);
   EXPECT_EQ(png("hv.png").pixels, mirrored(png("a.png"), true, true).pixels);
@@ -238,8 +236,8 @@ TEST_F(Convert, MirrorsTurnThePicture) {
 
 // Half size takes the even columns of the even rows.
 TEST_F(Convert, HalfSizeIsEverySecondPixel) {
-  ok(Arguments{"convert", sample, "-o", "a.png", "-q", "2"} + size + settings);
-  ok(Arguments{"convert", sample, "-o", "half.png", "-q", "2", "--decimation", "1"} + size + settings);
+  ok(Arguments{"convert", sample, "-o", "a.png", "-q", "2"} + sample_size + settings);
+  ok(Arguments{"convert", sample, "-o", "half.png", "-q", "2", "--decimation", "1"} + sample_size + settings);
   const Rgb full = png("a.png"), half = png("half.png");
   ASSERT_EQ(half.width, 320u);
   ASSERT_EQ(half.height, 240u);
@@ -250,11 +248,12 @@ TEST_F(Convert, HalfSizeIsEverySecondPixel) {
 
 // Double size keeps every sample, in the odd columns of the even rows, under all mirrors.
 TEST_F(Convert, DoubleSizeKeepsEveryPixel) {
-  ok(Arguments{"convert", sample, "-o", "a.png", "-q", "2"} + size + settings);
+  ok(Arguments{"convert", sample, "-o", "a.png", "-q", "2"} + sample_size + settings);
   const Rgb full = png("a.png");
-  ok(Arguments{"convert", sample, "-o", "twice.png", "-q", "2", "--decimation", "-1"} + size + settings);
-  ok(Arguments{"convert", sample, "-o", "twice_v.png", "-q", "2", "--decimation", "-1", "--v-mirror"} + size +
+  ok(Arguments{"convert", sample, "-o", "twice.png", "-q", "2", "--decimation", "-1"} + sample_size +
      settings);
+  ok(Arguments{"convert", sample, "-o", "twice_v.png", "-q", "2", "--decimation", "-1", "--v-mirror"} +
+     sample_size + settings);
   for (const Rgb& twice : {png("twice.png"), mirrored(png("twice_v.png"), false, true)}) {
     ASSERT_EQ(twice.width, 1280u);
     ASSERT_EQ(twice.height, 960u);
@@ -268,7 +267,7 @@ TEST_F(Convert, DoubleSizeKeepsEveryPixel) {
 // The default quality doubles through I420: shrunk again by taking those samples it is the single-size picture,
 // but for the chroma that I420 shares between four pixels.
 TEST_F(Convert, DefaultQualityDoublesInTheRightColours) {
-  ok(Arguments{"convert", sample, "-o", "twice.png", "--decimation", "-1"} + size + settings);
+  ok(Arguments{"convert", sample, "-o", "twice.png", "--decimation", "-1"} + sample_size + settings);
   const Rgb twice = png("twice.png");
   ASSERT_EQ(twice.width, 1280u);
   Rgb single;
@@ -277,17 +276,18 @@ TEST_F(Convert, DefaultQualityDoublesInTheRightColours) {
   for (uint32_t y = 0; y < 480; ++y)
     for (uint32_t x = 0; x < 640; ++x)
       single.pixels.insert(single.pixels.end(), twice.at(2 * x + 1, 2 * y), twice.at(2 * x + 1, 2 * y) + 3);
-  ok(Arguments{"convert", sample, "-o", "a.png"} + size + settings);
+  ok(Arguments{"convert", sample, "-o", "a.png"} + sample_size + settings);
   EXPECT_GT(psnr(single, png("a.png")), 35);
 }
 
 TEST_F(Convert, ScaleToTheSameSizeChangesNothing) {
   for (const char* name : {"a.i420", "a.yuyv"}) {
-    ok(Arguments{"convert", sample, "-o", name} + size + settings);
-    ok(Arguments{"convert", sample, "-o", std::string("s") + name, "--scale", "640x480"} + size + settings);
+    ok(Arguments{"convert", sample, "-o", name} + sample_size + settings);
+    ok(Arguments{"convert", sample, "-o", std::string("s") + name, "--scale", "640x480"} + sample_size +
+       settings);
     EXPECT_EQ(read(name), read(std::string("s") + name));
   }
-  ok(Arguments{"convert", sample, "-o", "b.png", "--scale", "800x600"} + size + settings);
+  ok(Arguments{"convert", sample, "-o", "b.png", "--scale", "800x600"} + sample_size + settings);
   EXPECT_EQ(png("b.png").width, 800u);
   EXPECT_EQ(png("b.png").height, 600u);
 }
@@ -302,14 +302,14 @@ TEST_F(Convert, StrideSkipAndFrame) {
     }
   write("padded.raw", padded);
   ok(Arguments{"convert", "padded.raw", "-o", "b.png", "--stride", "653", "--skip", "10", "--frame", "1"} +
-     size + settings);
-  ok(Arguments{"convert", sample, "-o", "a.png"} + size + settings);
+     sample_size + settings);
+  ok(Arguments{"convert", sample, "-o", "a.png"} + sample_size + settings);
   EXPECT_EQ(png("a.png").pixels, png("b.png").pixels);
 }
 
 TEST_F(Convert, StandardInputAndOutput) {
-  ok(Arguments{"convert", sample, "-o", "a.ppm"} + size);
-  const Result piped = run(Arguments{"convert", sample, "-o", "-", "--format", "ppm"} + size);
+  ok(Arguments{"convert", sample, "-o", "a.ppm"} + sample_size);
+  const Result piped = run(Arguments{"convert", sample, "-o", "-", "--format", "ppm"} + sample_size);
   const Bytes file = read("a.ppm");
   ASSERT_EQ(piped.out.size(), file.size());
   EXPECT_TRUE(std::equal(file.begin(), file.end(), reinterpret_cast<const uint8_t*>(piped.out.data())));
@@ -319,17 +319,17 @@ TEST_F(Convert, StandardInputAndOutput) {
 TEST_F(Convert, ReadsItsOwnFrames) {
   for (const char* name : {"rgb24", "rgb32"}) {
     const std::string raw = std::string("a.") + name;
-    ok(Arguments{"convert", sample, "-o", raw, "-q", "2"} + size);
-    ok(Arguments{"convert", raw, "-o", "back.png", "--input", name} + size);
-    ok(Arguments{"convert", sample, "-o", "a.png", "-q", "2"} + size);
+    ok(Arguments{"convert", sample, "-o", raw, "-q", "2"} + sample_size);
+    ok(Arguments{"convert", raw, "-o", "back.png", "--input", name} + sample_size);
+    ok(Arguments{"convert", sample, "-o", "a.png", "-q", "2"} + sample_size);
     EXPECT_EQ(png("back.png").pixels, png("a.png").pixels) << name;
   }
   // Chroma is coarser in these: the same picture but for that.
   for (const char* name : {"i420", "yuyv", "uyvy"}) {
     const std::string raw = std::string("a.") + name;
-    ok(Arguments{"convert", sample, "-o", raw} + size + settings);
-    ok(Arguments{"convert", raw, "-o", "back.png", "--input", name, "--chroma", "camera"} + size);
-    ok(Arguments{"convert", sample, "-o", "a.png"} + size + settings);
+    ok(Arguments{"convert", sample, "-o", raw} + sample_size + settings);
+    ok(Arguments{"convert", raw, "-o", "back.png", "--input", name, "--chroma", "camera"} + sample_size);
+    ok(Arguments{"convert", sample, "-o", "a.png"} + sample_size + settings);
     EXPECT_GT(psnr(png("back.png"), png("a.png")), 35) << name;
   }
 }

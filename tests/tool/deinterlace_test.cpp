@@ -7,7 +7,6 @@
 namespace {
 
 constexpr size_t width = 64, height = 32, row = 2 * width, field_size = row * height / 2;
-const Arguments size{"-W", "64", "-H", "32"};
 
 Bytes noise(unsigned seed) {
   std::mt19937 random(seed);
@@ -64,11 +63,11 @@ class Deinterlace : public Tool {
 };
 
 TEST_F(Deinterlace, TwoFieldsWeave) {
-  ok(Arguments{"deinterlace", "kept", "later", "-o", "a.yuyv"} + size);
+  ok(Arguments{"deinterlace", "kept", "later", "-o", "a.yuyv"} + small_size);
   EXPECT_EQ(read("a.yuyv"), weave(kept, later));
-  ok(Arguments{"deinterlace", "kept", "later", "-o", "a.uyvy"} + size);
+  ok(Arguments{"deinterlace", "kept", "later", "-o", "a.uyvy"} + small_size);
   EXPECT_EQ(read("a.uyvy"), swapped(weave(kept, later)));
-  ok(Arguments{"deinterlace", "earlier", "kept", "later", "--weave", "-o", "b.yuyv"} + size);
+  ok(Arguments{"deinterlace", "earlier", "kept", "later", "--weave", "-o", "b.yuyv"} + small_size);
   EXPECT_EQ(read("b.yuyv"), weave(kept, later));
 }
 
@@ -76,13 +75,13 @@ TEST_F(Deinterlace, ThreeFieldsMotion) {
   for (const int threshold : {0, 50, 500, 765}) {
     ok(Arguments{"deinterlace", "earlier", "kept", "later", "--threshold", std::to_string(threshold), "-o",
                  "a.yuyv"} +
-       size);
+       small_size);
     EXPECT_EQ(read("a.yuyv"), motion(earlier, kept, later, threshold)) << threshold;
   }
   write("earlier2", swapped(earlier));
   write("kept2", swapped(kept));
   write("later2", swapped(later));
-  ok(Arguments{"deinterlace", "earlier2", "kept2", "later2", "--input", "uyvy", "-o", "b.yuyv"} + size);
+  ok(Arguments{"deinterlace", "earlier2", "kept2", "later2", "--input", "uyvy", "-o", "b.yuyv"} + small_size);
   EXPECT_EQ(read("b.yuyv"), motion(earlier, kept, later, 50));
 }
 
@@ -107,10 +106,10 @@ TEST_F(Deinterlace, SequenceKeepsTheEarlierField) {
   Bytes want = weave(noise(10), earlier);
   const Bytes blended = motion(earlier, kept, later, 50);
   want.insert(want.end(), blended.begin(), blended.end());
-  ok(Arguments{"deinterlace", "frames", "--frames", "-o", "a.yuyv"} + size);
+  ok(Arguments{"deinterlace", "frames", "--frames", "-o", "a.yuyv"} + small_size);
   EXPECT_EQ(read("a.yuyv"), want);
 
-  ok(Arguments{"deinterlace", "frames", "--frames", "-o", "a.y4m", "--rate", "30000/1001"} + size);
+  ok(Arguments{"deinterlace", "frames", "--frames", "-o", "a.y4m", "--rate", "30000/1001"} + small_size);
   const Bytes stream = read("a.y4m");
   const std::string head = "YUV4MPEG2 W64 H32 F30000:1001 Ip A0:0 C420mpeg2\n", mark = "FRAME\n";
   ASSERT_EQ(stream.size(), head.size() + 2 * (mark.size() + 64 * 32 * 3 / 2));
@@ -128,7 +127,7 @@ TEST_F(Deinterlace, SequenceKeepsTheEarlierField) {
   EXPECT_EQ(system(line.c_str()), 0);
   EXPECT_EQ(read("c.yuyv"), want);
 
-  ok(Arguments{"deinterlace", "frames", "--frames", "-o", "p.png"} + size);
+  ok(Arguments{"deinterlace", "frames", "--frames", "-o", "p.png"} + small_size);
   EXPECT_EQ(png("p-0000.png").width, 64u);
   EXPECT_EQ(png("p-0001.png").height, 32u);
 }
@@ -138,7 +137,7 @@ TEST_F(Deinterlace, GreyPicture) {
   Bytes grey(field_size, 128);
   for (size_t i = 0; i < grey.size(); i += 2) grey[i] = 116;
   write("grey", grey);
-  ok(Arguments{"deinterlace", "grey", "grey", "grey", "-o", "a.png"} + size);
+  ok(Arguments{"deinterlace", "grey", "grey", "grey", "-o", "a.png"} + small_size);
   const Rgb picture = png("a.png");
   ASSERT_EQ(picture.pixels.size(), 3 * width * height);
   for (const uint8_t b : picture.pixels) ASSERT_EQ(b, 115);

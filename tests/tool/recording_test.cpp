@@ -5,8 +5,6 @@
 
 namespace {
 
-const Arguments size{"-W", "64", "-H", "32"};
-
 class Recording : public Tool {
  protected:
   // Frames that differ, cut from the sample.
@@ -31,7 +29,7 @@ class Recording : public Tool {
     Bytes all;
     for (size_t i = first; i < first + count; ++i) {
       write("one.raw", frame(i));
-      ok(Arguments{"convert", "one.raw", "-o", "one.out"} + size + more);
+      ok(Arguments{"convert", "one.raw", "-o", "one.out"} + small_size + more);
       all = all + read("one.out");
     }
     return all;
@@ -45,10 +43,10 @@ TEST_F(Recording, AStreamIsTheFramesOneByOne) {
     const Arguments to{"--format", format};
     const Bytes want = one_by_one(0, 13, to);
     for (const char* jobs : {"1", "2", "3", "8"}) {
-      ok(Arguments{"convert", "a.raw", "b.raw", "-o", "x", "--jobs", jobs} + to + size);
+      ok(Arguments{"convert", "a.raw", "b.raw", "-o", "x", "--jobs", jobs} + to + small_size);
       EXPECT_EQ(read("x"), want) << format << " " << jobs;
     }
-    ok(Arguments{"convert", "a.raw", "--all", "-o", "x"} + to + size);
+    ok(Arguments{"convert", "a.raw", "--all", "-o", "x"} + to + small_size);
     EXPECT_EQ(read("x"), Bytes(want.begin(), want.begin() + static_cast<long>(want.size() / 13 * 9)));
   }
 }
@@ -56,8 +54,8 @@ TEST_F(Recording, AStreamIsTheFramesOneByOne) {
 TEST_F(Recording, EveryQualityIsTheSameByAnyNumberOfJobs) {
   write("a.raw", frames(0, 24));
   for (const char* quality : {"0", "1", "2", "3", "9", "10", "11", "12", "13", "15"}) {
-    ok(Arguments{"convert", "a.raw", "--all", "-o", "one.i420", "-j", "1", "-q", quality} + size);
-    ok(Arguments{"convert", "a.raw", "--all", "-o", "many.i420", "-j", "8", "-q", quality} + size);
+    ok(Arguments{"convert", "a.raw", "--all", "-o", "one.i420", "-j", "1", "-q", quality} + small_size);
+    ok(Arguments{"convert", "a.raw", "--all", "-o", "many.i420", "-j", "8", "-q", quality} + small_size);
     EXPECT_EQ(read("one.i420"), read("many.i420")) << quality;
   }
   // The raw mosaic's mark moves on from frame to frame, at widths that are multiples of 160.
@@ -70,10 +68,10 @@ TEST_F(Recording, EveryQualityIsTheSameByAnyNumberOfJobs) {
 
 TEST_F(Recording, PicturesAreNumbered) {
   write("a.raw", frames(0, 12));
-  ok(Arguments{"convert", "a.raw", "--all", "-o", "p.png", "-j", "4"} + size);
+  ok(Arguments{"convert", "a.raw", "--all", "-o", "p.png", "-j", "4"} + small_size);
   for (size_t i = 0; i < 12; ++i) {
     write("one.raw", frame(i));
-    ok(Arguments{"convert", "one.raw", "-o", "one.png"} + size);
+    ok(Arguments{"convert", "one.raw", "-o", "one.png"} + small_size);
     EXPECT_EQ(read(i < 10 ? "p-000" + std::to_string(i) + ".png" : "p-00" + std::to_string(i) + ".png"),
               read("one.png"));
   }
@@ -104,7 +102,7 @@ TEST_F(Recording, RowsWithGaps) {
   const Bytes want = one_by_one(0, 5, {"--format", "i420"});
   for (const size_t missing : {0, 7}) {
     write("padded.raw", Bytes(padded.begin(), padded.end() - static_cast<long>(missing)));
-    ok(Arguments{"convert", "padded.raw", "--all", "--stride", "71", "-o", "x.i420"} + size);
+    ok(Arguments{"convert", "padded.raw", "--all", "--stride", "71", "-o", "x.i420"} + small_size);
     EXPECT_EQ(read("x.i420"), want);
     EXPECT_EQ(shell("cat padded.raw | \"$PPL\" convert - --all --stride 71 -W 64 -H 32 -o y.i420").status, 0);
     EXPECT_EQ(read("y.i420"), want);
@@ -124,7 +122,7 @@ TEST_F(Recording, TakesTheMemoryOfAFewFrames) {
 TEST_F(Recording, CutShort) {
   write("a.raw", Bytes(64 * 32 * 3 + 5));
   const std::vector<std::string> before = files();
-  const Result known = run(Arguments{"convert", "a.raw", "--all", "-o", "p.png"} + size);
+  const Result known = run(Arguments{"convert", "a.raw", "--all", "-o", "p.png"} + small_size);
   EXPECT_EQ(known.status, 1);
   EXPECT_NE(known.err.find("6149 bytes"), std::string::npos) << known.err;
   EXPECT_EQ(files(), before);
@@ -144,16 +142,16 @@ TEST_F(Recording, OtherWorkGoesOn) {
   write("bad.raw", Bytes(100));
   write("b.raw", frame(1));
   const Arguments names{"a.raw", "bad.raw", "none.raw", "b.raw"};
-  const Result result = run(Arguments{"convert"} + names + Arguments{"-o", "p.png"} + size);
+  const Result result = run(Arguments{"convert"} + names + Arguments{"-o", "p.png"} + small_size);
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 2) << result.err;
   EXPECT_NE(result.err.find("bad.raw"), std::string::npos) << result.err;
   EXPECT_NE(result.err.find("none.raw"), std::string::npos) << result.err;
-  ok(Arguments{"convert", "b.raw", "-o", "b.png"} + size);
+  ok(Arguments{"convert", "b.raw", "-o", "b.png"} + small_size);
   EXPECT_EQ(read("p-0001.png"), read("b.png"));
   EXPECT_EQ(read("p-0000.png").empty(), false);
   const std::vector<std::string> before = files();
-  const Result stream = run(Arguments{"convert"} + names + Arguments{"-o", "x.i420"} + size);
+  const Result stream = run(Arguments{"convert"} + names + Arguments{"-o", "x.i420"} + small_size);
   EXPECT_EQ(stream.status, 1);
   EXPECT_EQ(std::count(stream.err.begin(), stream.err.end(), '\n'), 1) << stream.err;
   EXPECT_EQ(files(), before);
@@ -163,7 +161,8 @@ TEST_F(Recording, AFullDiskEndsIt) {
   write("a.raw", frames(0, 6));
   for (const char* jobs : {"1", "4"}) {
     const Result result =
-        run(Arguments{"convert", "a.raw", "--all", "-o", "/dev/full", "--format", "i420", "-j", jobs} + size);
+        run(Arguments{"convert", "a.raw", "--all", "-o", "/dev/full", "--format", "i420", "-j", jobs} +
+            small_size);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
     EXPECT_NE(result.err.find("/dev/full"), std::string::npos) << result.err;
@@ -201,7 +200,7 @@ TEST_F(Recording, MisuseIsTold) {
         {Arguments{"--format", "png", "--out-chroma", "bt601"}, "--out-chroma"},
         {Arguments{"--format", "i420", "--out-range", "video"}, "--out-chroma bt601"},
         {Arguments{"--format", "png", "--out-range", "full"}, "--out-range"}}) {
-    const Result result = run(Arguments{"convert", "a.raw", "-o", "x"} + size + more);
+    const Result result = run(Arguments{"convert", "a.raw", "-o", "x"} + small_size + more);
     EXPECT_EQ(result.status, 2) << result.err;
     EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
     EXPECT_NE(result.err.find(says), std::string::npos) << says << " is not in " << result.err;

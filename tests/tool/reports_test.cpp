@@ -8,15 +8,13 @@
 
 namespace {
 
-const Arguments size{"-W", "640", "-H", "480"};
-
 class Compare : public Tool {};
 class Stats : public Tool {};
 
 // Twelve panels and the truth, four in a row; margins of 8, a label of 26 rows above each picture.
 TEST_F(Compare, SheetHoldsEveryQuality) {
   const Result result =
-      run(Arguments{"compare", sample, "--truth", truth, "-o", "sheet.png"} + size + settings);
+      run(Arguments{"compare", sample, "--truth", truth, "-o", "sheet.png"} + sample_size + settings);
   ASSERT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 12);
   const Rgb sheet = png("sheet.png");
@@ -37,7 +35,8 @@ TEST_F(Compare, SheetHoldsEveryQuality) {
   for (uint32_t i = 0; i <= panels.size(); ++i) {
     Rgb one = read_picture(truth);
     if (i < panels.size()) {
-      ok(Arguments{"convert", sample, "-o", "a.png", "--via", "i420", "-q"} + panels[i] + size + settings);
+      ok(Arguments{"convert", sample, "-o", "a.png", "--via", "i420", "-q"} + panels[i] + sample_size +
+         settings);
       one = png("a.png");
       char ratio[32];
       snprintf(ratio, sizeof ratio, "%.2f dB", psnr(one, read_picture(truth)));
@@ -57,7 +56,7 @@ TEST_F(Compare, SheetHoldsEveryQuality) {
 }
 
 TEST_F(Compare, WithoutTruth) {
-  const Result result = run(Arguments{"compare", sample, "-o", "sheet.png", "--columns", "6"} + size);
+  const Result result = run(Arguments{"compare", sample, "-o", "sheet.png", "--columns", "6"} + sample_size);
   ASSERT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(result.out, "");
   EXPECT_EQ(png("sheet.png").width, 6 * 648u + 8);
@@ -112,9 +111,9 @@ TEST_F(Compare, PictureBesideAReference) {
 }
 
 TEST_F(Compare, DifferencesOfEveryQuality) {
-  ok(Arguments{"convert", sample, "-o", "a.png", "-q", "13", "--via", "i420"} + size + settings);
+  ok(Arguments{"convert", sample, "-o", "a.png", "-q", "13", "--via", "i420"} + sample_size + settings);
   ASSERT_EQ(run(Arguments{"compare", sample, "--truth", truth, "-o", "s.png", "--difference", "d.png"} +
-                size + settings)
+                sample_size + settings)
                 .status,
             0);
   const Rgb sheet = png("d.png"), a = png("a.png"), right = read_picture(truth);
@@ -132,7 +131,7 @@ TEST_F(Stats, JsonIsTheGetters) {
       run(Arguments{"stats", sample, "--json", "--qual-bmgb", "-60,70", "--qual-grmr", "-80,50", "--qual-sum",
                     "-90,100", "--qual-diff", "-110,90", "--qual-r", "10,240", "--qual-g", "12,230",
                     "--qual-b", "14,220", "--qae", "20,200"} +
-          size + settings);
+          sample_size + settings);
   ASSERT_EQ(result.status, 0) << result.err;
   const nlohmann::json j = nlohmann::json::parse(result.out);
 
@@ -204,7 +203,7 @@ TEST_F(Stats, TableOfABlackFrame) {
 
 // Counts are estimates; the table does not tell of more cells than there are.
 TEST_F(Stats, CountsStayWithinTheFrame) {
-  const Result result = run(Arguments{"stats", sample} + size);
+  const Result result = run(Arguments{"stats", sample} + sample_size);
   EXPECT_NE(result.out.find("exposure cells"), std::string::npos);
   for (size_t at = 0; (at = result.out.find(" of 76800 cells", at)) != std::string::npos; ++at) {
     const size_t from = result.out.rfind(' ', at - 1);

@@ -10,6 +10,10 @@
 using Bytes = std::vector<uint8_t>;
 using Arguments = std::vector<std::string>;
 
+// The shapes of the sample frame and of most made frames.
+inline const Arguments sample_size{"-W", "640", "-H", "480"};
+inline const Arguments small_size{"-W", "64", "-H", "32"};
+
 struct Result {
   int status;  // -1 if a signal ended it
   std::string out, err;

@@ -5,8 +5,6 @@
 
 namespace {
 
-const Arguments size{"-W", "640", "-H", "480"};
-
 class Sensor : public Tool {
  protected:
   static const Bytes& raw() {
@@ -28,14 +26,14 @@ class Sensor : public Tool {
 
 // Eight bits with zeros below them are the eight bits, whatever they come in.
 TEST_F(Sensor, MoreBits) {
-  ok(Arguments{"convert", sample, "-o", "a.i420"} + size);
+  ok(Arguments{"convert", sample, "-o", "a.i420"} + sample_size);
   const Bytes want = read("a.i420");
   for (const unsigned bits : {10u, 12u, 14u, 16u})
     for (const bool big : {false, true}) {
       write("words.raw", words(bits, big));
       ok(Arguments{"convert", "words.raw", "-o", "b.i420", "--bits", std::to_string(bits), "--byte-order",
                    big ? "big" : "little"} +
-         size);
+         sample_size);
       EXPECT_EQ(read("b.i420"), want) << bits << big;
     }
   Bytes packed10, packed12;
@@ -51,9 +49,9 @@ TEST_F(Sensor, MoreBits) {
   }
   write("p10.raw", packed10);
   write("p12.raw", packed12);
-  ok(Arguments{"convert", "p10.raw", "-o", "b.i420", "--packed"} + size);
+  ok(Arguments{"convert", "p10.raw", "-o", "b.i420", "--packed"} + sample_size);
   EXPECT_EQ(read("b.i420"), want);
-  ok(Arguments{"convert", "p12.raw", "-o", "b.i420", "--packed", "--bits", "12"} + size);
+  ok(Arguments{"convert", "p12.raw", "-o", "b.i420", "--packed", "--bits", "12"} + sample_size);
   EXPECT_EQ(read("b.i420"), want);
 }
 
@@ -67,8 +65,8 @@ TEST_F(Sensor, Phases) {
         straight.push_back(raw()[640 * from_y + from_x]);
       }
     write("straight.raw", straight);
-    ok(Arguments{"convert", "straight.raw", "-o", "a.i420"} + size);
-    ok(Arguments{"convert", sample, "-o", "b.i420", "--pattern", name} + size);
+    ok(Arguments{"convert", "straight.raw", "-o", "a.i420"} + sample_size);
+    ok(Arguments{"convert", sample, "-o", "b.i420", "--pattern", name} + sample_size);
     EXPECT_EQ(read("a.i420"), read("b.i420")) << name;
   }
 }
@@ -88,7 +86,7 @@ TEST_F(Sensor, SimulatedSensors) {
           Arguments{"--bits", "12", "--byte-order", "big"}, Arguments{"--bits", "10", "--packed"}}) {
       ok(Arguments{"simulate", truth, "-o", "s.raw", "--pattern", pattern, "--black", "0"} + kind);
       ok(Arguments{"convert", "s.raw", "-o", "s.png", "--gains", "397,256,346", "--pattern", pattern} + kind +
-         size);
+         sample_size);
       EXPECT_GT(psnr(png("s.png"), right), 26) << pattern << " " << kind[1] << kind.back();
     }
   }
@@ -104,10 +102,11 @@ TEST_F(Sensor, RecordingsOfWords) {
   for (const char* frame : {"0", "1"}) {
     ok(Arguments{"convert", "two.raw", "--frame", frame, "--bits", "12", "--pattern", "rggb", "-o",
                  "one.i420"} +
-       size);
+       sample_size);
     joined = joined + read("one.i420");
   }
-  ok(Arguments{"convert", "two.raw", "--all", "--bits", "12", "--pattern", "rggb", "-o", "all.i420"} + size);
+  ok(Arguments{"convert", "two.raw", "--all", "--bits", "12", "--pattern", "rggb", "-o", "all.i420"} +
+     sample_size);
   EXPECT_EQ(read("all.i420"), joined);
 }
 
@@ -127,7 +126,7 @@ TEST_F(Sensor, LargeFrames) {
       ok(Arguments{"convert", "large.raw", "--stride", "2592", "--skip", std::to_string(top * w + left), "-o",
                    "b.ppm", "--lens-origin",
                    std::to_string(w / 2 - left) + "," + std::to_string(h / 2 - top)} +
-         how + size);
+         how + sample_size);
       const Bytes a = read("a.ppm"), b = read("b.ppm");
       ASSERT_EQ(a.size(), 3 * w * h + 17);
       for (size_t y = 16; y < 464; ++y)
@@ -145,7 +144,7 @@ TEST_F(Sensor, LargeFrames) {
 }
 
 TEST_F(Sensor, ShapesAreGuessedAndSaid) {
-  ok(Arguments{"convert", sample, "-o", "a.i420"} + size);
+  ok(Arguments{"convert", sample, "-o", "a.i420"} + sample_size);
   const Result plain = run({"convert", sample, "-o", "b.i420"});
   EXPECT_EQ(plain.status, 0);
   EXPECT_NE(plain.err.find("640 x 480"), std::string::npos) << plain.err;
@@ -153,7 +152,7 @@ TEST_F(Sensor, ShapesAreGuessedAndSaid) {
   EXPECT_EQ(read("a.i420"), read("b.i420"));
   for (const unsigned bits : {10u, 12u, 14u}) {
     write("words.raw", words(bits, false));
-    for (const Arguments& given : {Arguments{}, size}) {
+    for (const Arguments& given : {Arguments{}, sample_size}) {
       const Result guessed = run(Arguments{"convert", "words.raw", "-o", "b.i420"} + given);
       EXPECT_EQ(guessed.status, 0) << guessed.err;
       EXPECT_NE(guessed.err.find("--bits " + std::to_string(bits)), std::string::npos) << guessed.err;
@@ -162,7 +161,7 @@ TEST_F(Sensor, ShapesAreGuessedAndSaid) {
   }
   // Easy to correct: options that are given are not guessed at, and nothing is said.
   write("words.raw", words(10, false));
-  ok(Arguments{"convert", "words.raw", "-o", "b.i420", "--bits", "8", "--frame", "1"} + size);
+  ok(Arguments{"convert", "words.raw", "-o", "b.i420", "--bits", "8", "--frame", "1"} + sample_size);
   EXPECT_NE(read("a.i420"), read("b.i420"));
   write("wide.raw", Bytes(800 * 64, 9));
   const Result width = run({"convert", "wide.raw", "-W", "800", "-o", "b.png"});
@@ -177,14 +176,15 @@ TEST_F(Sensor, MisuseIsTold) {
       {{"convert", "odd.raw", "-o", "x.png"}, 1, "name -W and -H"},
       {{"convert", "-", "-o", "x.png"}, 2, "-W and -H are needed"},
       {{"convert", "none.raw", "-o", "x.png"}, 1, "none.raw"},
-      {Arguments{"convert", sample, "-o", "x.png", "--bits", "9"} + size, 2, "--bits"},
-      {Arguments{"convert", sample, "-o", "x.png", "--bits", "14", "--packed"} + size, 2, "10 or 12"},
-      {Arguments{"convert", sample, "-o", "x.png", "--byte-order", "big"} + size, 2,
+      {Arguments{"convert", sample, "-o", "x.png", "--bits", "9"} + sample_size, 2, "--bits"},
+      {Arguments{"convert", sample, "-o", "x.png", "--bits", "14", "--packed"} + sample_size, 2, "10 or 12"},
+      {Arguments{"convert", sample, "-o", "x.png", "--byte-order", "big"} + sample_size, 2,
        "--byte-order is for words"},
-      {Arguments{"convert", sample, "-o", "x.png", "--pattern", "bgrg"} + size, 2, "bgrg"},
-      {Arguments{"convert", sample, "-o", "x.png", "--bits", "12", "--stride", "700"} + size, 2, "1280"},
-      {Arguments{"convert", sample, "-o", "x.png", "--bits", "12"} + size, 1, "614400"},
-      {Arguments{"convert", sample, "-o", "x.png", "--input", "yuyv", "--pattern", "rggb"} + size, 2,
+      {Arguments{"convert", sample, "-o", "x.png", "--pattern", "bgrg"} + sample_size, 2, "bgrg"},
+      {Arguments{"convert", sample, "-o", "x.png", "--bits", "12", "--stride", "700"} + sample_size, 2,
+       "1280"},
+      {Arguments{"convert", sample, "-o", "x.png", "--bits", "12"} + sample_size, 1, "614400"},
+      {Arguments{"convert", sample, "-o", "x.png", "--input", "yuyv", "--pattern", "rggb"} + sample_size, 2,
        "--pattern"},
       {{"convert", sample, "-o", "x.png", "-W", "2600", "-H", "64"}, 2, "-W 2592 --stride 2600"},
       {{"convert", sample, "-o", "x.i420", "-W", "2576", "-H", "64"}, 2, "multiples of 32"},

@@ -9,7 +9,6 @@
 
 namespace {
 
-const Arguments size{"-W", "640", "-H", "480"};
 // Every control off its default.
 const Arguments every{"--h-mirror",
                       "--v-mirror",
@@ -88,8 +87,8 @@ class Settings : public Tool {
 // The picture of options, of the file made of them, and of the options made of the file.
 TEST_F(Settings, FileAndOptionsAreTheSame) {
   ok(Arguments{"settings", "-q", "0", "-o", "s.json"} + every);
-  ok(Arguments{"convert", sample, "-o", "a.i420", "-q", "0"} + size + every);
-  ok(Arguments{"convert", sample, "-o", "b.i420", "--settings", "s.json"} + size);
+  ok(Arguments{"convert", sample, "-o", "a.i420", "-q", "0"} + sample_size + every);
+  ok(Arguments{"convert", sample, "-o", "b.i420", "--settings", "s.json"} + sample_size);
   EXPECT_EQ(read("a.i420"), read("b.i420"));
   const Result line = run({"settings", "--settings", "s.json", "--as", "options"});
   write("line", bytes("\"$PPL\" convert '" + sample + "' -W 640 -H 480 -o c.i420 " + line.out));
@@ -97,16 +96,17 @@ TEST_F(Settings, FileAndOptionsAreTheSame) {
   EXPECT_EQ(read("a.i420"), read("c.i420"));
   ok({"settings", "--settings", "s.json", "-o", "t.json"});
   EXPECT_EQ(read("s.json"), read("t.json"));
-  ok(Arguments{"stats", sample, "-q", "0", "-o", "a.txt"} + size + every);
-  ok(Arguments{"stats", sample, "--settings", "s.json", "-o", "b.txt"} + size);
+  ok(Arguments{"stats", sample, "-q", "0", "-o", "a.txt"} + sample_size + every);
+  ok(Arguments{"stats", sample, "--settings", "s.json", "-o", "b.txt"} + sample_size);
   EXPECT_EQ(read("a.txt"), read("b.txt"));
 }
 
 TEST_F(Settings, OptionsCountMoreThanTheFile) {
   ok({"settings", "-q", "2", "--gains", "300,256,300", "--gamma", "4", "-o", "s.json"});
-  ok(Arguments{"convert", sample, "-o", "a.i420", "--settings", "s.json", "-q", "1", "--gamma", "2"} + size);
+  ok(Arguments{"convert", sample, "-o", "a.i420", "--settings", "s.json", "-q", "1", "--gamma", "2"} +
+     sample_size);
   ok(Arguments{"convert", sample, "-o", "b.i420", "-q", "1", "--gains", "300,256,300", "--gamma", "2"} +
-     size);
+     sample_size);
   EXPECT_EQ(read("a.i420"), read("b.i420"));
   EXPECT_NE(run({"settings", "--settings", "s.json", "--gamma", "3"}).out.find("\"gamma\": 3"),
             std::string::npos);
@@ -142,8 +142,8 @@ TEST_F(Settings, DefaultsAreTheLibrarys) {
   ppl_free(c);
   // The whole file at its defaults changes nothing.
   write("full.json", bytes(full));
-  ok(Arguments{"convert", sample, "-o", "a.i420", "--settings", "full.json"} + size);
-  ok(Arguments{"convert", sample, "-o", "b.i420"} + size);
+  ok(Arguments{"convert", sample, "-o", "a.i420", "--settings", "full.json"} + sample_size);
+  ok(Arguments{"convert", sample, "-o", "b.i420"} + sample_size);
   EXPECT_EQ(read("a.i420"), read("b.i420"));
   const Bytes page = read_whole(DOCS "/settings.md");
   const std::string document(page.begin(), page.end());
@@ -188,7 +188,7 @@ TEST_F(Settings, AsC) {
       shell("cc -std=c11 -Wall -Werror " SANITIZERS "-I '" INCLUDE "' c.c '" LIBRARY "' -o c && ./c < '" +
             sample + "' > c.i420");
   ASSERT_EQ(built.status, 0) << built.err << program;
-  ok(Arguments{"convert", sample, "-o", "a.i420", "-q", "0"} + size + every);
+  ok(Arguments{"convert", sample, "-o", "a.i420", "-q", "0"} + sample_size + every);
   EXPECT_EQ(read("a.i420"), read("c.i420"));
 }
 
@@ -221,7 +221,8 @@ TEST_F(Settings, BadFiles) {
   };
   for (const auto& [file, says] : mistakes) {
     write("s.json", bytes(file));
-    const Result result = run(Arguments{"convert", sample, "-o", "x.png", "--settings", "s.json"} + size);
+    const Result result =
+        run(Arguments{"convert", sample, "-o", "x.png", "--settings", "s.json"} + sample_size);
     EXPECT_EQ(result.status, 1) << file;
     EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
     EXPECT_NE(result.err.find("s.json"), std::string::npos) << result.err;

@@ -7,8 +7,6 @@
 
 namespace {
 
-const Arguments size{"-W", "640", "-H", "480"};
-
 class Standard : public Tool {
  protected:
   struct Kind {
@@ -56,7 +54,7 @@ class Standard : public Tool {
   Rgb made(const Kind& kind, const std::string& format, const Arguments& controls) {
     ok(Arguments{"convert", sample, "-o", "a." + format, "--out-chroma", kind.name, "--out-range",
                  kind.video ? "video" : "full"} +
-       size + controls);
+       sample_size + controls);
     return decode(kind, format, read("a." + format));
   }
 };
@@ -67,9 +65,9 @@ TEST_F(Standard, DecodedItIsThePicture) {
        {settings, settings + Arguments{"--saturation", "340", "--hue", "30"},
         settings + Arguments{"--contrast", "40"}, settings + Arguments{"--saturation", "0"},
         settings + Arguments{"-q", "2"}, settings + Arguments{"-q", "3"}}) {
-    ok(Arguments{"convert", sample, "-o", "a.png", "--via", "rgb24"} + size + controls);
+    ok(Arguments{"convert", sample, "-o", "a.png", "--via", "rgb24"} + sample_size + controls);
     const Rgb picture = png("a.png");
-    ok(Arguments{"convert", sample, "-o", "b.png", "--via", "i420"} + size + controls);
+    ok(Arguments{"convert", sample, "-o", "b.png", "--via", "i420"} + sample_size + controls);
     const double least = controls[controls.size() - 2] == "-q" ? psnr(png("b.png"), picture) - 1 : 31;
     EXPECT_GT(least, 26);
     for (const Kind& kind : kinds)
@@ -83,7 +81,7 @@ TEST_F(Standard, DecodedItIsThePicture) {
 TEST_F(Standard, AllQualities) {
   for (const char* quality : {"0", "1", "10", "11", "12", "13"}) {
     const Arguments controls = settings + Arguments{"-q", quality};
-    ok(Arguments{"convert", sample, "-o", "a.png", "--via", "i420"} + size + controls);
+    ok(Arguments{"convert", sample, "-o", "a.png", "--via", "i420"} + sample_size + controls);
     const Rgb picture = png("a.png");
     for (const Kind& kind : kinds)
       EXPECT_GT(psnr(made(kind, "i420", controls), picture), 31) << kind.name << quality;
@@ -146,14 +144,14 @@ TEST_F(Standard, VideoRangeIsTheDivision) {
 }
 
 TEST_F(Standard, RawFilesKeepTheCamerasChroma) {
-  ok(Arguments{"convert", sample, "-o", "a.i420"} + size + settings);
-  ok(Arguments{"convert", sample, "-o", "b.i420", "--out-chroma", "camera"} + size + settings);
+  ok(Arguments{"convert", sample, "-o", "a.i420"} + sample_size + settings);
+  ok(Arguments{"convert", sample, "-o", "b.i420", "--out-chroma", "camera"} + sample_size + settings);
   EXPECT_EQ(read("a.i420"), read("b.i420"));
 }
 
 TEST_F(Standard, Y4mIsBt601InVideoRange) {
-  ok(Arguments{"convert", sample, "-o", "a.y4m", "--rate", "30000/1001"} + size + settings);
-  ok(Arguments{"convert", sample, "-o", "a.i420", "--out-chroma", "bt601"} + size + settings);
+  ok(Arguments{"convert", sample, "-o", "a.y4m", "--rate", "30000/1001"} + sample_size + settings);
+  ok(Arguments{"convert", sample, "-o", "a.i420", "--out-chroma", "bt601"} + sample_size + settings);
   const std::string head = "YUV4MPEG2 W640 H480 F30000:1001 Ip A1:1 C420mpeg2 XCOLORRANGE=LIMITED\nFRAME\n";
   const Bytes stream = read("a.y4m"), frame = read("a.i420");
   ASSERT_EQ(stream.size(), head.size() + frame.size());
@@ -164,10 +162,10 @@ TEST_F(Standard, Y4mIsBt601InVideoRange) {
 // ffmpeg reads it and sees the colours of the picture.
 TEST_F(Standard, FfmpegReadsY4m) {
   if (shell("command -v ffmpeg > /dev/null").status != 0) GTEST_SKIP() << "ffmpeg is not installed";
-  ok(Arguments{"convert", sample, "-o", "a.png"} + size + settings);
+  ok(Arguments{"convert", sample, "-o", "a.png"} + sample_size + settings);
   const Rgb picture = png("a.png");
   for (const char* range : {"video", "full"}) {
-    ok(Arguments{"convert", sample, sample, "-o", "a.y4m", "--out-range", range} + size + settings);
+    ok(Arguments{"convert", sample, sample, "-o", "a.y4m", "--out-range", range} + sample_size + settings);
     const Result result = shell(
         "ffmpeg -v error -i a.y4m -vf scale=in_color_matrix=bt601:flags=accurate_rnd+full_chroma_int "
         "-f rawvideo -pix_fmt rgb24 -y a.rgb && ffprobe -v error -count_frames -show_entries "
