@@ -7,55 +7,19 @@
 #include <random>
 #include <vector>
 
-#include "paths/kernels.h"
 #include "platform/levels.h"
 #include "ppl.h"
 #include "record/context.h"
-#include "support/level.h"
+#include "support/blocks.h"
 #include "support/random.h"
 #include "tile/kernels.h"
 
 namespace {
 
-constexpr int kWidth = 80;  // more than one vector of every level, and no multiple of the wider ones
-
-// Rows as the kernels want them: starts at multiples of 64, 64 bytes around.
-class row_store {
- public:
-  explicit row_store(int rows) : memory_(static_cast<size_t>(rows) * kPitch + 128 + 64) {
-    const auto at = reinterpret_cast<uintptr_t>(memory_.data());
-    base_ = memory_.data() + (64 - at % 64) % 64 + 64;
-    for (int r = 0; r < rows; ++r) places_.push_back(base_ + r * kPitch);
-  }
-  uint8_t* operator[](int r) { return base_ + r * kPitch; }
-  // The pointers of rows r, r + 1 ...
-  uint8_t* const* from(int r) const { return places_.data() + r; }
-  void fill(int r, int value) {
-    std::fill_n(base_ + r * kPitch - 2, kWidth + 4, static_cast<uint8_t>(value));
-  }
-
- private:
-  static constexpr int kPitch = 256;
-  std::vector<uint8_t> memory_;
-  uint8_t* base_;
-  std::vector<uint8_t*> places_;
-};
+using namespace blocks;
 
 class Blocks : public testing::Test {
  protected:
-  // Runs the body once for every level that this processor has, with a fresh record.
-  static void at_every_level(const std::function<void(ppl_context&, const ppl::tile_kernels&)>& body) {
-    for (int level = 0; level < ppl_test_levels(); ++level) {
-      ppl_test_force_level(level);
-      ppl_context* const c = ppl_init();
-      ASSERT_NE(c, nullptr);
-      SCOPED_TRACE(c->kernels->name);
-      body(*c, *c->kernels->tile);
-      ppl_free(c);
-    }
-    ppl_test_force_level(-1);
-  }
-
   // Luma after the noise filter for a row with the given rows above and below; chroma stays at 128.
   static std::vector<int> noise_filtered(ppl_context& c, const ppl::tile_kernels& k, row_store& luma) {
     row_store chroma(3), out(2);
@@ -403,44 +367,6 @@ TEST_F(Blocks, GreenFillOfAFlatMosaicLosesOneOfOddValues) {
         const std::vector<int> g = green_row(c, k, m, odd_row);
         for (int i = 0; i < kWidth; ++i) EXPECT_EQ(g[i], (i & 1) == odd_row ? x & ~1 : x) << i;
       }
-    }
-  });
-}
-
-// ---- flat test
-
-TEST_F(Blocks, FlatTestPassesAtItsThreshold) {
-  at_every_level([](ppl_context& c, const ppl::tile_kernels&) {
-    row_store m(6), out(4);
-    const auto flat_at = [&](int column, int odd_row) {
-      c.kernels->paths->flat_test({.context = &c,
-                                   .rows = m.from(0),
-                                   .colour_rows = m.from(1),
-                                   .mask = out[0],
-                                   .r = out[1],
-                                   .g = out[2],
-                                   .b = out[3],
-                                   .odd_row = odd_row,
-                                   .width = kWidth});
-      EXPECT_EQ(out[0][column], out[0][column + 1]);
-      return out[0][column] == 255;
-    };
-    for (int odd_row = 0; odd_row < 2; ++odd_row) {
-      for (int r = 0; r < 6; ++r) m.fill(r, 80);
-      EXPECT_TRUE(flat_at(40, odd_row));
-      // One green of the row above the block: Gr at even columns of odd rows, Gb at odd columns of even rows.
-      const int column = odd_row != 0 ? 41 : 40;
-      m[1][column] = 90;
-      EXPECT_TRUE(flat_at(40, odd_row));  // 10, the default threshold: equal passes
-      m[1][column] = 91;
-      EXPECT_FALSE(flat_at(40, odd_row));
-      ppl_set_CFA_T0_threshold(&c, 0);
-      m[1][column] = 81;
-      EXPECT_FALSE(flat_at(40, odd_row));
-      ppl_set_CFA_T0_threshold(&c, 255);
-      m[1][column] = 255;
-      EXPECT_TRUE(flat_at(40, odd_row));
-      ppl_set_CFA_T0_threshold(&c, 10);
     }
   });
 }
