@@ -11,9 +11,10 @@ namespace ppl::PPL_LEVEL {
 // One macropixel from each pair: its lumas are the means within the two, its chroma the mean between them.
 template <byte_order L, class V>
 PPL_INLINE V join_macropixels(V even_ones, V odd_ones) {
-  const V low = avg8(even_ones, srl32<16>(even_ones)), high = avg8(odd_ones, sll32<16>(odd_ones));
-  const V low_half = set32<V>(0x0000ffff);
-  return with_chroma<L>((low & low_half) | andnot(low_half, high), avg8(even_ones, odd_ones));
+  const V first = avg8(even_ones, srl32<16>(even_ones)), second = avg8(odd_ones, sll32<16>(odd_ones));
+  const V luma = (first & set32<V>(is_even(L) ? 0x000000ff : 0x0000ff00)) |
+                 (second & set32<V>(static_cast<int>(is_even(L) ? 0x00ff0000 : 0xff000000)));
+  return luma | (avg8(even_ones, odd_ones) & set16<V>(is_even(L) ? 0xff00 : 0x00ff));
 }
 
 template <byte_order L>

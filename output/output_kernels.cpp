@@ -3,7 +3,7 @@
 
 #include "output/yuv_to_rgb-inl.h"
 #include "platform/levels.h"
-#include "simd/simd-inl.h"
+#include "simd/packed-inl.h"
 #include "simd/store_rgb-inl.h"
 
 namespace ppl::PPL_LEVEL {
@@ -122,66 +122,55 @@ void unbias(uint8_t* to, const uint8_t* from, int n) {
 // ---- packed 4:2:2
 
 // A vector of luma and one of words, interleaved, to 2 * V::size bytes.
-template <byte_order kOrder, class V>
-PPL_INLINE void put_packed(uint8_t* at, bool reversed, V luma, V words) {
-  if (reversed) {
-    luma = reverse8(luma);
-    words = reverse16(words);
-  }
-  V first, second;
-  if (kOrder == byte_order::yuyv)
-    interleave8(luma, words, first, second);
-  else
-    interleave8(words, luma, first, second);
-  storeu(at, first);
-  storeu(at + V::size, second);
+template <byte_order kOrder, bool kReversed, class V>
+PPL_INLINE void put_packed(uint8_t* at, V luma, V words) {
+  kReversed ? store_packed<kOrder>(at, reverse8(luma), reverse16(words)) : store_packed<kOrder>(at, luma, words);
 }
 
-// Runs body<order>() for the order asked for.
+// Runs body<order, reversed>() for what is asked for.
 template <class Body>
-PPL_INLINE void with_order(byte_order order, Body&& body) {
+PPL_INLINE void with_order(byte_order order, bool reversed, Body&& body) {
   if (order == byte_order::yuyv)
-    body.template operator()<byte_order::yuyv>();
+    reversed ? body.template operator()<byte_order::yuyv, true>()
+             : body.template operator()<byte_order::yuyv, false>();
   else
-    body.template operator()<byte_order::uyvy>();
+    reversed ? body.template operator()<byte_order::uyvy, true>()
+             : body.template operator()<byte_order::uyvy, false>();
 }
 
 void pack(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, bool reversed, byte_order order) {
-  with_order(order, [&]<byte_order kOrder>() {
-    walk_run<2>(to, n, reversed, [&]<class V>(uint8_t* at, int x) {
-      put_packed<kOrder>(at, reversed, loadu<V>(luma + x), loadu<V>(words + x));
+  with_order(order, reversed, [&]<byte_order kOrder, bool kReversed>() {
+    walk_run<2>(to, n, kReversed, [&]<class V>(uint8_t* at, int x) {
+      put_packed<kOrder, kReversed>(at, loadu<V>(luma + x), loadu<V>(words + x));
     });
   });
 }
 
 void pack_halved(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, bool reversed,
                  byte_order order) {
-  with_order(order, [&]<byte_order kOrder>() {
-    walk_run<2>(to, n, reversed, [&]<class V>(uint8_t* at, int x) {
+  with_order(order, reversed, [&]<byte_order kOrder, bool kReversed>() {
+    walk_run<2>(to, n, kReversed, [&]<class V>(uint8_t* at, int x) {
       const V y = even_bytes(loadu<V>(luma + 2 * x), loadu<V>(luma + 2 * x + V::size));
       const V a = loadu<V>(words + 2 * x), b = loadu<V>(words + 2 * x + V::size);
       const V u = even_bytes(even_bytes(a, b), zero<V>()), v = even_bytes(odd_bytes(a, b), zero<V>());
       V every_second, rest;
       interleave8(u, v, every_second, rest);
-      put_packed<kOrder>(at, reversed, y, every_second);
+      put_packed<kOrder, kReversed>(at, y, every_second);
     });
   });
 }
 
 void pack_doubled(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, int outside, bool reversed,
                   byte_order order) {
-  with_order(order, [&]<byte_order kOrder>() {
-    walk_run<4>(to, n, reversed, [&]<class V>(uint8_t* at, int x) {
+  with_order(order, reversed, [&]<byte_order kOrder, bool kReversed>() {
+    walk_run<4>(to, n, kReversed, [&]<class V>(uint8_t* at, int x) {
       const V sample = loadu<V>(luma + x), average = avg8(sample, loadu<V>(luma + x - 1));
       const V c = loadu<V>(words + x);
       V y[2], w[2];
       interleave16(c, c, w[0], w[1]);
-      if (reversed)
-        interleave8(sample, average, y[0], y[1]);
-      else
-        interleave8(average, sample, y[0], y[1]);
+      kReversed ? interleave8(sample, average, y[0], y[1]) : interleave8(average, sample, y[0], y[1]);
       for (int i = 0; i < 2; ++i)
-        put_packed<kOrder>(at + 2 * V::size * (reversed ? 1 - i : i), reversed, y[i], w[i]);
+        put_packed<kOrder, kReversed>(at + 2 * V::size * (kReversed ? 1 - i : i), y[i], w[i]);
     });
   });
   const int luma_byte = order == byte_order::yuyv ? 0 : 1;

@@ -2,7 +2,8 @@
 #include "rows/row_kernels.h"
 
 #include "platform/levels.h"
-#include "simd/simd-inl.h"
+#include "record/format.h"
+#include "simd/packed-inl.h"
 
 namespace ppl::PPL_LEVEL {
 namespace {
@@ -87,13 +88,10 @@ void split(uint8_t* y, uint8_t* u, uint8_t* v, const uint8_t* row, uint32_t pixe
 
 void join(uint8_t* row, const uint8_t* y, const uint8_t* u, const uint8_t* v, uint32_t pixels) {
   walk_exact(static_cast<int>(pixels / 2), [&]<class V>(int x) {
-    V chroma[2], first, second;
+    V chroma[2];
     interleave8(loadu<V>(u + x), loadu<V>(v + x), chroma[0], chroma[1]);
-    for (int k = 0; k < 2; ++k) {
-      interleave8(loadu<V>(y + 2 * x + V::size * k), chroma[k], first, second);
-      storeu(row + 4 * x + 2 * V::size * k, first);
-      storeu(row + 4 * x + 2 * V::size * k + V::size, second);
-    }
+    for (int k = 0; k < 2; ++k)
+      store_packed<byte_order::yuyv>(row + 4 * x + 2 * V::size * k, loadu<V>(y + 2 * x + V::size * k), chroma[k]);
   });
 }
 

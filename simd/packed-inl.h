@@ -25,6 +25,15 @@ PPL_INLINE V with_chroma(V luma, V chroma) {
   return is_even(L) ? even_odd(luma, chroma) : even_odd(chroma, luma);
 }
 
+// A vector of luma and one of chroma in turn: 2 * V::size bytes.
+template <auto L, class V>
+PPL_INLINE void store_packed(uint8_t* to, V luma, V chroma) {
+  V first, second;
+  is_even(L) ? interleave8(luma, chroma, first, second) : interleave8(chroma, luma, first, second);
+  storeu(to, first);
+  storeu(to + V::size, second);
+}
+
 // ---- words that take other chroma
 
 // Which words: all ones in their chroma bytes, 0 in luma. From one decision a word, or, for two vectors of words, from
@@ -112,11 +121,8 @@ PPL_INLINE vec<32> luma_in_order(vec<32> a) {
 }
 PPL_INLINE void split_chroma(vec<32> a, vec<32> b, vec<32>& u, vec<32>& v) {
   const __m256i order = _mm256_set_epi32(7, 3, 6, 2, 5, 1, 4, 0);
-  const __m256 x = _mm256_castsi256_ps(a.v), y = _mm256_castsi256_ps(b.v);
-  const __m256 us = _mm256_shuffle_ps(x, y, _MM_SHUFFLE(0, 2, 0, 2)),
-               vs = _mm256_shuffle_ps(x, y, _MM_SHUFFLE(1, 3, 1, 3));
-  u.v = _mm256_permutevar8x32_epi32(_mm256_castps_si256(us), order);
-  v.v = _mm256_permutevar8x32_epi32(_mm256_castps_si256(vs), order);
+  u.v = _mm256_permutevar8x32_epi32(two_of_each<_MM_SHUFFLE(0, 2, 0, 2)>(a, b).v, order);
+  v.v = _mm256_permutevar8x32_epi32(two_of_each<_MM_SHUFFLE(1, 3, 1, 3)>(a, b).v, order);
 }
 #endif
 #if defined(PPL_LEVEL_avx512)

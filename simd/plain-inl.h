@@ -353,7 +353,7 @@ PPL_INLINE mask<N, kBits> operator|(mask<N, kBits> a, mask<N, kBits> b) {
 }
 template <int N, int kBits>
 PPL_INLINE vec<N> select(mask<N, kBits> m, vec<N> a, vec<N> b) {
-  return (m.v & a) | andnot(m.v, b);
+  return {(m.v.v & a.v) | (~m.v.v & b.v)};
 }
 // a in the bytes whose top bit is set in m, else b.
 template <int N>
@@ -711,7 +711,7 @@ PPL_INLINE void times_factors_to(V& d, const uint8_t* bytes, const uint16_t* fac
   const auto every_second_16 = [&](int from) {
     return load_16s<V>([=](int i) { return reinterpret_cast<const uint8_t*>(factors + from + 16 * i); });
   };
-  d = narrow(mulhi_s16(sll16<3>(lo), every_second_16(0)), mulhi_s16(sll16<3>(hi), every_second_16(8)));
+  d = narrow(mulhi_s16(every_second_16(0), sll16<3>(lo)), mulhi_s16(every_second_16(8), sll16<3>(hi)));
 }
 template <class V>
 PPL_INLINE V times_factors(const uint8_t* bytes, const uint16_t* factors) {

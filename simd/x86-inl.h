@@ -98,6 +98,10 @@ PPL_SHIFT(sra32, srai_epi32)
 #undef PPL_SHIFT_32
 #undef PPL_SHIFT_64
 #undef PPL_SHIFT
+// gcc takes a known ~a for a constant of its own. With two operands that saves a copy; with three it only costs the
+// constant.
+PPL_WIDTH_32(andnot, andnot_si256)
+PPL_WIDTH_64(andnot, andnot_si512)
 #undef PPL_WIDTH_16
 #undef PPL_WIDTH_32
 #undef PPL_WIDTH_64

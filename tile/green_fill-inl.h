@@ -27,12 +27,11 @@ PPL_INLINE void green_fill_row(rows_around<5> r, uint8_t* out, vec_i16 threshold
     const V along = mean_down(load<V>(r[-2] + x), load<V>(r[2] + x));
     const V eh = sub16(add16(site(left), site(right)), across);
     const V ev = sub16(add16(site(up), site(down)), along);
-    const auto directional = gt_s16(max_s16(gh, gv), t1) & gt_s16(t1, min_s16(gh, gv));
-    const V directed = sra16<1>(select(gt_s16(gh, gv), ev, eh));
     const V mean = sra16<2>(add16(eh, ev));
+    const auto directional = gt_s16(t1, min_s16(gh, gv)) & gt_s16(max_s16(gh, gv), t1);
+    const V directed = sra16<1>(select(gt_s16(gh, gv), ev, eh));
     const V green = clamp_u8_16(add16(srl16<1>(site(centre)), select(directional, directed, mean)));
-    const V zeros = zero<V>();
-    store(out + x, kOddRow ? even_odd(centre, zeros) | sll16<8>(green) : even_odd(green, centre));
+    store(out + x, kOddRow ? join8(even(centre), green) : even_odd(green, centre));
   });
 }
 
