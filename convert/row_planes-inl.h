@@ -69,8 +69,8 @@ PPL_INLINE void twelve_bit_unit(const uint8_t* in, vec16& first, vec16& second, 
   const vec16 g85 = pick32<0, 0, 5, 5>(g89ab, g4567), e = pick32<0, 2, 5, 7>(g85, g89ab);
   alignas(16) static constexpr uint8_t kThirdEven[16] = {255, 255, 255, 255, 255, 255, 255, 255,
                                                          255, 0,   255, 0,   255, 255, 255, 255};
-  interleave32(even_bytes(a, b), e & load<vec16>(kThirdEven), first, second);
   mixed = odd_bytes(a, b);
+  interleave32(even_bytes(a, b), e & load<vec16>(kThirdEven), first, second);
 }
 template <bool Mirror>
 static void twelve_bit_row(uint8_t* luma, uint8_t* chroma, const uint8_t* in, int units) {

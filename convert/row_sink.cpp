@@ -24,10 +24,17 @@ void pack_row(const row_sink& sink, uint8_t* out, const uint8_t* row) {
   }
 }
 
-void put_pair(row_sink& sink, const uint8_t* first, const uint8_t* second) {
+// Out of line, as the next one: put_row() then needs no stack of its own.
+[[gnu::noinline]] void put_pair(row_sink& sink, const uint8_t* first, const uint8_t* second) {
   const plane_rows made = make_pair(sink);
   sink.kernels->planes[static_cast<int>(sink.from)][sink.mirrored](made, first, second, sink.padded);
   put_made_pair(sink, made);
+}
+
+[[gnu::noinline]] void put_cut_row(const row_sink& sink, int64_t at, const uint8_t* row) {
+  uint8_t* const staging = sink.context->scratch;
+  pack_row(sink, staging, row);
+  sink.out.store(at, staging, static_cast<int64_t>(sink.pixels) * bytes_per_pixel(sink.to));
 }
 
 // How many rows of `step` bytes, the first at `at`, begin before the end of the destination. Rows of no bytes don't
@@ -84,10 +91,7 @@ void put_row(row_sink& sink, const uint8_t* row) {
     return;
   }
   const int64_t at = sink.places.luma.at(sink.row++);
-  if (sink.direct) return pack_row(sink, sink.out.base + at, row);
-  uint8_t* const staging = sink.context->scratch;
-  pack_row(sink, staging, row);
-  sink.out.store(at, staging, static_cast<int64_t>(sink.pixels) * bytes_per_pixel(sink.to));
+  sink.direct ? pack_row(sink, sink.out.base + at, row) : put_cut_row(sink, at, row);
 }
 
 void put_flat_rows(const row_sink& sink, int64_t first, int64_t count, uint8_t luma, uint8_t chroma) {

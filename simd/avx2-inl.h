@@ -5,7 +5,7 @@ namespace ppl::PPL_LEVEL {
 
 PPL_INLINE void store_halves(void* first, void* second, vec<32> a) {
   storeu(first, vec<16>{_mm256_castsi256_si128(a.v)});
-  storeu(second, vec<16>{_mm256_extracti128_si256(a.v, 1)});
+  _mm_storeu_si128(static_cast<__m128i_u*>(second), _mm256_extracti128_si256(a.v, 1));
 }
 template <class At>
 PPL_INLINE void load_16s_to(vec<32>& d, At&& at) {
