@@ -124,7 +124,8 @@ void unbias(uint8_t* to, const uint8_t* from, int n) {
 // A vector of luma and one of words, interleaved, to 2 * V::size bytes.
 template <byte_order kOrder, bool kReversed, class V>
 PPL_INLINE void put_packed(uint8_t* at, V luma, V words) {
-  kReversed ? store_packed<kOrder>(at, reverse8(luma), reverse16(words)) : store_packed<kOrder>(at, luma, words);
+  kReversed ? store_packed<kOrder>(at, reverse8(luma), reverse16(words))
+            : store_packed<kOrder>(at, luma, words);
 }
 
 // Runs body<order, reversed>() for what is asked for.

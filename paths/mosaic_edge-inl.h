@@ -110,7 +110,7 @@ PPL_INLINE void mosaic_edge_rows(const mosaic_edge_args& a) {
       const column<V> next(behind);
       each_of<2>([&](int i) __attribute__((always_inline)) {
         e_odd[i] = sharpened(band, i, odds[i + 1], even_columns, odd_columns, next);
-        y_odd[i] = clamp_u8_16(grey.at<0>(e_odd[i]));
+        if constexpr (!kThreePlanes) y_odd[i] = grey.at<0>(e_odd[i]);
       });
     }
     V before[4];
@@ -118,19 +118,21 @@ PPL_INLINE void mosaic_edge_rows(const mosaic_edge_args& a) {
       return odd(loadu<V>(a.rows[r] + x - 2));
     };
     each_of<2>([&](int i) __attribute__((always_inline)) {
-      before[i + 1] = kThreePlanes ? raw(i + 1) : left_of_even(a.rows[i + 1] + x, odds[i + 1], y_odd[i]);
+      before[i + 1] =
+          kThreePlanes ? raw(i + 1) : left_of_even(a.rows[i + 1] + x, odds[i + 1], clamp_u8_16(y_odd[i]));
     });
     before[0] = a.rows[0] == a.rows[2] ? before[2] : raw(0);
     before[3] = a.rows[3] == a.rows[1] ? before[1] : raw(3);
     const column<V> previous(before);
     each_of<2>([&](int i) __attribute__((always_inline)) {
       e_even[i] = sharpened(band, i, evens[i + 1], previous, even_columns, odd_columns);
-      const V y = join_clamp8(grey.at<0>(e_even[i]), y_odd[i]);
-      store(a.plane[0][i] + x, y);
       if constexpr (kThreePlanes) {
+        store(a.plane[0][i] + x, join_clamp8(grey.at<0>(e_even[i]), grey.at<0>(e_odd[i])));
         store(a.plane[1][i] + x, join_clamp8(grey.at<1>(e_even[i]), grey.at<1>(e_odd[i])));
         store(a.plane[2][i] + x, join_clamp8(grey.at<2>(e_even[i]), grey.at<2>(e_odd[i])));
       } else {
+        const V y = join_clamp8(grey.at<0>(e_even[i]), y_odd[i]);
+        store(a.plane[0][i] + x, y);
         store(a.rows[i + 1] + x, y);
         if (a.plane[1][i] != nullptr)
           store(a.plane[1][i] + x, join_clamp8(grey.at<1>(e_even[i]), grey.at<2>(e_even[i])));

@@ -91,7 +91,8 @@ void join(uint8_t* row, const uint8_t* y, const uint8_t* u, const uint8_t* v, ui
     V chroma[2];
     interleave8(loadu<V>(u + x), loadu<V>(v + x), chroma[0], chroma[1]);
     for (int k = 0; k < 2; ++k)
-      store_packed<byte_order::yuyv>(row + 4 * x + 2 * V::size * k, loadu<V>(y + 2 * x + V::size * k), chroma[k]);
+      store_packed<byte_order::yuyv>(row + 4 * x + 2 * V::size * k, loadu<V>(y + 2 * x + V::size * k),
+                                     chroma[k]);
   });
 }
 

@@ -34,8 +34,7 @@ PPL_INLINE void halves_in_order(vec<32> lo, vec<32> hi, vec<32>& first, vec<32>&
 // Lanes of a, then of b, of each 16 bytes. gcc takes three steps for the one.
 template <int kOrder>
 PPL_INLINE vec<32> two_of_each(vec<32> a, vec<32> b) {
-  return {_mm256_castps_si256(
-      _mm256_shuffle_ps(_mm256_castsi256_ps(a.v), _mm256_castsi256_ps(b.v), kOrder))};
+  return {_mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a.v), _mm256_castsi256_ps(b.v), kOrder))};
 }
 PPL_INLINE vec<32> even32_in_16s(vec<32> a, vec<32> b) {
   return two_of_each<_MM_SHUFFLE(2, 0, 2, 0)>(a, b);
