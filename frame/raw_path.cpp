@@ -13,7 +13,7 @@ void draw_run(const frame_job& job, uint8_t* out, const uint8_t* source, int64_t
   const row_kernels& k = *job.context->kernels->rows;
   switch (job.format) {
     case out_format::i420:
-      (halved ? k.halve : k.copy)(out, source, n, false);
+      k.copy_or_halve(halved)(out, source, n, false);
       break;
     case out_format::yuyv:
       for (int64_t i = 0; i < n; ++i, out += 2) {

@@ -35,7 +35,7 @@ struct size_rule {
       if constexpr (kSize < 0)
         w.kernels->widen(to, row + x, n / 2, {left_of(w, row, x), w.h_mirror, 0});
       else
-        (kSize == 0 ? w.rows->copy : w.rows->halve)(to, row + x, n, w.h_mirror);
+        w.rows->copy_or_halve(kSize > 0)(to, row + x, n, w.h_mirror);
       settle<kWhole>(w, at, block, kBlock);
     }
     w.luma += int64_t{blocks} * plan.i420.luma_tile_step;

@@ -11,6 +11,7 @@
 #include <stdint.h>
 
 #include "output/output_kernels.h"
+#include "platform/levels.h"
 #include "record/context.h"
 #include "record/destination.h"
 #include "record/job.h"
@@ -108,10 +109,27 @@ inline int byte_at(const output_writer& w, int64_t at) {
 void fill_row(const output_writer& w, int64_t at, int64_t pitch, int n);
 void repeat_row(const output_writer& w, int64_t to, int64_t from, int n);
 
-// RGB24 and RGB32: what the pixels of row i are made from, from column x on.
-rgb_source rgb_source_of(const output_writer& w, const finished_rows& rows, int i, int x);
-// Both rows as they are, of pixels of 3 or 4 bytes.
-void put_rgb_rows(const output_writer& w, const finished_rows& rows, int pixel_bytes, int64_t pitch,
-                  int64_t tile_step);
+// ---- RGB24 and RGB32
+
+inline uint8_t* scratch_plane(const output_writer& w, int i) {
+  return w.planes + i * kPlanePitch;
+}
+// Planes of R, G, B from column x on.
+template <class Plane>
+rgb_source from_planes(Plane* const (&plane)[3], int x) {
+  return {rgb_source::planes, {plane[0] + x, plane[1] + x, plane[2] + x}};
+}
+// R, G, B of row i: where the path left them, or converted into three scratch planes from the one told on.
+rgb_source planes_of(const output_writer& w, const finished_rows& rows, int i, int scratch);
+// Both rows in their own size.
+void put_rgb_rows(const output_writer& w, const finished_rows& rows, int64_t pitch, int64_t tile_step);
+// n pixels from 2n columns: the even ones; but RGB32 is mirrored before that, and so takes the odd ones. `half`: room
+// for three planes of n bytes.
+void put_halved_rgb(const kernels& k, out_format format, uint8_t* to, const rgb_source& from, int n,
+                    bool mirrored, uint8_t* const (&half)[3]);
+inline void put_halved_rgb(const output_writer& w, uint8_t* to, const rgb_source& from, int n) {
+  put_halved_rgb(*w.context->kernels, w.format, to, from, n, w.h_mirror,
+                 {scratch_plane(w, 3), scratch_plane(w, 4), scratch_plane(w, 5)});
+}
 
 }  // namespace ppl

@@ -48,6 +48,7 @@ struct output_kernels {
   // Every second column of 2n, with the words of every second pair; any n.
   void (*pack_halved)(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, bool reversed,
                       byte_order order);
+  auto pack_or_halve(bool halved) const { return halved ? pack_halved : pack; }
   // 2n pixels from n: luma as in widen without tiles, each word twice.
   void (*pack_doubled)(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, int outside,
                        bool reversed, byte_order order);
@@ -58,6 +59,7 @@ struct output_kernels {
   // ---- RGB: n pixels as B, G, R or B, G, R, 0; any n
   void (*rgb24)(uint8_t* to, const rgb_source& from, int n, bool reversed);
   void (*rgb32)(uint8_t* to, const rgb_source& from, int n, bool reversed);
+  auto rgb(out_format format) const { return format == out_format::rgb24 ? rgb24 : rgb32; }
   // The same conversion to planes; n a multiple of 16.
   void (*rgb_planes)(uint8_t* const to[3], const rgb_source& from, int n);
 };

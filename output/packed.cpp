@@ -31,7 +31,7 @@ void put_blocks(output_writer& w, const finished_rows& rows, int first_tile, int
     if (d < 0)
       k.pack_doubled(to, luma + x, words, n, left_of(w, luma, x), w.h_mirror, order);
     else
-      (d == 0 ? k.pack : k.pack_halved)(to, luma + x, words, n, w.h_mirror, order);
+      k.pack_or_halve(d > 0)(to, luma + x, words, n, w.h_mirror, order);
     settle<kWhole>(w, at + i * pitch, block, d < 0 ? 64 : 32);
   }
   w.luma += int64_t{blocks} * plan.packed.tile_step;

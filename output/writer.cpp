@@ -1,9 +1,6 @@
 // The writer's parts that all formats share.
 #include "output/output.h"
 
-#include "output/output_kernels.h"
-#include "platform/levels.h"
-
 namespace ppl {
 
 namespace {
@@ -46,6 +43,9 @@ void repeat_row(const output_writer& w, int64_t to, int64_t from, int n) {
   for (int64_t i = 0; i < n; ++i) put_byte(w, to + i, byte_at(w, from + i));
 }
 
+namespace {
+
+// What the pixels of row i are made from, from column x on.
 rgb_source rgb_source_of(const output_writer& w, const finished_rows& rows, int i, int x) {
   const uint8_t *const a = rows.plane[0][i] + x, *const b = rows.plane[1][i] + x;
   if (w.quality.rgb == rgb_form::yuv_words) return {rgb_source::yuv_words, {a, b, nullptr}};
@@ -53,18 +53,34 @@ rgb_source rgb_source_of(const output_writer& w, const finished_rows& rows, int 
           {a, b, rows.plane[2][i] + x}};
 }
 
-void put_rgb_rows(const output_writer& w, const finished_rows& rows, int pixel_bytes, int64_t pitch,
-                  int64_t tile_step) {
-  const auto pack = pixel_bytes == 3 ? w.kernels->rgb24 : w.kernels->rgb32;
-  const int bytes = kTileColumns * pixel_bytes;
+}  // namespace
+
+rgb_source planes_of(const output_writer& w, const finished_rows& rows, int i, int scratch) {
+  const rgb_source from = rgb_source_of(w, rows, i, 0);
+  if (from.kind == rgb_source::planes) return from;
+  uint8_t* const to[3] = {scratch_plane(w, scratch), scratch_plane(w, scratch + 1),
+                          scratch_plane(w, scratch + 2)};
+  w.kernels->rgb_planes(to, from, w.width);
+  return from_planes(to, 0);
+}
+
+void put_rgb_rows(const output_writer& w, const finished_rows& rows, int64_t pitch, int64_t tile_step) {
   for (int i = 0; i < 2; ++i)
     put_all_tiles(w, [&]<bool kWhole>(int first, int tiles) {
       uint8_t block[64];
       const int64_t at = run_start(w.luma + i * pitch + first * tile_step, tiles, tile_step);
-      pack(making_place<kWhole>(w, at, block), rgb_source_of(w, rows, i, first * kTileColumns),
-           tiles * kTileColumns, w.h_mirror);
-      settle<kWhole>(w, at, block, bytes);
+      w.kernels->rgb(w.format)(making_place<kWhole>(w, at, block),
+                               rgb_source_of(w, rows, i, first * kTileColumns), tiles * kTileColumns,
+                               w.h_mirror);
+      settle<kWhole>(w, at, block, kTileColumns * bytes_per_pixel(w.format));
     });
+}
+
+void put_halved_rgb(const kernels& k, out_format format, uint8_t* to, const rgb_source& from, int n,
+                    bool mirrored, uint8_t* const (&half)[3]) {
+  const int first = mirrored && format == out_format::rgb32 ? 1 : 0;
+  for (int i = 0; i < 3; ++i) k.rows->halve(half[i], from.plane[i] + first, n, false);
+  k.output->rgb(format)(to, from_planes(half, 0), n, mirrored);
 }
 
 output_writer make_writer(const frame_job& job, quality_rules quality) {

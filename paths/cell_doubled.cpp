@@ -2,6 +2,7 @@
 //
 // Row pair p makes rows 4p and 4p + 2 of luma (or of the format) and row 2p of chroma; all others are rounded-up means
 // of the rows beside them. A picture that runs upwards has row r of these one place above the bottom.
+#include "output/output.h"
 #include "paths/cells.h"
 
 namespace ppl::cells {
@@ -105,7 +106,7 @@ void double_joined(const cell_frame& f, int p) {
     widen(f, wide[2], a.b, f.columns, kTile);
     for (int i = 0; i < 2; ++i) {
       widen(f, wide[1], a.g[i], f.columns, kTile);
-      f.output->rgb24(to[i], {rgb_source::planes, {wide[0], wide[1], wide[2]}}, f.pixels, false);
+      f.output->rgb24(to[i], from_planes(wide, 0), f.pixels, false);
     }
   } else {
     f.kernels->cells_to_words(a);

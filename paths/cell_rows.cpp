@@ -1,4 +1,5 @@
 // From the mosaic in row storage to finished rows of a format.
+#include "output/output.h"
 #include "paths/cells.h"
 
 namespace ppl::cells {
@@ -24,25 +25,19 @@ cell_rows cells_of(const cell_frame& f) {
 
 namespace {
 
-// One row of RGB from planes. Halved, RGB24 takes the even columns and mirrors them; RGB32 mirrors before it takes
-// every second column, and so comes to the odd ones.
 void put_rgb(const cell_frame& f, uint8_t* to, const uint8_t* r, const uint8_t* g, const uint8_t* b) {
-  const output_kernels& k = *f.output;
-  rgb_source from = {rgb_source::planes, {r, g, b}};
-  if (f.halved) {
-    const int first = f.mirrored && f.job->format == out_format::rgb32 ? 1 : 0;
-    for (int i = 0; i < 3; ++i) {
-      uint8_t* const half = wide_row(f.context, i);
-      f.rows->halve(half, from.plane[i] + first, f.pixels, false);
-      from.plane[i] = half;
-    }
-  }
-  (f.job->format == out_format::rgb24 ? k.rgb24 : k.rgb32)(to, from, f.pixels, f.mirrored);
+  const rgb_source from = {rgb_source::planes, {r, g, b}};
+  ppl_context* const c = f.context;
+  if (f.halved)
+    put_halved_rgb(*c->kernels, f.job->format, to, from, f.pixels, f.mirrored,
+                   {wide_row(c, 0), wide_row(c, 1), wide_row(c, 2)});
+  else
+    f.output->rgb(f.job->format)(to, from, f.pixels, f.mirrored);
 }
 
 void put_grey(const cell_frame& f, const made_rows& out) {
   ppl_context* const c = f.context;
-  const auto take = f.halved ? f.rows->halve : f.rows->copy;
+  const auto take = f.rows->copy_or_halve(f.halved);
   for (int i = 0; i < 2; ++i) {
     if (out.row[i] == nullptr) continue;
     const uint8_t* const s = plane(c, kEven + i);
@@ -67,7 +62,7 @@ void put_i420(const cell_frame& f, const made_rows& out) {
     return f.kernels->cells_to_yuv(a);
   }
   f.kernels->cells_to_yuv(a);
-  const auto take = f.halved ? f.rows->halve : f.rows->copy;
+  const auto take = f.rows->copy_or_halve(f.halved);
   for (int i = 0; i < 2; ++i)
     if (out.row[i] != nullptr) take(out.row[i], a.luma[i], f.pixels, f.mirrored);
   if (out.u != nullptr) {
@@ -80,7 +75,7 @@ void put_i420(const cell_frame& f, const made_rows& out) {
 void put_packed(const cell_frame& f, const made_rows& out) {
   const cell_rows a = cells_of(f);
   f.kernels->cells_to_words(a);
-  const auto pack = f.halved ? f.output->pack_halved : f.output->pack;
+  const auto pack = f.output->pack_or_halve(f.halved);
   for (int i = 0; i < 2; ++i)
     if (out.row[i] != nullptr)
       pack(out.row[i], a.luma[i], a.words, f.pixels, f.mirrored, order_of(f.job->format));

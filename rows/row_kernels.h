@@ -13,6 +13,7 @@ struct row_kernels {
   void (*fill)(uint8_t* to, int64_t n, uint8_t even, uint8_t odd);
   // The bytes at even places of 2n.
   void (*halve)(uint8_t* to, const uint8_t* from, int64_t n, bool reversed);
+  auto copy_or_halve(bool halved) const { return halved ? halve : copy; }
   // Rounded-up means of two rows.
   void (*mean)(uint8_t* to, const uint8_t* a, const uint8_t* b, int64_t n);
   // Packed YUYV to planes and back; a multiple of 32 pixels.
