@@ -3,6 +3,7 @@
 #include <ppl_qualities.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "failure.h"
 
@@ -184,6 +185,14 @@ Picture BayerWorker::picture() {
   if (mirror_columns_) mirror_columns(picture);
   if (mirror_rows_) mirror_rows(picture);
   return picture;
+}
+
+Bytes mosaic_of(Bytes source, const ppl_sensor_frame& sensor) {
+  Job job;
+  job.sensor = sensor;
+  BayerWorker worker(job, Controls(), Format::i420);
+  worker.source() = std::move(source);
+  return worker.prepare();
 }
 
 }  // namespace tool

@@ -86,4 +86,7 @@ class BayerWorker {
   Bytes source_, mosaic_, frame_, scratch_, encoded_, part_source_, part_frame_;
 };
 
+// A frame as a sensor sends it, as the library takes it: 8 bits, B, Gb on even rows.
+Bytes mosaic_of(Bytes source, const ppl_sensor_frame&);
+
 }  // namespace tool

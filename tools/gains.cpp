@@ -47,11 +47,7 @@ Gains GainsCommand::of_card(const Bytes& mosaic) const {
 void GainsCommand::run() {
   frame.settle(Format::bayer);
   refuse_same_file(frame.paths[0], output);
-  Job job;
-  job.sensor = frame.sensor();
-  BayerWorker worker(job, Controls(), Format::i420);
-  worker.source() = frame.read(Format::bayer);
-  const Bytes& mosaic = worker.prepare();
+  const Bytes mosaic = mosaic_of(frame.read(Format::bayer), frame.sensor());
   Gains found;
   if (!region.empty()) {
     found = of_card(mosaic);

@@ -8,32 +8,17 @@
 #include <string>
 #include <vector>
 
+#include "support/fenced.h"
+
 extern "C" unsigned header_version();
 
 namespace {
 
 using bytes = std::vector<uint8_t>;
 
-// Bytes at a multiple of 64, or so many behind one.
-class buffer {
- public:
-  explicit buffer(size_t n, uint8_t value = 0, size_t offset = 0) : memory_(n + 128, value) {
-    const auto at = reinterpret_cast<uintptr_t>(memory_.data());
-    data_ = memory_.data() + (64 - at % 64) % 64 + offset;
-    size_ = n;
-  }
-  uint8_t* data() { return data_; }
-  uint8_t& operator[](size_t i) { return data_[i]; }
-  size_t size() const { return size_; }
-  bool all(uint8_t v) const {
-    return std::all_of(data_, data_ + size_, [v](uint8_t b) { return b == v; });
-  }
-  bytes content() const { return bytes(data_, data_ + size_); }
-
- private:
-  bytes memory_;
-  uint8_t* data_;
-  size_t size_;
+// Bytes at a multiple of 64, or so many after one; zero if not said.
+struct buffer : support::fenced {
+  explicit buffer(size_t n, uint8_t value = 0, size_t offset = 0) : fenced(n, value, offset) {}
 };
 
 class header : public testing::Test {
