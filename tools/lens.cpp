@@ -23,9 +23,9 @@ struct LensCommand {
 void LensCommand::run() {
   frame.settle(Format::bayer);
   refuse_same_file(frame.paths[0], output);
+  const Bytes mosaic = mosaic_of(frame.read(Format::bayer), frame.sensor());
   if (frame.width < 128 || frame.height < 96 || frame.width > 2048 || frame.height > 2048)
     misuse("a ", frame.width, " x ", frame.height, " frame won't do: 128 x 96 to 2048 x 2048");
-  const Bytes mosaic = mosaic_of(frame.read(Format::bayer), frame.sensor());
   // The library corrects shading in front of the black level.
   uint32_t scratch[768];
   ppl_auto_lens found;
