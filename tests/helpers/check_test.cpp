@@ -301,9 +301,13 @@ TEST_F(check, conversions_by_the_table) {
       {{704, 480}, {176, 128}}, {{704, 480}, {352, 240}}, {{704, 480}, {352, 288}},  {{704, 576}, {704, 576}},
       {{704, 480}, {704, 576}}, {{704, 480}, {352, 243}}, {{720, 480}, {720, 481}},  {{720, 576}, {720, 580}},
       {{320, 240}, {640, 480}}, {{64, 8}, {64, 8}}};
+  // The pictures are large: each conversion takes every third pair, the next conversion its neighbour.
+  size_t turn = 0;
   every_conversion([&](ppl_plan p) {
     if (p.process && p.input == PPL_FORMAT_UYVY) return;
-    for (const auto& pair : pairs) {
+    ++turn;
+    for (size_t i = turn % 3; i < std::size(pairs); i += 3) {
+      const auto& pair = pairs[i];
       p.width = pair.in.width;
       p.height = pair.in.height;
       p.out_width = pair.out.width;
