@@ -59,7 +59,7 @@ void reduce_to_8_bits(int32_t* out, const int32_t* m) {
   for (int i = 0; i < 9; ++i) out[i] = rounded_shift(static_cast<uint32_t>(m[i]), 4);
 }
 
-// Looks one bit further than a lane holds: 32768 to 65535 pass and turn negative in the lane.
+// Tests one bit more than a lane holds: 32768 to 65535 pass and turn negative in the lane.
 int32_t clamp17(int32_t v) {
   if (fits_i17(v)) return v;
   return v > 0 ? 32767 : -32768;
@@ -71,7 +71,7 @@ int32_t offset_lane(int32_t offset) {
 
 }  // namespace
 
-// From 8 + 8 fraction bits to 6. Group 1 rounds twice, 2 and 3 once; the fourth group feeds no frame.
+// From 8 + 8 fraction bits to 6. Group 1 is rounded twice, 2 and 3 once; no frame uses the fourth group.
 bool ppl::rebuild_colour_matrices(ppl_context* c) {
   const int32_t* s = c->sensor_matrix;
   for (int i = 0; i < 3; ++i) {

@@ -1,9 +1,9 @@
 // Black level, delta and gain, per colour of the mosaic, and the tables and gains that reach no picture.
 //
-// A row of the mosaic alternates between two colours, so each control becomes two vectors whose lanes alternate:
-// B and Gb for even rows, Gr and R for odd ones. These setters store first and test then: a refused value can be
-// read back, the vectors keep what they held. A setter of one colour tests that colour alone but rebuilds from
-// the stored value of its partner too, refused or not.
+// A row of the mosaic alternates between two colours, so each control becomes two vectors whose lanes alternate: B and
+// Gb for even rows, Gr and R for odd ones. These setters store before they test: a refused value can be read back,
+// while the vectors keep what they held. A setter of one colour tests that colour alone, but rebuilds from the stored
+// value of its partner too, refused or not.
 #include "controls/defaults.h"
 #include "controls/vectors.h"
 
@@ -103,7 +103,7 @@ uint8_t ppl_reset_optical_black_b_gb_gr_r(ppl_context* c) {
   return ppl_set_optical_black_b_gb_gr_r(c, 0, 0, 0, 0);
 }
 
-// The dekneel tables are kept for the caller; no frame reads them. The copies answer false though they took.
+// The dekneel tables are kept for the caller; no frame reads them. The copies are made, and the answer is false.
 const uint8_t* ppl_r_dekneel_table(const ppl_context* c) {
   return c->r_dekneel_table;
 }
@@ -240,7 +240,7 @@ uint32_t ppl_nf88_quals_b_gain(const ppl_context* c) {
   return c->nf88_quals_b_gain;
 }
 
-// The four quals setters answer false whether they took or not.
+// The four quals setters answer false whether they stored the value or not.
 uint8_t ppl_set_quals_rgb_gain(ppl_context* c, uint32_t r, uint32_t g, uint32_t b) {
   c->nf88_quals_r_gain = r;
   c->nf88_quals_g_gain = g;

@@ -1,7 +1,7 @@
 // The library-wide gamma tables: 65 tone curves, from the darkest (row 0) over the default (row 32) to the
 // brightest (row 64), in full range and in studio range. A caller may replace either block for all contexts.
 //
-// The built-in data is written by controls/generate_gamma_tables.py, which also tells the rule.
+// The built-in data is written by controls/generate_gamma_tables.py, which has the rule.
 #pragma once
 
 #include <stdint.h>

@@ -1,4 +1,4 @@
-// Medium filter (hot and dead pixels) and green balance. Values are stored first and tested then.
+// Medium filter (hot and dead pixels) and green balance. Values are stored before they are tested.
 #include "controls/defaults.h"
 #include "controls/vectors.h"
 

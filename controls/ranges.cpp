@@ -1,8 +1,8 @@
 // Ranges that decide which 2 x 2 cells of the mosaic count in the qualified means.
 //
-// Ranges of samples are refused, and not stored, unless they lie in 0 to 255. Ranges of differences are refused,
-// and not stored, only if they are empty; bounds whose exclusive neighbours do not fit in 16 bits are stored and
-// refused then, with the vectors kept.
+// Ranges of samples are refused, and not stored, unless they lie in 0 to 255. Ranges of differences are refused, and
+// not stored, only if they are empty; if a bound's exclusive neighbour does not fit in 16 bits they are stored, then
+// refused, and the vectors stay.
 #include "controls/defaults.h"
 #include "controls/vectors.h"
 

@@ -1,9 +1,9 @@
 // All controls to their defaults.
 #include "record/context.h"
 
-// The order matters: saturation and hue rebuild with the contrast of the slot's last life, and the contrast reset
-// rebuilds them once more with its own. Frame size, frame count, statistics and leftovers stay.
-// The result is that of the lens reset, which is false: by default there is no table.
+// The order matters: saturation and hue rebuild the matrices with the contrast that the slot had last, and the reset
+// of contrast rebuilds them with its own. Frame size, frame count, statistics and leftovers stay. The result is that
+// of the lens reset, which is false: by default there is no table.
 uint8_t ppl_reset_all_controls(ppl_context* c) {
   ppl_reset_decimation(c);
   ppl_reset_quality(c);

@@ -1,4 +1,4 @@
-// Read-out of a frame's statistics. Most getters lead into the record; the centre-weighted ones compute.
+// Read-out of a frame's statistics. Most getters return pointers into the record; the centre-weighted ones compute.
 #include "paths/qualities.h"
 #include "record/context.h"
 
@@ -18,7 +18,7 @@ const uint32_t* words(const rgb32& means) {
   return &means.r;
 }
 
-// Where a quality fills no cells, what is known of its frames is the mean of the whole frame.
+// Qualities that fill no cells give the mean of the whole frame.
 bool centre_from_frame(const ppl_context* c) {
   return quality_of(*c).centre_from_frame;
 }
@@ -29,7 +29,7 @@ uint32_t sum(const ppl_context* c, const uint8_t* cells, int count, int componen
   return total;
 }
 
-// 48 parts of the grid's mean, one part per ring cell and k parts per central cell: with its share in the grid's
+// The grid's mean counts 48 times, each ring cell once and each central cell k times: with its share in the grid's
 // mean a central cell counts k + 1 times.
 const uint32_t* centre_weighted(const ppl_context* c, uint32_t k, uint32_t* result) {
   if (centre_from_frame(c)) return words(c->whole_frame_means);

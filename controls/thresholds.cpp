@@ -1,4 +1,4 @@
-// Filter thresholds. Here the setter tests first: above the limit nothing is stored.
+// Filter thresholds. These setters test first: above the limit nothing is stored.
 //
 // A limit is the largest sum of samples that its threshold is compared with.
 #include "controls/defaults.h"

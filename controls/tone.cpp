@@ -109,7 +109,7 @@ uint8_t ppl_set_contrast_c(ppl_context* c, int32_t contrast, uint32_t* out_x, ui
   return ppl_set_contrast_xy(c, x, y);
 }
 
-// Given a null table the copies do nothing, and answer as ever.
+// With a null table nothing is copied, and the answer is the same.
 uint8_t ppl_copy_contrast_table(ppl_context* c, const uint8_t* table) {
   if (!table) return 1;
   copy_table(c->contrast_table, table);

@@ -6,13 +6,13 @@ namespace ppl {
 
 namespace {
 
-// Null where a call has fewer sources than three.
+// Null, for calls with fewer than three sources.
 bool aligned(const conversion_call& call, uintptr_t to) {
   return ppl::aligned(to, call.output, call.source[0], call.source[1], call.source[2]);
 }
 
-// Sizes are those of the call, whatever they are, and products wrap in 32 bits: no sizes have been looked at. There is
-// no picture without all that it is made from.
+// Sizes are those of the call, not tested yet, and products wrap in 32 bits. There is no picture unless every buffer
+// that it needs is there.
 void last_resort_picture(const conversion& conv, const ppl_context* c, const conversion_call& call) {
   const row_kernels& k = *c->kernels->rows;
   const uint32_t pixels = call.out_width * call.out_height;

@@ -10,7 +10,7 @@ namespace ppl {
 enum class method : uint8_t {
   progressive,  // whole frames, row by row
   twelve_bit,   // whole frames of the 12-bit packed layout
-  weave,        // two fields, as they stand
+  weave,        // two fields, unchanged
   motion,       // two fields, chroma of the later one tested against the earlier one
   count_only,   // no picture
 };

@@ -26,11 +26,11 @@ struct plane_rows {
 
 struct convert_kernels {
   // Row operations. All means round up: (a + b + 1) >> 1.
-  // The later row, its chroma bytes replaced by the mean of kept and below where the motion test says so. The kept
-  // row goes to kept_out as it stands, if that is not null.
+  // The later row, its chroma bytes replaced by the mean of kept and below where the motion test says so. The kept row
+  // is copied to kept_out, if that is not null.
   void (*blend[kByteOrders])(uint8_t* out, uint8_t* kept_out, const blend_rows& rows, int pixels,
                              int threshold);
-  // in_pixels is a multiple of 16; out gets a half or a quarter of them, and up to 64 bytes of padding behind.
+  // in_pixels is a multiple of 16; out gets a half or a quarter of them, and up to 64 bytes of padding.
   void (*shrink_2[kByteOrders])(uint8_t* out, const uint8_t* in, int in_pixels);
   void (*shrink_4[kByteOrders])(uint8_t* out, const uint8_t* in, int in_pixels);
   // Twice the pixels, YUYV only.
@@ -46,7 +46,7 @@ struct convert_kernels {
   // Luma of both rows and the mean of their chroma; [1] with each output row reversed.
   void (*planes[kByteOrders][2])(const plane_rows& out, const uint8_t* in_0, const uint8_t* in_1, int pixels);
 
-  // Units of 48 bytes of the 12-bit byte_order to 32 luma bytes and 16 mixed chroma bytes each; [1] with the units in
+  // Units of 48 bytes of the 12-bit layout to 32 luma bytes and 16 mixed chroma bytes each; [1] with the units in
   // reversed order and luma reversed.
   void (*twelve_bit[2])(uint8_t* luma, uint8_t* chroma, const uint8_t* in, int units);
 };

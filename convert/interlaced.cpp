@@ -29,8 +29,8 @@ void blend_row(const fields& f, const row_sink& sink, int i, uint8_t* out, uint8
       out, kept_out, {kept, kept + f.pitch, f.earlier + at, f.later + at}, f.pixels, f.threshold);
 }
 
-// A tested row and the one above it reach the picture in one go where rows are made in place: at full size no row
-// is longer than the way to the next.
+// A tested row and the one above it are made in one go where rows are made in place: at full size no row is longer
+// than the distance to the next.
 void weave(const fields& f, row_sink& sink) {
   for (int i = 0; i < f.rows; i++) {
     const int64_t at = i * f.pitch;
@@ -51,7 +51,7 @@ void shrink(const fields& f, row_sink& sink, int decimation, int64_t rows) {
   }
 }
 
-// Four rows from each pair, every one twice as wide. Above the first pair stands its own kept row.
+// Four rows from each pair, every one twice as wide. The first pair has its own kept row above it.
 void double_rows(const fields& f, row_sink& sink) {
   const convert_kernels& k = *sink.kernels;
   uint8_t* const blended = ring_row(sink.context, kSinkRows);
@@ -110,9 +110,9 @@ void convert_interlaced(const conversion_job& job) {
   const int64_t top = drawn(c->top_black_lines) & of_black, bottom = drawn(c->bottom_black_lines) & of_black;
   const int64_t image = (d == 0 ? 2 * f.rows : f.rows / d) & (planes ? in_pairs : all);
   int64_t first_top = 0, first_image = top, first_bottom = top + image;
-  // RGB24 sits one row off where there is a count of top lines, even a negative one. At full size the image then begins
-  // on the last black row, and always one row is drawn by no one below it. Shrunk, the image begins a row later, black
-  // rows a row before their place.
+  // RGB24 lies one row off where there is a count of top lines, even a negative one. At full size the image then
+  // begins on the last black row, and one row below the image is never drawn. Shrunk, the image begins a row later,
+  // and black rows lie a row before their place.
   if (rgb) {
     const int64_t off = c->top_black_lines != 0 ? 1 : 0;
     if (d == 0) {

@@ -1,8 +1,7 @@
 // The motion test between two fields of the same parity, and the row that comes out of it.
 //
-// Only chroma takes part: one chroma byte per 16-bit word, U and V alternating as they stand. With d(x) the
-// chroma of the later field less that of the earlier one, 0 on both sides of the row, and S the sum of
-// d(x - 1), d(x), d(x + 1), a word moves if
+// Only chroma takes part: one chroma byte per 16-bit word, U and V in turn. With d(x) the chroma of the later field
+// less that of the earlier one, 0 on both sides of the row, and S the sum of d(x - 1), d(x), d(x + 1), a word moves if
 //
 //   |S - 3 d(x - 1)| + |S - 3 d(x)| + |S - 3 d(x + 1)| > threshold.
 //
@@ -14,7 +13,7 @@
 // saturated. Where a value saturates, the span is 127 or more in bytes as it is in words; elsewhere both are the
 // same (a test goes through every p and q). So bytes decide rightly up to a half threshold of 126.
 //
-// The row above is read here anyway: where both rows go to the picture as they are, it is passed on at once.
+// The row above is read here anyway: where both rows reach the picture unchanged, it is copied in the same pass.
 #pragma once
 
 #include "convert/convert_kernels.h"
@@ -45,7 +44,8 @@ PPL_INLINE void blend_with(uint8_t* out, uint8_t* kept_out, const blend_rows& ro
   if (threshold >> 1 <= kByteLimit) {
     const V limit = set8<V>(threshold >> 1);
     V bytes_before = pack_s8(q, q);
-    // Differences of words that saturate never do so here; the plain ones a compiler takes apart and does thrice.
+    // No difference of words saturates here. A saturating subtraction is used because the compiler would work out a
+    // plain one three times.
     const auto two_steps = [&](V d_after) {
       const V d_second = difference(x + V::size), q_first = subs_s16(move_down16(d, d_second), d);
       q = subs_s16(move_down16(d_second, d_after), d_second);

@@ -17,8 +17,8 @@ PPL_INLINE V store_luma(uint8_t* luma_0, uint8_t* luma_1, const uint8_t* in_0, c
   return mean_chroma<L>(a0, a1, b0, b1);
 }
 
-// Four places are written in turn while two are read, more than processors fetch ahead by themselves. Of a row that
-// gets Step bytes at `out` now, `done` before them: the lines of 64 bytes that will be its turn soon.
+// Four places are written and two read in turn, more than processors prefetch by themselves. `out` is where Step bytes
+// of a row go now, `done` bytes after its start: fetches the lines of 64 bytes that come soon.
 template <int Step, bool Mirror>
 PPL_INLINE void fetch_ahead(const uint8_t* out, ptrdiff_t done) {
   constexpr ptrdiff_t kAhead = 256;

@@ -42,7 +42,7 @@ static void shrink_row_4(uint8_t* out, const uint8_t* in, int in_pixels) {
   }
 }
 
-// Ya U Yb V and the macropixel behind it, Ya' U' Yb' V', give
+// Ya U Yb V and the next macropixel, Ya' U' Yb' V', give
 //   Ya, U, mean(Ya, Yb), V   and   Yb, mean(U, U'), mean(Yb, Ya'), mean(V, V').
 template <class V>
 struct widened {
@@ -59,8 +59,8 @@ PPL_INLINE widened<V> widen_macropixels(V here, V next) {
   return w;
 }
 
-// Calls step(position, widened vectors of each row) along rows of the same length. Behind the last macropixel
-// stands an identical one.
+// Calls step(position, widened vectors of each row) along rows of the same length. The last macropixel is followed by
+// itself.
 template <int Rows, class Step>
 PPL_INLINE void walk_widened(const uint8_t* const (&in)[Rows], int in_pixels, Step&& step) {
   const int last = 2 * in_pixels - 16;

@@ -37,8 +37,8 @@ void pack_row(const row_sink& sink, uint8_t* out, const uint8_t* row) {
   sink.out.store(at, staging, static_cast<int64_t>(sink.pixels) * bytes_per_pixel(sink.to));
 }
 
-// How many rows of `step` bytes, the first at `at`, begin before the end of the destination. Rows of no bytes don't
-// count: however many there are, nothing is drawn.
+// How many rows of `step` bytes, the first at `at`, begin before the end of the destination. Rows of no bytes do not
+// count: nothing of them is drawn.
 int64_t rows_begun(const row_sink& sink, int64_t at, int64_t step) {
   return step <= 0 || at >= sink.out.bytes ? 0 : (sink.out.bytes - at + step - 1) / step;
 }
@@ -98,7 +98,7 @@ void put_flat_rows(const row_sink& sink, int64_t first, int64_t count, uint8_t l
   const picture_rows& at = sink.places;
   if (count <= 0) return;
   if (sink.to == out_format::i420) {
-    // A step at a time: where planes overlap the order counts.
+    // Pair by pair, since the order counts where planes overlap.
     const auto least = [](int64_t a, int64_t b) { return a < b ? a : b; };
     const int64_t y = at.luma.at(first), u = at.u.at(first / 2), v = at.v.at(first / 2);
     const int64_t begun = rows_begun(sink, y, 2 * at.luma.step) + rows_begun(sink, u, at.u.step);

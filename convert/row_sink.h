@@ -1,7 +1,7 @@
 // Where finished rows go: the end that all conversions share.
 //
-// A conversion hands over finished rows of packed 4:2:2 in image order: a row of the caller's source as it is, or one
-// that it made where make_row() told it. The sink packs them in the format of the picture.
+// A conversion hands over finished rows of packed 4:2:2 in image order: rows of the caller's source, or rows made
+// where make_row() said. The sink packs them in the format of the picture.
 //
 // Black line counts are not tested when they are set, so a picture's rows can lie outside the destination, and the
 // planes of I420 on top of one another. Whether that is so is found out once, when the sink is opened: a direct sink
@@ -53,12 +53,12 @@ struct canvas {
 // A sink for image rows first_row .. first_row + image_rows - 1. Row 0 is the first in memory, for RGB24 the last.
 row_sink open_sink(ppl_context* c, const canvas& on, int64_t first_row, int64_t image_rows);
 
-// Where the next row may be made, or one of the three behind it. Good until four rows later.
+// Where to make the next row, or one of the three after it. Good until four rows later.
 uint8_t* make_row(const row_sink& sink, int ahead = 0);
 // The next row has been made there.
 void put_made_row(row_sink& sink);
 void put_row(row_sink& sink, const uint8_t* row);
-// Flat rows from row `first` on; in I420 two at a time, an odd last one is not drawn. RGB24 has 0 for any colour.
+// Flat rows from row `first` on; in I420 two at a time, and an odd last one is not drawn. In RGB24 they are black.
 void put_flat_rows(const row_sink& sink, int64_t first, int64_t count, uint8_t luma, uint8_t chroma);
 
 // Where to make the next two rows and their chroma: in the destination if the sink is direct, else in row storage.
@@ -71,7 +71,7 @@ inline plane_rows make_pair(const row_sink& sink) {
   uint8_t* const u_row = base + at.u.at(p);
   return {{first, first + at.luma.step}, u_row, u_row + (at.v.start - at.u.start)};
 }
-// The two rows have been made there, and `made` tells of which planes.
+// The two rows have been made in the planes of `made`.
 void store_pair(const row_sink& sink, const plane_rows& made);  // what of it falls inside the destination
 inline void put_made_pair(row_sink& sink, const plane_rows& made) {
   if (!sink.direct) store_pair(sink, made);

@@ -64,13 +64,13 @@ void roll_up_statistics(ppl_context* c) {
   roll_up_counted(c->qual_means, c->qual_count, static_cast<uint32_t>(c->stats_scale));
 }
 
-// The road of a frame: its quality's, but only counted where the quality does not run, rows of the source overlap, or a
-// buffer that it needs is null.
+// The road of a frame is its quality's. It is only counted where the quality does not run, where rows of the source
+// overlap, or where a buffer that it needs is null.
 int road_of(const frame_job& job, const quality_row& quality) {
   const ppl_context* c = job.context;
   const int road = quality.facts().road;
   if (road == PPL_ROAD_COUNTED || c->frame_stride < c->frame_width) return PPL_ROAD_COUNTED;
-  // A raw frame of another size draws nothing, but answers as raw.
+  // A raw frame of a size that is not drawn still answers as raw.
   if (road != PPL_ROAD_RAW && !ppl_quality_runs(quality.quality, uint32_t(job.format), c->decimation))
     return PPL_ROAD_COUNTED;
   const bool visited = c->tiles_per_row > 0 && c->row_pairs > 0;
@@ -80,7 +80,7 @@ int road_of(const frame_job& job, const quality_row& quality) {
   return lacks ? PPL_ROAD_COUNTED : road;
 }
 
-// True for a frame that a quality's path handled or that was only counted, false for a raw one.
+// True for a frame that was made or only counted, false for a raw one.
 bool quality_dispatch(const frame_job& job) {
   ppl_context* c = job.context;
   const quality_row& quality = quality_of(*c);

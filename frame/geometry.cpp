@@ -36,7 +36,7 @@ int32_t wrapping_mul(int32_t a, int32_t b) {
   return static_cast<int32_t>(static_cast<uint32_t>(a) * static_cast<uint32_t>(b));
 }
 
-// Black lines are the caller's untested numbers: sums and products wrap.
+// Black lines are untested numbers of the caller: sums and products wrap.
 void set_output_size(ppl_context* c, int32_t d, int32_t black_lines) {
   c->out_width = decimated(c->frame_width, d);
   c->out_half_width = c->out_width / 2;
@@ -45,8 +45,8 @@ void set_output_size(ppl_context* c, int32_t d, int32_t black_lines) {
   c->out_quarter_pixels = c->out_pixels / 4;
 }
 
-// What a decoder frame of one size becomes. With `by_total` the output may be higher than the decimated input:
-// the lines that lack are drawn black, half of them (rounded down) above the picture.
+// The picture that a decoder frame of one size becomes. With `by_total` the output may be higher than the decimated
+// input: the missing lines are drawn black, half of them (rounded down) above the picture.
 struct conversion {
   uint16_t in_width, in_height, out_width, out_height;
   int16_t decimation;
@@ -112,7 +112,8 @@ bool find_placement(uint32_t in_width, uint32_t in_height, uint32_t out_width, u
 
 }  // namespace
 
-// The grid starts at the top left corner; tiles and row pairs that the divisions leave over count in the outside cell.
+// The grid starts at the top left corner; the tiles and row pairs that remain after division belong to the outside
+// cell.
 bool rebuild_frame_tables(ppl_context* c) {
   c->cell_tiles = c->frame_width / 16 / kGridColumns;
   c->cell_row_pairs = c->frame_height / 2 / kGridRows;

@@ -1,5 +1,5 @@
-// The raw path: the mosaic's samples as grey, with no front end, no mirror and no statistics. At a decimation
-// that a format does not know here, nothing is drawn; I420 still gets its mark.
+// The raw path: the mosaic's samples as grey, with no front end, no mirror and no statistics. At decimations that a
+// format does not have here nothing is drawn, but for the mark of I420.
 #include "frame/frame_call.h"
 #include "platform/levels.h"
 #include "rows/row_kernels.h"
@@ -46,7 +46,7 @@ void draw(const frame_job& job, int64_t first, const uint8_t* source, int64_t n,
   if (first >= 0 && run.bytes > 0) draw_run(job, job.out.base + run.first, source, run.bytes / bytes, halved);
 }
 
-// At a decimation that a format does not know here there is nothing to draw.
+// Whether the format has the decimation here.
 bool draws(const frame_job& job) {
   const int32_t d = job.context->decimation;
   return d == 0 || (d == 1 && job.format != out_format::rgb24);
@@ -82,7 +82,7 @@ void draw_moving_mark(const frame_job& job) {
     const int64_t pitch = c->out_width / 2;
     int64_t at = int64_t{c->out_pixels} + c->out_quarter_pixels + column * bw + down;
     const int64_t end = at + bh * pitch;
-    // A height that has wrapped can place rows before the frame, millions of them: those are passed over at once.
+    // A height that has wrapped can place millions of rows before the frame: those are skipped at once.
     if (at + bw <= 0) at += (-at - bw) / pitch * pitch;
     for (; at < end && at < job.out.bytes; at += pitch) fill(job, at, bw, 255);
   }

@@ -72,8 +72,7 @@ source_row row_of(const scaler_plane& p, uint32_t row) {
   return {at, p.source_end - at};
 }
 
-// Passes a row of one plane. A row from which the pass could read behind the source is copied first, with zeros
-// behind it.
+// Passes a row of one plane. A row that the pass could read beyond the source is first copied, followed by zeros.
 struct planar_pass {
   ppl_context* context;
   const scaler_plane* plane;
@@ -93,8 +92,8 @@ struct planar_pass {
   }
 };
 
-// Passes a packed row as planes: luma and chroma walk with the same step, so the columns of luma, as far as
-// needed, are those of U and V.
+// Passes a packed row as planes. Luma and chroma advance by the same step, so the columns worked out for luma serve U
+// and V as well.
 struct packed_pass {
   ppl_context* context;
   const scaler_plane* plane;
@@ -132,10 +131,10 @@ struct packed_pass {
   }
 };
 
-// Down the destination rows, with at most two passed lines at a time: that of source row r in the first line buffer if
-// r is even, in the second if it is odd; of a plane of one row in both. Where lines do not run into one another
-// (`whole_groups`), a row that counts nothing is not passed, and a line that makes one destination row alone, and is
-// not needed again, is passed to its place at once.
+// Goes down the destination rows, keeping at most two passed lines: that of source row r in the first line buffer if r
+// is even, in the second if it is odd; of a plane of one row, in both. Where lines do not run into one another
+// (`whole_groups`), a row of weight 0 is not passed, and a line that makes one destination row alone and is not needed
+// again is passed straight to its place.
 template <class Pass>
 void walk_rows(ppl_context* c, const scaler_plane& p, bool whole_groups, const Pass& read) {
   constexpr uint32_t kNone = ~0u;

@@ -6,12 +6,12 @@
 // lines. The walk moves on by one source row per destination row at most: below half height the picture therefore
 // comes from the rows near the top, with the weights of the true positions.
 //
-// Whole groups are written: planar lines and all destination rows in groups of 16 bytes, packed lines in groups
-// of 64. The two line buffers stand in the ring pool one directly behind the other, so at a row length that is no
-// multiple of the group a line's last group runs into the next, and destination rows lie at the rounded-up pitch.
+// Whole groups are written: planar lines and all destination rows in groups of 16 bytes, packed lines in groups of 64.
+// The two line buffers follow one another directly in the ring pool, so at a row length that is no multiple of the
+// group the last group of a line runs into the next line, and destination rows lie at the rounded-up pitch.
 //
-// Bounds: nothing is written behind `destination_end`; bytes at and behind `source_end` read as 0. Where two lines
-// do not fit the ring pool, or the destination has no width or height, nothing is written.
+// Bounds: nothing is written from `destination_end` on; bytes from `source_end` on read as 0. Where two lines do not
+// fit the ring pool, or the destination has no width or height, nothing is written.
 #pragma once
 
 #include <stdint.h>
@@ -21,7 +21,7 @@
 namespace ppl {
 
 struct scaler_plane {
-  const uint8_t* source;  // rows one directly behind the other
+  const uint8_t* source;  // rows without gaps
   const uint8_t* source_end;
   uint32_t source_width, source_height;
   uint8_t* destination;
@@ -32,9 +32,9 @@ struct scaler_plane {
 // One 8-bit plane. Always true.
 bool frame_scaler_planar(ppl_context* c, const scaler_plane& p);
 
-// A YUYV frame; the widths are row bytes. Luma and chroma walk with the same step, each over its own samples. The
+// A YUYV frame; the widths are row bytes. Luma and chroma advance by the same step, each over its own samples. The
 // limit of the right neighbour is the row's length in bytes, so a row's last pixel is blended with the next row's
-// first, and the frame's last with the 4 bytes behind the frame. Always true.
+// first, and the frame's last with the 4 bytes after the frame. Always true.
 bool frame_scaler_packed(ppl_context* c, const scaler_plane& p);
 
 }  // namespace ppl

@@ -17,9 +17,9 @@ PPL_INLINE uint8_t blend_one(uint32_t a, uint32_t b, uint32_t f) {
 
 // ---- lines of one plane
 
-// Two bytes for each output in both tables. Gathered: the index of its sample, and the weight. Shuffled: where its
-// pair stands in its window, and the weights of the two. Both begin at multiples of 64. A window is 16 bytes of the row
-// that hold the samples of 8, 4 or 2 outputs.
+// Both tables have two bytes for each output, and begin at multiples of 64. Gathered: the index of its sample, and the
+// weight. Shuffled: the places of its pair in their window, and the weights of the two. A window is 16 bytes of the
+// row that hold the samples of 8, 4 or 2 outputs.
 struct column_tables {
   uint16_t* sample;
   uint16_t* weight;
@@ -40,7 +40,7 @@ PPL_INLINE uint32_t weight_at(uint32_t p, uint32_t limit) {
   return p >> 20 < limit ? p >> 12 & 255 : 0;
 }
 
-// False where samples stand too far apart for any window: the last of one begins 14 bytes behind the first at most.
+// False where samples lie too far apart for any window: the last of one begins at most 14 bytes after the first.
 bool prepare_shuffles(scaler_columns& c) {
   if (!kShufflesBytes) return false;
   const uint32_t step = c.step, limit = c.limit, count = c.count;
@@ -69,7 +69,7 @@ void prepare_gathering(const scaler_columns& c) {
   }
 }
 
-// A row has 2048 samples at most, and a line less than 64 outputs behind its last: only positions of steps above 14
+// A row has 2048 samples at most, and a line less than 64 outputs beyond its last: only positions of steps above 14
 // can wrap, and those are gathered or taken one by one.
 void prepare(scaler_columns& c) {
   if (c.step == kOne) {
@@ -88,7 +88,7 @@ void prepare(scaler_columns& c) {
   }
 }
 
-// `last`: the sample in the row that has no right neighbour, counted from here.
+// `last`: the sample without a right neighbour, counted from the start of `row`.
 void doubled_line(const uint8_t* row, uint8_t* out, int count, int last) {
   const auto pairs = [&]<class V>(int x, V& first, V& second) {
     const V a = loadu<V>(row + x);

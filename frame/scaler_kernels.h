@@ -30,7 +30,7 @@ struct scaler_kernels {
   // Chooses the way of a line and fills its tables.
   void (*prepare)(scaler_columns&);
   // Horizontal pass of one plane by a way other than `copied` and `halved`, which are row kernels: outputs first ..
-  // first + count - 1, first a multiple of 32, count of 16. Reads up to 16 bytes behind the last sample that it uses.
+  // first + count - 1, first a multiple of 32, count of 16. Reads up to 16 bytes after the last sample that it uses.
   void (*line)(const scaler_columns&, const uint8_t* row, uint8_t* line, uint32_t first, uint32_t count);
   // Vertical pass: out = blend(top, bottom, weight) for exactly `bytes` bytes.
   void (*blend)(const uint8_t* top, const uint8_t* bottom, uint32_t weight, uint8_t* out, uint32_t bytes);

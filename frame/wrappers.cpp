@@ -1,5 +1,5 @@
-// The thirty exports by name: a test of the buffers for 8-byte alignment with a last-resort picture where it
-// fails, the decimation that the name promises, and for I420 and YUYV a scaling pass behind the frame call.
+// The thirty exports by name: a test of the buffers for 8-byte alignment, with a last-resort picture where it fails;
+// the decimation that the name promises; and for I420 and YUYV a scaling pass after the frame call.
 #include "frame/frame_call.h"
 #include "frame/scaler.h"
 #include "record/output_plan.h"
@@ -7,8 +7,8 @@
 namespace ppl {
 namespace {
 
-// Last resort of the YUV formats: n source bytes as they are, and half as many of 128 behind them. It is sized by
-// the export's promise alone, also where the source is smaller. No picture without both buffers.
+// Last resort of the YUV formats: n source bytes, then half as many of 128. Only the export's promise gives the size,
+// even where the source is smaller. No picture without both buffers.
 uint8_t raw_picture(const uint8_t* source, uint8_t* destination, uint32_t n) {
   if (source == nullptr || destination == nullptr) return 0;
   for (uint32_t i = 0; i < n; ++i) destination[i] = source[i];
@@ -66,8 +66,8 @@ struct scaled_call {
   uint8_t* scratch;  // receives the frame at input size
 };
 
-// What the frame call is to be told. A scaled call looks for all its buffers before it starts: the destination, of
-// `bytes` bytes, counts where the format is resampled.
+// What the frame call is told. A scaled call needs all its buffers before it starts; the destination, of `bytes`
+// bytes, is one of them where the format is resampled.
 bayer_call frame_of(const scaled_call& s, int64_t bytes) {
   const bool lacks = s.source == nullptr || s.scratch == nullptr || (bytes > 0 && s.destination == nullptr);
   return {s.source, s.scratch, s.width, s.height, s.stride, lacks};
@@ -96,7 +96,7 @@ bool ppl_process_blrtoyuyv_scaled(ppl_context* c, const scaled_call& s) {
   const int64_t bytes = frame_bytes(out_format::yuyv, s.out_width, s.out_height);
   const call_result r = run_frame_call(c, out_format::yuyv, frame_of(s, bytes));
   if (!r.ran) return r.ok;
-  // A row's last pixel reads 4 bytes on: the caller allows them behind the frame.
+  // The last pixel of a row reads 4 bytes more: the caller provides them after the frame.
   const uint8_t* const scratch_end = s.scratch + output_bytes(c, out_format::yuyv) + 4;
   return r.ok & frame_scaler_packed(c, {s.scratch, scratch_end, 2 * s.width, s.height, s.destination,
                                         s.destination + bytes, 2 * s.out_width, s.out_height});

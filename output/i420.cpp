@@ -3,8 +3,8 @@
 //   decimation 0   both rows; U, V of the even row, one block of 16 for two tiles
 //   halved         even columns of the even row; U, V of every second word of the even row of odd row pairs,
 //                  one block for four tiles
-//   doubled        each row widened to means and samples by turns and put on every second row, U and V bytes
-//                  twice; then the rows between are filled with means of their neighbours
+//   doubled        each row widened, means and samples in turn, on every second row; U and V bytes twice; then the
+//                  rows between filled with means of their neighbours
 #include "output/output.h"
 
 namespace ppl {

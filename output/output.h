@@ -2,9 +2,9 @@
 //
 // Positions are byte offsets from the frame's base and move by the output plan alone. In an ordinary frame every row
 // of tiles is one run of bytes inside the frame, and the writer stores whole rows without a test. In all others
-// (pointers that drift or overlap at odd tile counts, decimation 2, black lines that do not fit) it goes tile by
-// tile, in the order of the plan, every store cut to the frame: what lands outside within a row of it goes to a margin
-// in the record, where the filling of a row at the frame's edge finds it.
+// (pointers that drift or overlap at odd tile counts, decimation 2, black lines that do not fit) it goes tile by tile,
+// in the order of the plan, and every store is cut to the frame. Bytes that miss the frame by no more than a row are
+// kept in a margin in the record, where fill_row() finds them.
 #pragma once
 
 #include <stddef.h>
@@ -40,7 +40,7 @@ struct output_writer {
   out_format format;
   destination out;
   int64_t luma;                     // next tile's place; packed and RGB formats use this one alone
-  int64_t chroma;                   // I420: next U block's place; V lies out_quarter_pixels behind
+  int64_t chroma;                   // I420: next U block's place; V lies out_quarter_pixels further on
   int32_t tiles, row_pairs, width;  // width: 16 * tiles
   int32_t decimation;
   quality_rules quality;
@@ -62,8 +62,8 @@ void put_rgb32(output_writer& w, int row_pair, const finished_rows& rows);
 
 // ---- what they are made of
 
-// Rows are made of blocks of one or more tiles. put<kWhole>(first, tiles) puts the blocks that end in `tiles` tiles
-// from `first` on: an ordinary frame takes whole rows, any other tile after tile.
+// Rows are made of blocks of one or more tiles. put<kWhole>(first, tiles) puts the blocks that end in tiles first ..
+// first + tiles - 1: all at once in an ordinary frame, tile by tile in any other.
 template <class Put>
 void put_all_tiles(const output_writer& w, Put&& put) {
   if (w.ordinary) return put.template operator()<true>(0, w.tiles);
@@ -80,7 +80,7 @@ constexpr block_run blocks_of(int first, int tiles, int group) {
 constexpr int64_t run_start(int64_t at, int count, int64_t step) {
   return step < 0 ? at + (count - 1) * step : at;
 }
-// Where to make a run of blocks: its place, or the memory for one block, from where settle() stores it.
+// Where to make a run of blocks: in its place, or in memory for one block, which settle() then stores.
 template <bool kWhole>
 uint8_t* making_place(const output_writer& w, int64_t at, uint8_t* block) {
   return kWhole ? w.out.base + at : block;
@@ -90,13 +90,13 @@ void settle(const output_writer& w, int64_t at, const uint8_t* block, int n) {
   if (!kWhole) w.out.store(at, block, n);
 }
 
-// What a doubled row has to the left of its sample at column x.
+// The sample that a doubled row has to the left of column x.
 inline uint8_t left_of(const output_writer& w, const uint8_t* row, int x) {
   return x > 0 ? row[x - 1] : w.h_mirror ? 0 : row[0];
 }
 
-// The first byte of the row of `n` bytes in which the tiles' pointers give `at`: under the mirror they give the row's
-// last block, of so many bytes.
+// The first byte of a row of `n` bytes, from the place `at` that the plan gives: under the mirror that is the row's
+// last block, of `block` bytes.
 inline int64_t row_start(const output_writer& w, int64_t at, int n, int block) {
   return w.h_mirror ? at + block - n : at;
 }
@@ -104,8 +104,8 @@ inline int byte_at(const output_writer& w, int64_t at) {
   const uint8_t* const from = w.out.place(at);
   return from != nullptr ? *from : 0;
 }
-// Doubled pictures: the row of n bytes at `at` becomes the mean of the rows `pitch` bytes below and above it; the row
-// at `to` becomes a copy of that at `from`.
+// Doubled pictures: fill_row() makes the row of n bytes at `at` the mean of those `pitch` bytes before and after it;
+// repeat_row() copies the row at `from` to `to`.
 void fill_row(const output_writer& w, int64_t at, int64_t pitch, int n);
 void repeat_row(const output_writer& w, int64_t to, int64_t from, int n);
 
@@ -119,12 +119,12 @@ template <class Plane>
 rgb_source from_planes(Plane* const (&plane)[3], int x) {
   return {rgb_source::planes, {plane[0] + x, plane[1] + x, plane[2] + x}};
 }
-// R, G, B of row i: where the path left them, or converted into three scratch planes from the one told on.
+// R, G, B of row i: as the path left them, or converted into three scratch planes, the first of them `scratch`.
 rgb_source planes_of(const output_writer& w, const finished_rows& rows, int i, int scratch);
 // Both rows in their own size.
 void put_rgb_rows(const output_writer& w, const finished_rows& rows, int64_t pitch, int64_t tile_step);
-// n pixels from 2n columns: the even ones; but RGB32 is mirrored before that, and so takes the odd ones. `half`: room
-// for three planes of n bytes.
+// n pixels from 2n columns: the even ones. RGB32 is mirrored before they are taken, and so gets the odd ones. `half`
+// is room for three planes of n bytes.
 void put_halved_rgb(const kernels& k, out_format format, uint8_t* to, const rgb_source& from, int n,
                     bool mirrored, uint8_t* const (&half)[3]);
 inline void put_halved_rgb(const output_writer& w, uint8_t* to, const rgb_source& from, int n) {

@@ -1,4 +1,4 @@
-// The output stage's vector code for one level.
+// This room's vector code for one level.
 #include "output/output_kernels.h"
 
 #include "output/yuv_to_rgb-inl.h"
@@ -11,7 +11,7 @@ namespace ppl::PPL_LEVEL {
 namespace {
 
 // Walks a run of any length: step<V>(at, x) makes kBytes bytes of each of the samples x .. x + V::size - 1, and stores
-// them at `at`. The last samples, where they don't fill a vector, are made aside.
+// them at `at`. The last samples, where they do not fill a vector, are made in a block of their own and copied.
 template <int kBytes, class Step>
 PPL_INLINE void walk_run(uint8_t* to, int n, bool reversed, Step&& step) {
   const int whole = n & ~15, rest = n - whole;
@@ -25,8 +25,8 @@ PPL_INLINE void walk_run(uint8_t* to, int n, bool reversed, Step&& step) {
                    size_t{kBytes} * static_cast<size_t>(rest));
 }
 
-// Two runs interleaved by samples of kSample bytes. Reversed they are made in ascending order and turned as a whole
-// on the way out, so that b comes first there.
+// Two runs interleaved by samples of kSample bytes. Reversed, they are interleaved in ascending order, b first, and
+// turned round as they are stored.
 template <int kSample, class V>
 PPL_INLINE void put_interleaved(uint8_t* at, bool reversed, V a, V b) {
   const auto interleave = [](V x, V y, V(&out)[2]) {
@@ -55,7 +55,7 @@ PPL_INLINE void widen_samples(uint8_t* to, const uint8_t* from, int n, const uin
       left = select(to_mask8(repeat16<V>(tile_starts)), avg8(left, loadu<V>(from + x - 2 * kSample)), left);
     put_interleaved<kSample>(at, reversed, avg8(sample, left), sample);
   });
-  // The bytes left of the run are nobody's: the first mean is made apart.
+  // Left of the run are other bytes: the first mean is made again, from the sample outside.
   uint8_t* const first = to + (reversed ? 2 * (n - kSample) : 0);
   for (int i = 0; i < kSample; ++i) first[i] = static_cast<uint8_t>((from[i] + outside[i] + 1) >> 1);
 }
@@ -91,7 +91,7 @@ void split_words(uint8_t* u, uint8_t* v, const uint8_t* words, int n, bool rever
 void split_every_second(uint8_t* u, uint8_t* v, const uint8_t* words, int n, bool reversed) {
   walk_exact(n, [&]<class V>(int x) {
     const auto at = [&](int i) { return loadu<V>(words + 4 * x + i * V::size); };
-    // Two steps of every second: bytes (U, V) of all words, then every second of those.
+    // All U bytes and all V bytes first, then every second of each.
     const V u_all[2] = {even_bytes(at(0), at(1)), even_bytes(at(2), at(3))};
     const V v_all[2] = {odd_bytes(at(0), at(1)), odd_bytes(at(2), at(3))};
     put(u, n, x, reversed, even_bytes(u_all[0], u_all[1]));
@@ -128,7 +128,7 @@ PPL_INLINE void put_packed(uint8_t* at, V luma, V words) {
             : store_packed<kOrder>(at, luma, words);
 }
 
-// Runs body<order, reversed>() for what is asked for.
+// Runs body<order, reversed>() for the two arguments.
 template <class Body>
 PPL_INLINE void with_order(byte_order order, bool reversed, Body&& body) {
   if (order == byte_order::yuyv)

@@ -1,7 +1,7 @@
-// The entry points of the output stage's vector code, which qualities 3 and 13 use too; copies and halves of single
-// planes are in rows/row_kernels.h. Sources are row storage (see tile/kernels.h) and may be read up to the next
-// multiple of 64; destinations get exactly the bytes told and may be the caller's memory. Counts are multiples of 16,
-// but for runs whose count is called any. "reversed" writes a run end for end.
+// The entry points of the output stage's vector code, also used for frames made cell by cell; copies and halves of
+// single planes are in rows/row_kernels.h. Sources are row storage (see tile/kernels.h) and may be read up to the next
+// multiple of 64. Destinations get exactly the bytes told and may be the caller's memory. Counts are multiples of 16,
+// or anything where it says "any n". "reversed" writes a run end for end.
 #pragma once
 
 #include <stdint.h>
@@ -21,8 +21,8 @@ struct rgb_source {
 struct widen_rule {
   uint8_t outside;  // the sample left of the first
   bool reversed;
-  // 8 or 16, where reversed: at the first sample of a tile of so many the mean of the two samples to its left stands
-  // for the nearer one. 0: tiles do not show.
+  // Where reversed, 8 or 16: the samples of a tile. A tile's first sample is then averaged with the mean of the two
+  // samples to its left, not with the nearer one. 0: no tiles.
   uint8_t tile;
 };
 
@@ -30,7 +30,7 @@ struct output_kernels {
   // ---- single planes
   // 2n bytes from n samples; any n.
   void (*widen)(uint8_t* to, const uint8_t* from, int n, widen_rule rule);
-  // Bytes with the top bit turned: 128 taken off again.
+  // Bytes with the top bit flipped: without the 128 that was added.
   void (*unbias)(uint8_t* to, const uint8_t* from, int n);
 
   // ---- chroma words (U, V with 128 added for two columns) to planes: n U bytes and n V bytes from n words; every
@@ -39,10 +39,10 @@ struct output_kernels {
   void (*split_every_second)(uint8_t* u, uint8_t* v, const uint8_t* words, int n, bool reversed);
   void (*split_doubled)(uint8_t* u, uint8_t* v, const uint8_t* words, int n, bool reversed);
 
-  // 2n words from n as widen makes bytes: the first its own neighbour, in tiles of 8 words; any n.
+  // 2n words from n, as widen makes bytes: tiles of 8 words, the first word its own neighbour; any n.
   void (*widen_words)(uint8_t* to, const uint8_t* words, int n, bool reversed);
 
-  // ---- packed 4:2:2: n pixels of luma and words; reversed by pixels, U staying in front of V
+  // ---- packed 4:2:2: n pixels of luma and words; reversed by pixels, U still before V
   void (*pack)(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, bool reversed,
                byte_order order);
   // Every second column of 2n, with the words of every second pair; any n.
@@ -52,8 +52,8 @@ struct output_kernels {
   // 2n pixels from n: luma as in widen without tiles, each word twice.
   void (*pack_doubled)(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, int outside,
                        bool reversed, byte_order order);
-  // The row between two rows of packed pixels, n bytes, a multiple of 64. In every 64 bytes only the first 32 are
-  // means of a (at the lower address) and b; the last two 16s take the second 16 means for b.
+  // The row between two rows of packed pixels, n bytes, a multiple of 64. Of every 64 bytes only the first 32 are
+  // means of a (at the lower address) and b; the third and the fourth 16 are means of a and of the second 16.
   void (*packed_gap)(uint8_t* to, const uint8_t* a, const uint8_t* b, int n);
 
   // ---- RGB: n pixels as B, G, R or B, G, R, 0; any n

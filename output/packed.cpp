@@ -3,8 +3,8 @@
 //   decimation 0   both rows, each with its own chroma
 //   halved         even columns of the even row with the words of every second pair, one block for two tiles
 //   doubled        luma widened, each word twice, on every second row; then the rows between (see packed_gap), the
-//                  last row repeated. YUYV leaves the rows between out in the main stage of quality 15 and of
-//                  quality 2 with the medium filter: they keep what the caller's buffer held.
+//                  last row repeated. Where rows_between says so, YUYV leaves them out in the main stage: they keep
+//                  what the caller's buffer held.
 #include "output/output.h"
 
 namespace ppl {

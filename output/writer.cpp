@@ -1,16 +1,17 @@
-// The writer's parts that all formats share.
+// The parts of a writer that all formats share.
 #include "output/output.h"
 
 namespace ppl {
 
 namespace {
 
-// The frame is what the plan was made for: whole tile groups, no lost or negative black lines, nothing overlapping.
+// Whether the frame is what the plan was made for: whole groups of tiles, no lost or negative black lines, nothing
+// overlapping.
 bool is_ordinary(const ppl_context& c, const frame_job& job) {
   const int d = c.decimation, tiles = c.tiles_per_row, row_pairs = c.row_pairs;
   if (d < -1 || d > 1 || c.frame_width != kTileColumns * tiles || c.frame_height != 2 * row_pairs)
     return false;
-  // Blocks of U and V come from two tiles, halved luma and RGB24 blocks too, halved U and V from four.
+  // Two tiles make a block of U and V, of halved luma and of halved RGB24; four make a block of halved U and V.
   const bool i420 = job.format == out_format::i420;
   if (i420 && (tiles & (d > 0 ? 3 : 1)) != 0) return false;
   if (d > 0 && (tiles & 1) != 0 && job.format != out_format::rgb32) return false;

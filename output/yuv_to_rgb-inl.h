@@ -2,7 +2,8 @@
 //   R = 128 Y, + 128 V, + 64, >> 7     G = -65 V, + 128 Y, - 25 U, + 64, >> 7     B = 128 Y, + 128 U, + 64, >> 7
 // each clamped to 0..255. All come to a sum of bytes, clamped:
 //   R = Y + V     G = Y + (-65 V - 25 U + 64 >> 7), at most 32767 - 25 U + 64 >> 7     B = Y + U
-// In green the order shows: with Y = 255, V = -128 the first sum sticks at the top before U's term, hence its limit.
+// The order shows in green: with Y = 255, V = -128 the first sum saturates before U's term is taken off, hence its
+// limit.
 #pragma once
 
 #include "output/output_kernels.h"
@@ -22,7 +23,7 @@ PPL_INLINE V add_signed(V y, V chroma) {
   return subs_u8(adds_u8(y, subs_u8(chroma, zero_chroma)), subs_u8(zero_chroma, chroma));
 }
 
-// What green adds to Y, with 128 added, and its limit, not yet clamped. The constants undo the 128 of U and of V.
+// Green less Y, with 128 added, and its limit, neither clamped yet. The constants undo the 128 in U and in V.
 template <class V>
 PPL_INLINE V green_change(V words) {
   return srl16<7>(add16(weigh_bytes<-25, -65>(words), set16<V>(128 * 128 + 64 + 128 * (25 + 65))));

@@ -25,7 +25,7 @@ constexpr stage_kind kEvenFlatBlocks = {flat_blocks_stage, {2, 1}, stage_kind::e
 constexpr stage_kind kOddFlatBlocks = {flat_blocks_stage, {2, 1}, stage_kind::odd_row, true};
 void start_flat_colours(walk& w, const demosaic_block& block, bool edge);
 
-// Quality 12's sharpening of the mosaic, with its colour conversion (paths/mosaic_edge.cpp).
+// The sharpening of the mosaic, with its colour conversion (paths/mosaic_edge.cpp).
 void mosaic_edge_stage(walk& w, const stage& s, int first);
 constexpr stage_kind kMosaicEdgeRows = {mosaic_edge_stage, {1}, stage_kind::even_row, true};
 
@@ -41,8 +41,8 @@ inline constexpr demosaic_block kDirectedOddBlocks = {kOddFlatBlocks, &tile_kern
                                                       flat_colours::odd_blocks};
 inline constexpr demosaic_block kMosaicEdge = {kMosaicEdgeRows, nullptr, false, flat_colours::none};
 
-// In the record's scratch, after what the walk takes: the flat colours of a row of blocks, and the rows that they are
-// made from.
+// In the record's scratch, after what the walk takes: the flat colours of a row of blocks, and the rows from which
+// they are made.
 constexpr int kFlatScratch = (kWalkScratch + 63) / 64 * 64 + 64;
 constexpr int kFlatRows = 8;
 constexpr int kBlockScratch = kFlatScratch + kFlatRows * kRowPitch;  // bytes taken

@@ -1,4 +1,4 @@
-// The doubled picture of quality 3: widened rows, with means between them and the last row in memory twice.
+// The doubled picture made cell by cell: widened rows, means between them, and one row at the end twice.
 //
 // Row pair p makes rows 4p and 4p + 2 of luma (or of the format) and row 2p of chroma; all others are rounded-up means
 // of the rows beside them. A picture that runs upwards has row r of these one place above the bottom.
@@ -8,9 +8,8 @@
 namespace ppl::cells {
 namespace {
 
-// The rows of a row pair once widened, and those of the row pair before. In place they are rows of the frame; in
-// a clipped frame they are made aside, three sets in turn, because a row that falls outside still shapes its
-// neighbours.
+// The widened rows of a row pair, and those of the row pair before. In place they are rows of the frame. In a clipped
+// frame they are made aside, three sets in turn, because a row outside the frame still enters the means beside it.
 struct doubled_rows {
   // Luma, or the format's rows; `before` is the second of the row pair before.
   uint8_t *first, *second, *before;
@@ -31,7 +30,7 @@ doubled_rows rows_of(const cell_frame& f, int p) {
   }
   uint8_t* const first = aside(f.context, 2 * p % 3);
   uint8_t* const second = aside(f.context, (2 * p + 1) % 3);
-  // The second row leaves the chroma of its set alone: that of the row pair before.
+  // The set of the second row keeps its chroma: that of the row pair before.
   return {first,           second,           aside(f.context, (2 * p + 2) % 3),
           first + kAsideU, second + kAsideU, first + kAsideV,
           second + kAsideV};
@@ -48,14 +47,14 @@ void put_aside(const cell_frame& f, const row_grid& g, int row, const uint8_t* a
   if (f.place == placing::clipped) put_mean(f, g, row, a, a, n);
 }
 
-// A picture that runs upwards has its first row twice, the copy below it; one that runs downwards its last row.
+// A picture that runs upwards repeats its first row below it; one that runs downwards repeats its last.
 void put_copy(const cell_frame& f, const row_grid& g, int p, int rows, const uint8_t* first,
               const uint8_t* last, int n) {
   if (g.step < 0 && p == 0) put_mean(f, g, -1, first, first, n);
   if (g.step > 0 && p == f.row_pairs - 1) put_mean(f, g, rows * p + rows - 1, last, last, n);
 }
 
-// Rows 4p and 4p + 2 are the row pair's own, those between and before them means; in chroma, row 2p is.
+// Rows 4p and 4p + 2 are the row pair's own; those between and before them are means. In chroma the own row is 2p.
 void put_luma(const cell_frame& f, int p, const doubled_rows& d, int n) {
   put_aside(f, f.places.luma, 4 * p, d.first, n);
   put_aside(f, f.places.luma, 4 * p + 2, d.second, n);
@@ -78,7 +77,7 @@ void double_i420(const cell_frame& f, int p) {
   widen(f, d.second, a.luma[1], f.columns, kTile);
   widen(f, d.u, a.u, f.columns / 2, kTile / 2);
   widen(f, d.v, a.v, f.columns / 2, kTile / 2);
-  // Planes can overlap in a clipped frame, so the order counts: own rows, means towards the row pair before, copies.
+  // Planes can overlap in a clipped frame, so the order matters: own rows, means with the row pair before, copies.
   const int n = f.pixels;
   put_luma(f, p, d, n);
   put_aside(f, f.places.u, 2 * p, d.u, n / 2);

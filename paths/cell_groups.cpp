@@ -1,4 +1,5 @@
-// Groups of 32 columns in two rows along the plan's pointers, wherever these lead; what falls outside is dropped.
+// Groups of 32 columns in two rows along the plan's pointers, wherever these lead; bytes outside the frame are
+// dropped.
 #include "paths/cells.h"
 #include "record/output_plan.h"
 
@@ -27,7 +28,7 @@ void take_plan(group_walk& w, const Plan& p) {
 // Stores two finished rows group by group: in each, tile by tile, first row before second, luma before U before V.
 void store_groups(const cell_frame& f, const made_rows& rows, group_walk& w) {
   const int tile_bytes = kTile * bytes_per_pixel(f.job->format), tiles = f.pixels / kTile, groups = tiles / 2;
-  // The rows were made in the order of memory: under the mirror the walk's first tile is their last.
+  // Rows are made in the order of memory: under the mirror the walk's first tile is the last of a row.
   const auto tile_of = [&](const uint8_t* row, int t, int count, int bytes) {
     return row + (f.mirrored ? count - 1 - t : t) * bytes;
   };

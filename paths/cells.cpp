@@ -23,14 +23,14 @@ cell_frame plan_frame(const frame_job& job, const quality_row& q) {
   f.tiles = c->tiles_per_row;
   f.row_pairs = c->row_pairs;
   f.columns = kTile * f.tiles;
-  // Grey has no doubling: whatever is not of the same size takes the halving routine. RGB32 has none either: it
-  // takes the routine for the same size.
+  // Grey has no double size: whatever is not the same size is halved. Nor has RGB32: it is made in its own size, along
+  // the pointers of the doubled picture.
   f.halved = c->decimation > 0 || (f.grey && c->decimation < 0);
   f.doubled = c->decimation < 0 && !f.grey && job.format != out_format::rgb32;
   const bool drifts = c->decimation < 0 && !f.doubled;
   f.pixels = f.doubled ? 2 * f.columns : f.halved ? f.columns / 2 : f.columns;
-  // A doubled picture has one row more, the copy at its end: after the last row or, where rows run upwards, below
-  // the first, which then lies one row above the bottom.
+  // A doubled picture has one row more, the copy: after the last row or, where rows run upwards, below the first,
+  // which then lies one row above the bottom.
   const bool upwards = is_rgb(job.format) == (c->v_mirror == 0);
   const auto lay_out = [&](int below) {
     return lay_out_rows(c, job.format, f.pixels, upwards, f.mirrored, below);
@@ -87,8 +87,8 @@ void front_end(const cell_frame& f, int row_pair) {
                 .tile_lead = 0});
 }
 
-// These paths have no sub-windows: as of row pairs below the grid, all plain sums meet in the outside cell. They belong
-// to the whole frame, four times: every fourth cell was taken.
+// These paths have no sub-windows: as for row pairs below the grid, all plain sums go to the outside cell. From there
+// they are added to the whole frame four times, as every fourth cell was taken.
 void finish_statistics(ppl_context* c) {
   settle_sums(*c);
   rgb32& sums = *outside_cell(c);

@@ -1,8 +1,7 @@
 // Frames made cell by cell, row pair after row pair: a cell's colours come from its own four samples.
 //
-// A row pair passes the front end in place. Its samples then become planes, and the planes rows of the format, by the
-// kernels of the output stage (cell_rows.cpp). There are three ways to place these rows; which one a frame takes is
-// decided once:
+// A row pair passes the front end in place. Its samples become planes, and the planes become rows of the format by the
+// kernels of the output stage (cell_rows.cpp). These rows are placed in one of three ways, chosen once a frame:
 //   in place   the ordinary frame: mirrors and decimation say where each row belongs, and all of them lie inside
 //   by groups  along the pointers of the plan, 32 columns of two rows at a time, every store cut to the frame: pictures
 //              whose pointers drift, and black lines that push rows out of the frame (cell_groups.cpp)
@@ -29,8 +28,9 @@ constexpr int kWideBase = kPlaneRows * kPlanePitch, kPackedBase = kWideBase + kW
 static_assert(kPackedBase + kPackedRows * kPackedPitch <= kRingPoolBytes);
 static_assert(kPlanePitch % 64 == 0 && kWidePitch % 64 == 0 && kPackedPitch % 64 == 0);
 
-// In the record's scratch: two rows of lens factors, then two of the three sets of doubled rows that a clipped
-// frame makes aside. The third takes both finished rows. A set is a row of a format, or I420's rows of luma, U, V.
+// In the record's scratch: two rows of lens factors, then two of the three sets of doubled rows that a clipped frame
+// makes aside. The third set takes the place of both finished rows. A set is a row of a format, or I420's rows of
+// luma, U, V.
 constexpr int kLensBytes = 2 * 2048 * 2;
 constexpr int kAsideU = 4096, kAsideV = 8192, kAsideBytes = 12288;
 static_assert(kLensBytes + 2 * kAsideBytes <= kScratchBytes && kAsideBytes <= kPackedRows * kPackedPitch);
@@ -45,7 +45,7 @@ inline uint8_t* packed_row(ppl_context* c, int row) {
   return c->ring_pool + kPackedBase + row * kPackedPitch;
 }
 
-// RGB planes have the rows of the YUV ones.
+// RGB planes use the rows of the YUV ones.
 constexpr plane_row kG0 = kLuma0, kG1 = kLuma1, kR = kU, kB = kV;
 
 enum class placing : uint8_t { in_place, by_groups, clipped };
@@ -67,7 +67,7 @@ struct cell_frame {
   picture_rows places;
 };
 
-// The two rows (or the one of a halved picture) and, in I420, the chroma rows that a row pair makes. Null: not made.
+// The two rows, or the one of a halved picture, that a row pair makes and, in I420, its chroma rows. Null: not made.
 struct made_rows {
   uint8_t* row[2];
   uint8_t *u, *v;
@@ -79,9 +79,9 @@ inline uint8_t* at(const cell_frame& f, const row_grid& g, int row) {
 
 // The cell kernels' rows in row storage.
 cell_rows cells_of(const cell_frame& f);
-// Brings the row pair in row storage to finished rows in the order of memory, halved and reversed as the frame is.
+// Makes finished rows of the row pair in row storage, in the order of memory, halved and reversed as the frame is.
 void put_rows(const cell_frame& f, const made_rows& out);
-// A row pair of a doubled picture, with the rows between and, where it is due, the copy at the end.
+// A row pair of a doubled picture, with the rows between and, at one end of the picture, the copy.
 void double_row_pair(const cell_frame& f, int row_pair);
 
 // The moving pointers of a frame by groups.

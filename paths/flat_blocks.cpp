@@ -1,5 +1,4 @@
-// Flat colours: found block by block in qualities 10 and 11, and what the last block of a frame left shown by the
-// later frames of qualities 0 and 1.
+// Flat colours: found block by block, or what the last block of an earlier frame left, which later frames show.
 #include "paths/blocks.h"
 #include "paths/kernels.h"
 #include "platform/levels.h"
@@ -13,8 +12,8 @@ uint8_t* flat_row(const walk& w, int row) {
   return w.scratch(kFlatScratch + row * kRowPitch);
 }
 
-// The colours find their rows at r * stride plus multiples of the frame's width: with a wider stride that is another
-// place of the frame, copied here with the columns beside it.
+// The colours are read at r * stride plus multiples of the frame's width: with a wider stride those are other places
+// of the frame, copied here with the columns beside them.
 const uint8_t* colour_row(const walk& w, int r, int neighbour, int slot) {
   const ppl_context& c = *w.context;
   uint8_t* const out = flat_row(w, 4 + slot);
@@ -55,8 +54,8 @@ void flat_blocks_stage(walk& w, const stage& s, int first) {
   demosaic_stage(w, s, first);
 }
 
-// Tested frames write the rows of flat colours block by block. In others they hold what the last tile of an earlier
-// frame left, if its mask has a bit, repeated along the row; with edge enhancement it shows in row 1 and rows
+// Tested frames write the rows of flat colours block by block. In others the rows hold what the last tile of an
+// earlier frame left, if its mask has a bit, repeated along the row; with edge enhancement it shows in row 1 and rows
 // 3 .. height - 2, without it in all.
 void start_flat_colours(walk& w, const demosaic_block& block, bool edge) {
   w.flat = {};

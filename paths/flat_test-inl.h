@@ -1,10 +1,11 @@
 // Flat test: where the greens around a 2 x 2 block differ little, one smoothed colour for its four pixels.
 //
-// The block is rows r, r + 1 and columns c, c + 1 with c even; one 16-bit lane of the result serves a block. The
-// test reads rows r - 2 .. r + 3, columns c - 2 .. c + 3; the colours read rows r - 1 .. r + 2, columns c - 1 ..
-// c + 2. Flat: each of twelve differences, six between Gr sites and six between Gb sites, is at most T0. Gr sites lie
-// at even columns, so the even byte of a lane holds their differences, the odd byte those of Gb sites. With r even, Gr
-// sites are in rows r - 1, r + 1, r + 3 and Gb sites in rows r - 2, r, r + 2; with r odd it is the other way round.
+// The block is rows r, r + 1 and columns c, c + 1 with c even; one 16-bit lane of the result serves a block. The test
+// reads rows r - 2 .. r + 3, columns c - 2 .. c + 3; the colours read rows r - 1 .. r + 2, columns c - 1 .. c + 2. A
+// block is flat if each of twelve differences, six between Gr sites and six between Gb sites, is at most T0. Gr sites
+// lie at even columns, so the even byte of a lane holds their differences, the odd byte those of Gb sites. With r
+// even, Gr sites are in rows r - 1, r + 1, r + 3 and Gb sites in rows r - 2, r, r + 2; with r odd it is the other way
+// round.
 #pragma once
 
 #include "paths/kernels.h"
@@ -44,7 +45,7 @@ static void flat_test_rows(const flat_args& args) {
     const V excess = subs_u8(even_odd(gr, gb), repeat16<V>(&t0));
     store(a.mask + x, to_vec(eq16(excess, zero<V>())));
 
-    // v: mean of rows r - 1, r + 1; w: mean of rows r, r + 2. At odd r the two trade places.
+    // v: mean of rows r - 1, r + 1; w: mean of rows r, r + 2. At odd r they change places.
     const auto v = [&](int dx) {
       const int top = kOddRow ? 1 : 0;
       return avg8(loadu<V>(a.colour_rows[top] + x + dx), loadu<V>(a.colour_rows[top + 2] + x + dx));

@@ -1,5 +1,5 @@
-// The entry points of this room's vector code: cells to colours, for the frames made cell by cell, whose planes become
-// rows of a format by the output stage's kernels; and the two blocks of single qualities that are run in the walk.
+// The entry points of this room's vector code: cells to colours, for the frames made cell by cell, whose planes the
+// output stage's kernels make rows of a format; and the two blocks that run in the walk for single qualities.
 //
 // Rows of the walk are row storage as in tile/kernels.h. Cells: sources may be read up to 64 bytes beyond their end;
 // destinations get exactly the bytes told and need no alignment, as they may be the caller's memory.
@@ -36,9 +36,11 @@ struct flat_args {
 // paths/mosaic_edge-inl.h: the two rows of a row pair with the rows around them, in place
 struct mosaic_edge_args {
   const ppl_context* context;
-  uint8_t* rows[4];  // 2p - 1 .. 2p + 2; 2p and 2p + 1 are overwritten with Y but for three planes
+  uint8_t* rows[4];  // 2p - 1 .. 2p + 2; 2p and 2p + 1 are overwritten with Y, unless there are three planes
   const colour_matrix* matrix;
-  uint8_t* plane[3][2];  // of each row Y and chroma words, which may be null; three planes: the matrix' rows
+  uint8_t*
+      plane[3]
+           [2];  // of each row Y and chroma words, which may be null; or three planes, one of each matrix row
   int32_t three_planes;  // no Y enters the neighbourhood
   int32_t width;
 };

@@ -1,16 +1,16 @@
-// Quality 12: a directional gradient sharpens the mosaic itself, then the colour conversion takes every sample for
-// R, G and B alike. Works on the two rows of a row pair.
+// A directional gradient sharpens the mosaic itself, then the colour conversion takes every sample for R, G and B
+// alike. Works on the two rows of a row pair.
 //
 // Reads rows 2p - 1 .. 2p + 2, columns c - 1 .. c + 1:
 //   Gv = sum of the three below - sum of the three above;  Gh = sum of the three right - sum of the three left
 //   m = |Gv| + |Gh| strictly between the edge thresholds adds ((Gv + Gh) * factor) >> 5, 16-bit product, arithmetic
-// In the formats with luma, Y overwrites the mosaic of a finished tile: the first column of the next tile sees Y to
-// its left, and the next row pair sees Y in the row above. That mixture is the filter's definition. At the top and
-// the bottom of the frame a row around the pair is, mirrored, one of the pair's own.
+// In the formats with luma, Y overwrites the mosaic of a finished tile: the first column of the next tile has Y to its
+// left, and the next row pair has Y in the row above. Pictures depend on that mixture. At the top and the bottom of
+// the frame the rows around the pair are its own, mirrored.
 //
-// Only the first column of a tile sees Y of its own rows, and an odd column has even ones for neighbours, so there is
-// no chain from tile to tile: the odd columns of a vector come first, then the even ones, to whose left the last
-// column of every tile is finished by now.
+// In its own rows only the first column of a tile meets Y, and the neighbours of an odd column are even ones, so
+// nothing is passed on from tile to tile: the odd columns of a vector come first, then the even ones. By then the last
+// column of every tile, to their left, is finished.
 #pragma once
 
 #include "paths/kernels.h"
@@ -21,17 +21,17 @@ namespace ppl::PPL_LEVEL {
 
 namespace mosaic_edge_detail {
 
-// What a gradient `e` adds, if its size lies within the band.
+// What a gradient `e` of the given size adds, if the size lies within the band.
 template <class V>
 PPL_INLINE V edge_gain(const edge_band& band, V e, V size) {
   const auto inside = gt_s16(size, repeat16<V>(&band.low)) & gt_s16(repeat16<V>(&band.high), size);
   return keep(inside, sra16<5>(mullo16(e, repeat16<V>(&band.factor))));
 }
 
-// A column of samples, one in each of the rows 2p - 1 .. 2p + 2, as row 2p and row 2p + 1 have to do with it.
+// A column of samples in the rows 2p - 1 .. 2p + 2, seen from row 2p and from row 2p + 1.
 template <class V>
 struct column {
-  V sum[2], fall[2];  // of the three samples about the row; the one below less the one above
+  V sum[2], fall[2];  // of the three samples around the row; the one below it less the one above
   PPL_INLINE_MEMBER explicit column(const V (&s)[4]) {
     const V middle = add16(s[1], s[2]);
     sum[0] = add16(middle, s[0]);
@@ -41,7 +41,7 @@ struct column {
   }
 };
 
-// E of row i: `sample` lies in column `here`.
+// The sharpened sample of row i, `sample` being the one in column `here`.
 template <class V>
 PPL_INLINE V sharpened(const edge_band& band, int i, V sample, const column<V>& left, const column<V>& here,
                        const column<V>& right) {
@@ -51,7 +51,8 @@ PPL_INLINE V sharpened(const edge_band& band, int i, V sample, const column<V>& 
   return clamp_u8_16(add16(sample, gain));
 }
 
-// The colour matrix with R = G = B: the sum of a row's coefficients is its only one. Sums and products wrap alike.
+// The colour matrix with R = G = B has one coefficient a row, the sum of three. Sums and products wrap, so the result
+// is the same.
 struct grey_matrix {
   vec_i16 coef[3], offset[3], bias[3];
   explicit grey_matrix(const colour_matrix& m) {
@@ -70,8 +71,8 @@ struct grey_matrix {
   }
 };
 
-// The samples of odd columns, each moved to the column behind it. Finished Y, also in odd columns, takes the place of
-// the last column of every tile; that of the tile before the vector stands in memory already.
+// The samples of odd columns, each moved to the even column after it. The last column of every tile is replaced by
+// finished Y; that of the tile before the vector is finished in memory.
 template <class V>
 PPL_INLINE V left_of_even(const uint8_t* row, V samples, V finished) {
   if constexpr (V::size > 16) {
@@ -81,7 +82,7 @@ PPL_INLINE V left_of_even(const uint8_t* row, V samples, V finished) {
   return move_up16(odd(load<V>(row - V::size)), samples);
 }
 
-// f(0), f(1) ...: written out, whatever the optimizer thinks of loops, so that no array of vectors takes stack.
+// f(0), f(1) ... written out, so that no array of vectors takes stack even where the optimizer leaves loops alone.
 template <int n, class F>
 PPL_INLINE void each_of(const F& f) {
   f(0);

@@ -1,4 +1,4 @@
-// Quality 12: the mosaic is sharpened in place, and each row pair sees what the one before it left.
+// The mosaic is sharpened in place, and each row pair sees what the one before it left.
 #include "paths/blocks.h"
 #include "paths/kernels.h"
 #include "platform/levels.h"
@@ -22,7 +22,7 @@ void mosaic_edge_stage(walk& w, const stage& s, int first) {
     if (w.three_planes) a.plane[2][i] = w.rows(s.writes[2], first)[i];
   }
   w.context->kernels->paths->mosaic_edge(a);
-  // The next row pair sees luma above it, and luma mirrored beside it.
+  // The next row pair has luma above it, and luma mirrored beside that.
   if (!w.three_planes) pad_samples(a.rows[2], w.width);
 }
 

@@ -1,4 +1,4 @@
-// The vector code of qualities 3 and 13 for one level.
+// This room's vector code for one level.
 #include "paths/kernels.h"
 
 #include "paths/flat_test-inl.h"
@@ -9,8 +9,8 @@
 namespace ppl::PPL_LEVEL {
 namespace {
 
-// A vector of the record, repeated to V's width. At 16 bytes it is an aligned load, which an operation can take from
-// memory: there are more coefficients than registers.
+// A vector of the record, repeated to V's width. At 16 bytes it is an aligned load, which can be an operand in memory:
+// there are more coefficients than registers.
 template <class V>
 PPL_INLINE V constant(const vec_i16& v) {
   if constexpr (V::size == 16)
@@ -19,7 +19,7 @@ PPL_INLINE V constant(const vec_i16& v) {
     return repeat16<V>(&v);
 }
 
-// One row of a colour matrix over the cell's R and B, waiting for a green.
+// One row of a colour matrix over the cell's R and B; the green is added later.
 template <class V>
 struct matrix_row {
   V rest, green;
@@ -64,8 +64,8 @@ PPL_INLINE void luma_and_chroma(const cell_rows& a, Put&& put) {
   });
 }
 
-// Pointers are taken one by one: no store can reach those, and a copy of the whole record of arguments would be wider
-// loads than the stores that have just made it, which wait for these to leave the processor's queue.
+// Pointers are copied one by one: stores do not reach the copies. To copy the whole record of arguments would be to
+// load, in wider pieces, what has just been stored, and to wait for those stores.
 void cells_to_yuv(const cell_rows& a) {
   uint8_t *const u_row = a.u, *const v_row = a.v;
   luma_and_chroma(

@@ -1,7 +1,7 @@
 // The qualities of the library, one row each: the private half of helpers/ppl_qualities.h, which says where each runs.
 //
-// Whoever must know something of a quality reads it here: the dispatch, the statistics' factors, the walk, the cells,
-// the output, the getters. A new quality is a row there, a row here and, if it has one, a block (paths/blocks.h).
+// Whatever depends on the quality is read here: by the dispatch, the statistics' factors, the walk, the cells, the
+// output, the getters. A new quality is a row there, a row here and, if it has one, a block (paths/blocks.h).
 #pragma once
 
 #include "helpers/ppl_qualities.h"
@@ -19,10 +19,10 @@ static_assert(static_cast<int>(out_format::i420) == PPL_FORMAT_I420 &&
               static_cast<int>(out_format::rgb24) == PPL_FORMAT_RGB24 &&
               static_cast<int>(out_format::rgb32) == PPL_FORMAT_RGB32);
 
-// What the medium filter in front of a quality changes.
+// What the medium filter before a quality changes.
 struct quality_form {
-  // The entry of stats_scale_table by which sums are made up for the border without statistics: columns and rows of
-  // both sides together.
+  // The entry of stats_scale_table that makes up for the border without statistics, and that border: columns and rows
+  // of both sides together.
   uint8_t stats_scale = {};
   int8_t border_columns = {}, border_rows = {};
   // The front end is ahead of the output by so many row pairs and tiles; statistics stop so many before the end.
@@ -38,7 +38,7 @@ struct quality_row {
   bool noise_filter = {};               // and chroma smoothing
   bool edge = {};
   rgb_form rgb = {};
-  bool grey = {};               // of the cells: the samples themselves, by the table for luma
+  bool grey = {};               // made cell by cell: the samples themselves, by the tone table for luma
   bool centre_from_frame = {};  // the centre-weighted getters give the mean of the whole frame
   quality_form plain = {}, medium = {};
 
@@ -98,10 +98,10 @@ constexpr bool is_complete(const quality_row& q, int place) {
   const ppl_quality_row& facts = q.facts();
   if (q.quality != place || facts.quality != place) return false;
   if (!q.walks()) return true;
-  // Reading the block is the test that there is one: a null pointer is no constant expression here.
+  // A null pointer read here is no constant expression: the block exists.
   if (const demosaic_block block = *q.demosaic; block.kernel == nullptr && block.flat != flat_colours::none)
     return false;
-  // Without the noise filter's words there are planes, and words can't be had without it.
+  // RGB is made from chroma words in the qualities with the noise filter, and in no others.
   if (q.noise_filter != (q.rgb == rgb_form::yuv_words)) return false;
   for (int medium = 0; medium < 2; ++medium) {
     const auto doubled = [&](uint32_t format) {
@@ -123,7 +123,7 @@ constexpr bool are_complete() {
 }
 static_assert(are_complete());
 
-// ppl_set_quality lets no number past the table.
+// ppl_set_quality refuses numbers past the table.
 constexpr const quality_row& quality_of(const ppl_context& c) {
   return quality_rows[c.quality % PPL_QUALITIES];
 }

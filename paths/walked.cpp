@@ -7,8 +7,8 @@ namespace ppl {
 
 namespace {
 
-// A walk whose rows a format takes. It is kept in the record's scratch, after what walk and blocks take, because a
-// kernel's stack is small.
+// A walk with the writer that takes its rows. It is kept in the record's scratch, after what walk and blocks take,
+// because a kernel's stack is small.
 struct walked_frame : walk {
   output_writer* writer;
 };
@@ -116,7 +116,7 @@ void run_walked_path(const frame_job& job, const quality_row& q) {
   w.first_filtered_row_pair = form.first_filtered_row_pair;
   w.demosaic = q.demosaic->kernel;
   w.three_planes = forms_planes(q, job.format);
-  // Halved pictures take even rows alone; I420 takes chroma of even rows, halved of every second of those.
+  // Halved pictures use even rows alone; I420 uses the chroma of even rows, halved of every second of those.
   const bool halved = c->decimation > 0;
   w.luma_rows = halved && writer.ordinary ? kEvenRows : kEveryRow;
   w.chroma_rows = job.format != out_format::i420 ? w.luma_rows : halved ? kEverySecondEvenRow : kEvenRows;

@@ -77,8 +77,8 @@ struct output_offset_plan {
 };
 static_assert(sizeof(output_offset_plan) == kPlanValues * sizeof(int32_t));
 
-// What the tile pipeline hands from step to step and, for these few, from frame to frame. Nothing initialises
-// them but the clearing of the pool: they survive frames, paths, ppl_free and ppl_init.
+// What the tile pipeline carries from step to step and from frame to frame. Only the clearing of the pool initialises
+// it: it survives frames, paths, ppl_free and ppl_init.
 struct tile_leftovers {
   // Black-corrected samples of the last even inner tile of a collecting row pair.
   vec_u8 stat_even_row, stat_odd_row;
@@ -89,8 +89,8 @@ struct tile_leftovers {
 // What statistics have added up so far in a frame (tile/statistics-inl.h, tile/statistics_sums.h).
 struct alignas(64) statistics_sums {
   uint32_t tiles[64][4];  // of each odd tile: B, G, G, R of the row pairs that share a row of the grid
-  uint32_t bins[64][4];   // of each group of the row pair at hand, in the same order
-  // Four lanes for each group of a vector. Counts stand in the first two: of cells that passed, their sum; of
+  uint32_t bins[64][4];   // of each group of the current row pair, in the same order
+  // Four lanes for each group of a vector. Counts are in the first two: of cells that passed, their sum; of
   // rejected ones, both the same.
   uint32_t qualified[16], exposed[16], passed[16], rejected[16];
   int32_t grid_row;  // kGridRows: below the grid
@@ -98,8 +98,8 @@ struct alignas(64) statistics_sums {
 
 }  // namespace ppl
 
-// Builds for the address sanitizer keep the working areas apart by bytes that nothing may touch (record/gaps.h): what
-// runs over the end of one does not land in the next unnoticed.
+// Builds for the address sanitizer separate the working areas by bytes that nothing may touch (record/gaps.h), so that
+// running over the end of one is noticed.
 #ifdef PPL_RECORD_GAPS
 #define PPL_RECORD_GAP(name) alignas(64) uint8_t name[256];
 #else
@@ -211,7 +211,7 @@ struct alignas(64) ppl_context {
   // Black level, gain, offset and tone curve of the frame in progress as one look-up, in the form that suits the
   // level: for each of four neighbouring samples of an even and of an odd row, or for each site (tile/tone-inl.h).
   alignas(64) uint32_t site_tables[2][4][256];
-  PPL_RECORD_GAP(gap_behind)
+  PPL_RECORD_GAP(gap_after)
 };
 #undef PPL_RECORD_GAP
 

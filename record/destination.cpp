@@ -3,7 +3,7 @@
 namespace ppl {
 namespace {
 
-// Rows first .. first + count - 1, of n bytes, lie between two offsets.
+// Whether rows first .. first + count - 1, of n bytes each, lie between two offsets.
 bool lie_between(const row_grid& g, int64_t first, int64_t count, int64_t n, int64_t low, int64_t high) {
   const int64_t a = g.at(first), b = g.at(first + count - 1);
   return count <= 0 || (low <= (a < b ? a : b) && (a < b ? b : a) + n <= high);

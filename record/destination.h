@@ -1,8 +1,7 @@
 // The caller's frame: where it begins, how long it is, and what becomes of bytes outside it.
 //
-// An ordinary frame holds all rows of its picture: whoever has found that out (rows_fit) stores whole rows at
-// base + offset. In all others every store goes through store(), which keeps what lies outside from the caller's
-// memory.
+// An ordinary frame holds all rows of its picture (rows_fit), and whole rows are stored at base + offset. In any other
+// every store goes through store(), which keeps what lies outside from the caller's memory.
 #pragma once
 
 #include <stddef.h>
@@ -21,7 +20,7 @@ struct frame_run {
 struct destination {
   uint8_t* base;
   int64_t bytes;
-  // Where bytes up to kMargin before the frame, and as many behind it, are kept for place() to find; null: they are
+  // Where up to kMargin bytes before the frame, and as many after it, are kept for place() to find; null: they are
   // dropped.
   uint8_t* margin;
   static constexpr int kMargin = 3 * 2 * 2048;  // a doubled row of RGB24
@@ -50,7 +49,7 @@ struct picture_rows {
   row_grid luma, u, v;
 };
 
-// Rows of `pixels` pixels that fill the frame from its first row on, or upwards from its last but `below` rows.
+// Rows of `pixels` pixels that fill the frame downwards from its first row, or upwards from its last but `below` rows.
 // Mirrored rows end where the frame's rows end.
 picture_rows lay_out_rows(const ppl_context* c, out_format format, int pixels, bool upwards, bool mirrored,
                           int below);

@@ -7,7 +7,7 @@ namespace ppl {
 
 enum class out_format : uint8_t { i420, yuyv, uyvy, rgb24, rgb32 };
 
-// I420: of luma.
+// Of I420: a luma sample.
 constexpr int bytes_per_pixel(out_format format) {
   switch (format) {
     case out_format::i420:
@@ -38,16 +38,16 @@ constexpr byte_order order_of(out_format format) {
   return format == out_format::uyvy ? byte_order::uyvy : byte_order::yuyv;
 }
 
-// Bytes of a frame, the one rule for all calls. Heights come from black line counts that nobody tested, so the product
-// of width and height may wrap in 32 bits; bytes are counted in 64. A frame whose width, height or product is not
-// positive has no bytes.
+// Bytes of a frame, for all calls. Heights include black line counts, which are not tested, so the product of width
+// and height may wrap in 32 bits; bytes are counted in 64. A frame whose width, height or product is not positive has
+// no bytes.
 constexpr int64_t frame_bytes(out_format format, uint32_t width, uint32_t height) {
   const int64_t pixels = static_cast<int32_t>(width * height);
   if (static_cast<int32_t>(width) <= 0 || static_cast<int32_t>(height) <= 0 || pixels <= 0) return 0;
   return format == out_format::i420 ? pixels + 2 * (pixels / 4) : bytes_per_pixel(format) * pixels;
 }
 
-// No address is off a multiple of `step`, a power of two. Null is a multiple of everything.
+// Whether all addresses are multiples of `step`, a power of two. Null is a multiple of everything.
 template <class... Address>
 bool aligned(uintptr_t step, const Address*... address) {
   return ((... | reinterpret_cast<uintptr_t>(address)) & (step - 1)) == 0;

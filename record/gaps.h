@@ -12,8 +12,8 @@ namespace ppl {
 inline void close_gaps([[maybe_unused]] ppl_context& c) {
 #ifdef PPL_RECORD_GAPS
   uint8_t* const gaps[] = {c.gap_before_rings, c.gap_before_scratch, c.gap_before_sums, c.gap_before_tables,
-                           c.gap_behind};
-  for (uint8_t* const gap : gaps) ASAN_POISON_MEMORY_REGION(gap, sizeof c.gap_behind);
+                           c.gap_after};
+  for (uint8_t* const gap : gaps) ASAN_POISON_MEMORY_REGION(gap, sizeof c.gap_after);
 #endif
 }
 

@@ -14,7 +14,7 @@ struct frame_job {
   ppl_context* context;
   out_format format;
   uint8_t* source;  // frame_stride * frame_height bytes, overwritten in place
-  destination out;  // I420: U begins out_pixels bytes behind its base, V out_quarter_pixels behind U
+  destination out;  // I420: U begins out_pixels bytes after its base, V out_quarter_pixels after U
 };
 
 }  // namespace ppl

@@ -3,7 +3,7 @@
 namespace ppl {
 namespace {
 
-// What every rule is made of.
+// What the rules depend on.
 struct terms {
   int32_t w;      // out_width
   int32_t d;      // decimation
@@ -82,7 +82,8 @@ void plan_packed(const terms& t, output_offset_plan* p) {
   o.fill_2 = 2 * p->i420.luma_fill_2;
   o.last_source = 2 * p->i420.luma_last_source;
   o.last_target = 2 * p->i420.luma_last_target;
-  // Only quality 3 at double size reads these; the two columns are not each other's mirror image.
+  // For doubled pictures made cell by cell, which place their rows without them: nothing reads these. The values with
+  // and without the vertical mirror are not each other's mirror image.
   o.bulk_fill_1 = t.vertical ? -4 * d * w : 2 * (2 * d - 1) * w;
   o.bulk_fill_2 = t.vertical ? -8 * d * w : 2 * (4 * d - 1) * w;
   o.bulk_last_source = t.vertical ? -2 * (2 * d - 1) * w : 4 * d * w;

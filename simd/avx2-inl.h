@@ -1,4 +1,4 @@
-// YMM registers: what vectors of 32 bytes do apart from simd/x86-inl.h.
+// YMM registers: operations on 32 bytes, beyond those of simd/x86-inl.h.
 #pragma once
 
 namespace ppl::PPL_LEVEL {
@@ -31,7 +31,8 @@ PPL_INLINE void halves_in_order(vec<32> lo, vec<32> hi, vec<32>& first, vec<32>&
   first.v = _mm256_permute2x128_si256(lo.v, hi.v, 0x20);
   second.v = _mm256_permute2x128_si256(lo.v, hi.v, 0x31);
 }
-// Lanes of a, then of b, of each 16 bytes. gcc takes three steps for the one.
+// Within each 16 bytes: two 32-bit lanes of a, then two of b. gcc takes three instructions for a plain shuffle of that
+// kind.
 template <int kOrder>
 PPL_INLINE vec<32> two_of_each(vec<32> a, vec<32> b) {
   return {_mm256_castps_si256(_mm256_shuffle_ps(_mm256_castsi256_ps(a.v), _mm256_castsi256_ps(b.v), kOrder))};

@@ -1,4 +1,5 @@
-// ZMM registers: what vectors of 64 bytes do apart from simd/x86-inl.h. Masks are bits; bytes go anywhere in one step.
+// ZMM registers: operations on 64 bytes, beyond those of simd/x86-inl.h. A mask is a bit a lane; one instruction moves
+// bytes anywhere.
 #pragma once
 
 namespace ppl::PPL_LEVEL {
@@ -126,7 +127,7 @@ PPL_INLINE vec<64> move_up16(vec<64> before, vec<64> a) {
 PPL_INLINE vec<64> move_down16(vec<64> a, vec<64> after) {
   return {_mm512_alignr_epi8(_mm512_alignr_epi64(after.v, a.v, 2), a.v, 2)};
 }
-// A permute behind the pack is less than two before the products.
+// One permute after packing takes less than two before the products.
 PPL_INLINE void times_factors_to(vec<64>& d, const uint8_t* bytes, const uint16_t* factors) {
   const auto half = [&](int from) {
     const __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(bytes + from));

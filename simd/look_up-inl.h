@@ -1,9 +1,10 @@
 // A row of bytes through two tables of 256, one for the bytes at even places, one for those at odd ones.
 //
 // Each level keeps the two tables in 4096 bytes of the caller's, in a form of its own. With 64-byte registers a table
-// stands in four of them, and both tables are looked up and blended. With 32, and in WebAssembly, a look-up is a chain
-// of shuffles. NEON looks up 64 entries at once. Elsewhere with 16 it is scalar, for a chain would take longer: each
-// entry is held already shifted to its byte's place among four, so that four bytes are four loads and three ors.
+// fits in four of them, and both tables are looked up and blended. With 32 bytes, and in WebAssembly, a look-up is a
+// chain of shuffles. NEON looks up 64 entries at once. With 16 bytes elsewhere the look-up is scalar, since a chain
+// would take longer: each entry is held already shifted to its byte's place among four, so that four bytes are four
+// loads and three ors.
 #pragma once
 
 #include "simd/simd-inl.h"
@@ -21,7 +22,7 @@ constexpr bool kLooksUpVectors = kWidth == 64, kLooksUpAnywhere = kWidth == 16;
 constexpr int kTablePairBytes = 4096;
 
 #if defined(PPL_LEVEL_avx512)
-// A look-up is two by the low seven bits, chosen by the top bit.
+// Two look-ups by the low seven bits; the top bit chooses.
 PPL_INLINE vec<64> look_up(const vec<64> (&table)[4], vec<64> x) {
   return {_mm512_mask_blend_epi8(_mm512_movepi8_mask(x.v),
                                  _mm512_permutex2var_epi8(table[0].v, x.v, table[1].v),
@@ -70,20 +71,20 @@ struct table_pair {
 #endif
 
 #if defined(PPL_LOOK_UP_BY_SHUFFLES)
-// A shuffle has 16 entries. A chain's index starts as the byte's low seven bits and falls by 16 a step. Both halves of
-// a table share the index; bit 7 of the byte chooses. The even bytes of a row, and the odd ones, are gathered first.
+// A shuffle has 16 entries, so half a table is a chain of eight. The index starts as the byte's low seven bits and
+// falls by 16 a step. Both halves of a table share it, and bit 7 of the byte chooses between their results. The even
+// bytes of a row, and the odd ones, are gathered first.
 //
-// On x86 a shuffle takes an index by its low four bits, and gives 0 where bit 7 is set: bytes of the first 16 entries
-// take the first step alone, those of the next 16 two steps, and so on, and a step holds what changes, as exclusive or,
-// from the
-// 16 entries before. In WebAssembly every index beyond 15 gives 0: a byte takes the step of its own 16 entries alone,
-// which holds what they are, as exclusive or, beside the half's last entry. Either way steps that change nothing are
-// left out.
+// On x86 a shuffle uses the low four bits of an index, and gives 0 where bit 7 is set. So a byte of the first 16
+// entries takes part in one step, a byte of the next 16 in two, and so on; a step holds what changes, as exclusive or,
+// from the 16 entries before. In WebAssembly every index beyond 15 gives 0: a byte takes part in the step of its own
+// 16 entries alone, which holds their exclusive or with the last entry of the half. Either way steps that change
+// nothing are left out.
 struct table_steps {
   alignas(16) uint8_t change[2][8][16];
   uint8_t last[2];
-  int32_t both,
-      lower;  // steps that change anything in the upper half; in either. Many a table reaches its end early
+  int32_t both;   // steps that change anything in the upper half; many tables reach their last value early
+  int32_t lower;  // steps that change anything in either half
 };
 static_assert(2 * sizeof(table_steps) <= kTablePairBytes);
 #if defined(PPL_LEVEL_simd128)
@@ -149,7 +150,7 @@ PPL_INLINE void look_up(const table_steps& s, wide (&bytes)[kVectors]) {
   for (int i = 0; i < kVectors; ++i) bytes[i] = select_by_top_bit(bytes[i], upper[i], lower[i]);
 }
 
-// kPairs pairs of vectors of a row, of which the frame, which may be null, takes `width` bytes at the most.
+// kPairs pairs of vectors of a row. The frame, unless it is null, gets `width` bytes of them at most.
 constexpr int kPair = 2 * kWidth;
 template <int kPairs>
 PPL_INLINE void look_up_columns(const table_steps (&steps)[2], const uint8_t* from, uint8_t* row,
@@ -179,8 +180,8 @@ PPL_INLINE void look_up_columns(const table_steps (&steps)[2], const uint8_t* fr
 }
 
 // A row through its tables. `from` and `row` are row storage; the result goes to `frame` too, unless that is null.
-// Several vectors of a table at once keep the shuffles busy, one does not. Of 32 bytes registers hold three: one that
-// is left over goes with the two before it.
+// Several vectors at once keep the shuffles busy; of 32 bytes, registers hold three. A single vector left over goes
+// with the two before it.
 static void look_up_row(const void* memory, const uint8_t* from, uint8_t* row, uint8_t* frame, int width) {
   const auto& steps = *static_cast<const table_steps(*)[2]>(memory);
   const auto frame_at = [&](int x) { return frame != nullptr ? frame + x : nullptr; };

@@ -63,7 +63,7 @@ PPL_INLINE vec<16> twice_even(vec<16> a) {
 PPL_INLINE vec<16> twice_odd(vec<16> a) {
   return of(vtrn2q_u8(a.v, a.v));
 }
-// Bytes of two halves of vectors in turn.
+// The bytes of two half vectors in turn.
 PPL_INLINE vec<16> in_turn(uint8x8_t e, uint8x8_t o) {
   const uint8x8_t any = vdup_n_u8(0);
   return of(vzip1q_u8(vcombine_u8(e, any), vcombine_u8(o, any)));

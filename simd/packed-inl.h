@@ -1,5 +1,5 @@
-// Packed 4:2:2: words of a luma and a chroma byte, U and V in turn. L tells the luma byte of a word, by its value: 0
-// the even one, 1 the odd one. For *_kernels.cpp only.
+// Packed 4:2:2: words of a luma and a chroma byte, U and V in turn. L says which byte of a word is luma: 0 the even
+// one, 1 the odd one. For *_kernels.cpp only.
 #pragma once
 
 #include "simd/simd-inl.h"
@@ -36,8 +36,8 @@ PPL_INLINE void store_packed(uint8_t* to, V luma, V chroma) {
 
 // ---- words that take other chroma
 
-// Which words: all ones in their chroma bytes, 0 in luma. From one decision a word, or, for two vectors of words, from
-// one decision a byte.
+// Masks of those words: all ones in their chroma bytes, 0 in luma. Made from one decision for each word or, for two
+// vectors of words, from one decision for each byte.
 template <class M>
 struct two_masks {
   M first, second;
@@ -52,13 +52,13 @@ PPL_INLINE two_masks<mask8<N>> chroma_masks(mask8<N> m) {
   return is_even(L) ? two_masks<mask8<N>>{{lower8(none, chroma)}, {upper8(none, chroma)}}
                     : two_masks<mask8<N>>{{lower8(chroma, none)}, {upper8(chroma, none)}};
 }
-// The words of b, with chroma from a where the mask tells so.
+// The words of b, with chroma from a where the mask holds.
 template <auto L, int N>
 PPL_INLINE vec<N> select_chroma(mask8<N> chroma, vec<N> a, vec<N> b) {
   return select(chroma, a, b);
 }
 #if defined(PPL_LEVEL_avx512)
-// Here a mask is a bit a word.
+// At this width a mask is a bit a word.
 template <auto L>
 PPL_INLINE mask16<64> chroma_mask(mask16<64> m) {
   return m;
@@ -75,13 +75,13 @@ PPL_INLINE vec<64> select_chroma(mask16<64> m, vec<64> a, vec<64> b) {
 
 // ---- two rows to planes
 //
-// V::size pixels of a row are two vectors: luma_bytes() gives their luma; mean_chroma() the mean of their chroma with
-// that of b0, b1 of another row, in an order that split_chroma() of two such undoes.
+// V::size pixels of a row are two vectors. luma_bytes() gives their luma. mean_chroma() gives the means of their
+// chroma with that of another row, b0 and b1, in an order of its own; split_chroma() puts two such results in order.
 
 #if defined(PPL_X86) && defined(__SSE4_1__)
-// Vectors are taken apart by one byte shuffle each: luma, U, V of the first of two, U, V, luma of the second. Halves
-// of both then make a vector of luma and one of chroma. Here "halves" are those of each 16 bytes (of all 64 in the
-// widest vectors, whose bytes go anywhere).
+// One byte shuffle takes a vector apart: the first of two to luma, U, V, the second to U, V, luma. A half of each then
+// makes a vector of luma, the other halves one of chroma. "Halves" are those of each 16 bytes; in the widest vectors,
+// whose bytes go anywhere, those of all 64.
 template <int N>
 struct byte_table {
   alignas(N) uint8_t at[N];

@@ -1,12 +1,13 @@
-// Every operation in plain C++, by vectors of the language's own and no intrinsic. Alone it is the back-end of every
-// processor that has no file of its own, and of tools that see through plain code only. A processor's file states again
-// what its instructions do in fewer steps: its overloads for the widths that it has go before these templates. A part
-// of simd/simd-inl.h, which tells the conventions.
+// Every operation in plain C++, on the compiler's own vector types, without intrinsics. By itself this is the back-end
+// of every processor without a file of its own, and of tools that see through plain code only. A processor's file
+// states again what its instructions do in fewer steps; its overloads, for the widths that it has, are preferred to
+// these templates. A part of simd/simd-inl.h, which has the conventions.
 //
-// What x86 leaves to these templates costs no instruction more than intrinsics do, counted at every level: logic, sums,
-// differences, products, comparisons, broadcasts, loads, stores and most shuffles within 16 bytes. It states again what
-// compilers do not find (saturation, rounded means, high halves of products, packing with a clamp, selection by a mask,
-// whatever crosses 16 bytes) or find with copies of registers around it (minima, maxima, shifts).
+// What x86 leaves to these templates takes no more instructions than intrinsics would, counted at every level: logic,
+// sums, differences, products, comparisons, broadcasts, loads, stores and most shuffles within 16 bytes. It states
+// again what compilers do not find (saturation, rounded means, high halves of products, packing with a clamp,
+// selection by a mask in one step, whatever crosses 16 bytes) or find with copies of registers around it (minima,
+// maxima, shifts).
 #pragma once
 
 namespace ppl::PPL_LEVEL {
@@ -279,8 +280,8 @@ template <int N>
 PPL_INLINE vec<N> mullo16(vec<N> a, vec<N> b) {
   return of(u16(a) * u16(b));
 }
-// For a factor of mullo16(): keeps its value out of the compiler's sight where a processor's file says so. gcc takes a
-// multiplication by lanes that it knows apart into shifts and additions, up to five for the one.
+// For a factor of mullo16(): hides its value from the compiler where a processor's file says so. gcc turns a
+// multiplication by known lanes into shifts and additions, up to five for the one.
 template <int N>
 PPL_INLINE vec<N> unseen(vec<N> a) {
   return a;
@@ -439,7 +440,7 @@ template <int N>
 PPL_INLINE vec<N> join8(vec<N> e, vec<N> o) {
   return e | sll16<8>(o);
 }
-// The same of signed lanes, clamped to 0..255; of such lanes >> S.
+// Signed lanes, clamped to 0..255 and joined likewise; and such lanes >> S.
 template <int N>
 PPL_INLINE vec<N> join_clamp8(vec<N> e, vec<N> o) {
   return join8(clamp_u8_16(e), clamp_u8_16(o));
@@ -579,9 +580,8 @@ PPL_INLINE vec<N> shuffle8(vec<N> a, vec<N> at) {
   return of(d);
 }
 
-// What crosses the 16 bytes of wider vectors. A vector of eight bytes of one kind, eight of another, and so on: those
-// of the first kind, then the others. And 16 bytes of lo, 16 of hi, and so on: the first and the second half of that
-// run.
+// Across 16 bytes. in_order(): of eight bytes of one kind, eight of another, and so on, those of the first kind, then
+// the others. halves_in_order(): of the run of 16 bytes of lo, 16 of hi, and so on, the first and the second half.
 template <int N>
 PPL_INLINE vec<N> in_order(vec<N> a) {
   return pick32(a, a, [](int i) { return (i * 2 & ~3) % (N / 4) + i % 2 + (i >= N / 8 ? 2 : 0); });
@@ -622,8 +622,8 @@ template <int N>
 PPL_INLINE vec<N> reverse16(vec<N> a) {
   return pick16(a, a, [](int i) { return N / 2 - 1 - i; });
 }
-// Bytes or 16-bit lanes of a run, each one place up: the first is the last of `before`. Down: the last is the first of
-// `after`.
+// The bytes or 16-bit lanes of a run, moved up by one: the first comes from the end of `before`. Moved down: the last
+// comes from the start of `after`.
 template <int N>
 PPL_INLINE vec<N> move_up8(vec<N> before, vec<N> a) {
   return pick8(before, a, [](int i) { return i + N - 1; });
@@ -639,7 +639,7 @@ PPL_INLINE vec<N> move_down16(vec<N> a, vec<N> after) {
 
 // ---- widening and narrowing
 
-// Bytes as 16-bit lanes in two vectors, in an order of each width's own that narrow() undoes.
+// Bytes as 16-bit lanes in two vectors, in an order that differs with the width and that narrow() undoes.
 template <int N>
 PPL_INLINE void widen(vec<N> a, vec<N>& lo, vec<N>& hi) {
   lo = lower8(a, zero<vec<N>>());

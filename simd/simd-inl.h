@@ -4,10 +4,10 @@
 // only: those are compiled once per level, and everything here lives in the level's own namespace, so that code
 // compiled for a wide processor can never be picked by the linker for a narrow one.
 //
-// Conventions. Memory order is lane order: lane 0 is the lowest address, whatever the width. u8 and 16-bit lanes
+// Conventions. Memory order is lane order: lane 0 is the lowest address, whatever the width. Bytes and 16-bit lanes
 // share one type; the name of the operation tells the lanes. "even" and "odd" mean the bytes at even and odd
-// addresses: a 16-bit lane holds an even byte low and the odd byte behind it high. Masks come from comparisons
-// and go to select() and keep(); they are never stored.
+// addresses: a 16-bit lane holds an even byte low and the odd byte after it high. Masks come from comparisons and go
+// to select() and keep(); they are never stored.
 //
 // plain-inl.h says what every operation does; the files of the processors say again what their instructions do better.
 // No file outside simd/ asks for a level.
@@ -34,7 +34,7 @@
 
 namespace ppl::PPL_LEVEL {
 
-// N bytes as the language's own vectors, by lanes; and where they are in memory, aligned or not.
+// N bytes as the compiler's own vectors, by lanes; and as they lie in memory, aligned or anywhere.
 template <int N>
 struct lanes {
   typedef uint8_t u8 __attribute__((vector_size(N)));

@@ -1,5 +1,5 @@
-// XMM registers: what the levels sse2 and sse41 (and vectors of 16 bytes at the wider ones) do apart from
-// simd/x86-inl.h.
+// XMM registers: operations on 16 bytes, beyond those of simd/x86-inl.h, for the levels sse2 and sse41 and for the
+// narrow vectors of the wider ones.
 #pragma once
 
 namespace ppl::PPL_LEVEL {

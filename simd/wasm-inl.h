@@ -47,7 +47,7 @@ PPL_INLINE vec<16> select(mask<16, kBits> m, vec<16> a, vec<16> b) {
 PPL_INLINE vec<16> even_odd(vec<16> a, vec<16> b) {
   return of(wasm_v128_bitselect(bits(a), bits(b), wasm_i16x8_splat(0x00ff)));
 }
-// The plain forms the compiler takes for means of bytes, and those apart lane by lane.
+// The compiler takes the plain forms for means of bytes, and works those out lane by lane.
 PPL_INLINE vec<16> even_mean_down(vec<16> a, vec<16> b) {
   return even(avg_down8(a, b));
 }

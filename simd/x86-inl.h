@@ -98,8 +98,8 @@ PPL_SHIFT(sra32, srai_epi32)
 #undef PPL_SHIFT_32
 #undef PPL_SHIFT_64
 #undef PPL_SHIFT
-// gcc takes a known ~a for a constant of its own. With two operands that saves a copy; with three it only costs the
-// constant.
+// gcc makes a constant of its own of a known ~a. With two operands to an instruction that saves a copy; with three it
+// only costs the constant.
 PPL_WIDTH_32(andnot, andnot_si256)
 PPL_WIDTH_64(andnot, andnot_si512)
 #undef PPL_WIDTH_16
@@ -111,7 +111,7 @@ PPL_WIDTH_64(andnot, andnot_si512)
 // ---- what takes the same few steps at every width
 
 template <int N>
-concept own = N <= kWidth;  // the processor's widths: an overload so bound goes before the plain one
+concept own = N <= kWidth;  // the processor's widths: overloads bound by it are preferred to the plain ones
 
 // gcc finds another way, one instruction longer.
 template <int N>
@@ -165,8 +165,8 @@ template <int kEven, int kOdd, int N>
 requires own<N> PPL_INLINE vec<N> weigh_bytes(vec<N> a) {
   return madd8(a, set16<vec<N>>((kEven & 255) | kOdd * 256));
 }
-// Both products are one operation on a - 128 and b - 128; the sum, at least -32768, gets the 128 * 256 back together
-// with the rounding.
+// One instruction makes both products, of a - 128 and b - 128. The sum, at least -32768, gets the 128 * 256 back
+// together with the rounding.
 template <int N>
 requires own<N> PPL_INLINE vec<N> blend_pairs(vec<N> pairs, vec<N> weights) {
   return srl16<8>(add16(madd8(weights, pairs ^ set8<vec<N>>(0x80)), set16<vec<N>>(0x8080)));

@@ -1,7 +1,8 @@
-// Chroma smoothing of quality 15: each chroma word becomes 28/256 of the sum of the nine words around it.
+// Chroma smoothing: each chroma word becomes 28/256 of the sum of the nine words around it.
 //
-// Reads words w - 1 .. w + 1 of rows r - 1 .. r + 1; writes row r. U and V apart, signed, arithmetic shift: a flat 100
-// becomes 98. Rows hold the values with 128 added, so nine of them are 1152 above the signed sum.
+// Reads words w - 1 .. w + 1 of rows r - 1 .. r + 1; writes row r. U and V are summed apart, signed, and shifted
+// arithmetically: a flat 100 becomes 98. Rows hold the values with 128 added, so a sum of nine is 1152 above the
+// signed one.
 #pragma once
 
 #include "simd/simd-inl.h"
@@ -12,7 +13,7 @@ namespace ppl::PPL_LEVEL {
 constexpr int kWordBytes = 2;
 
 PPL_INLINE void smooth_row(rows_around<3> r, uint8_t* u_sums, uint8_t* v_sums, uint8_t* out, int width) {
-  // Sums of three rows first, U and V apart and one word beyond either end, then three words across.
+  // First the sums of three rows, U and V apart, up to one word beyond either end; then three words across.
   walk_padded(width + 2 * kWordBytes, [&]<class V>(int at) {
     const int x = at - kWordBytes;
     const V r0 = loadu<V>(r[-1] + x), r1 = loadu<V>(r[0] + x), r2 = loadu<V>(r[1] + x);

@@ -19,10 +19,10 @@ struct colours {
   V r_even, r_odd, g_even, g_odd, b_even, b_odd;
 };
 
-// A colour matrix in registers, as far as they reach.
+// A colour matrix, kept in registers as far as they go.
 template <class V>
 struct matrix_vectors {
-  V coef[9], offset[3], bias[3];  // with 6 fraction bits, all of them
+  V coef[9], offset[3], bias[3];  // all with 6 fraction bits
   PPL_INLINE_MEMBER explicit matrix_vectors(const colour_matrix& m)
       : coef{at(m.coef[0]), at(m.coef[1]), at(m.coef[2]), at(m.coef[3]), at(m.coef[4]),
              at(m.coef[5]), at(m.coef[6]), at(m.coef[7]), at(m.coef[8])},

@@ -1,4 +1,4 @@
-// Reconstruction of R, G, B at every site, and at once the colour conversion.
+// Reconstruction of R, G, B at every site, and the colour conversion in the same step.
 //
 // Each interpolator reads rows r - 1 .. r + 1 and columns c - 1 .. c + 1 of the mosaic (directed: c - 2 .. c + 2, and
 // the same of the green rows). Even rows hold B, Gb; odd rows Gr, R. By symmetry an odd row is an even one with B
@@ -48,7 +48,7 @@ struct demosaic_source {
   const uint8_t *flat_mask, *flat_r, *flat_g, *flat_b;
 };
 
-// Quality 15. Missing green: the pair with the smaller difference; the vertical one if they tie.
+// Gradient. Missing green: the mean of the pair with the smaller difference; of the vertical one if they tie.
 struct gradient_interpolator {
   template <bool kOddRow, class V>
   static PPL_INLINE_MEMBER colours<V> at(const demosaic_source& s, int x) {
@@ -60,7 +60,7 @@ struct gradient_interpolator {
   }
 };
 
-// Quality 2. Missing green: the mean of both pairs' means.
+// Bilinear. Missing green: the mean of both pairs' means.
 struct bilinear_interpolator {
   template <bool kOddRow, class V>
   static PPL_INLINE_MEMBER colours<V> at(const demosaic_source& s, int x) {
@@ -70,7 +70,7 @@ struct bilinear_interpolator {
   }
 };
 
-// Qualities 0, 1, 10, 11. Colour differences D = S - G interpolated against the filled green, arithmetic shifts:
+// Directed. Colour differences D = S - G interpolated against the filled green, arithmetic shifts:
 //   at own sites    other: G + (sum of the four diagonal D >> 2)
 //   at green sites  own: G + (D left + D right >> 1); other: G + (D above + D below >> 1)
 // each clamped to 0..255; then a flat block's colours, where a mask says so.

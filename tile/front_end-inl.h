@@ -17,8 +17,8 @@ namespace ppl::PPL_LEVEL {
 
 namespace front_end_detail {
 
-// Bytes Gb of `even_row` and Gr of `odd_row` meet in the odd byte places. The even ones of `limit` are 0, where B
-// stands against 0: it passes as 0 alone, and then its mean changes nothing.
+// Bytes Gb of `even_row` and Gr of `odd_row` are brought together in the odd byte places. In the even ones B is
+// compared with 0, and `limit` is 0 there: only a B of 0 passes, and its mean with 0 changes nothing.
 template <class V>
 PPL_INLINE void balance_green(V& even_row, V& odd_row, V limit) {
   const V gr = sll16<8>(odd_row), mean = avg8(even_row, gr);
@@ -34,7 +34,7 @@ PPL_INLINE void look_up_rows(const front_end_args a, const uint8_t* even_row, co
 
 }  // namespace front_end_detail
 
-// Up to the green balance, and what statistics keep; at levels with the look-up in registers all of it.
+// As far as the green balance, with what statistics keep; at levels that look up in registers, all of it.
 template <bool kLens, bool kGreen>
 static void front_end_rows(const front_end_args& args) {
   using namespace front_end_detail;

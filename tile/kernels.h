@@ -1,13 +1,13 @@
 // The entry points of the vector code of the blocks in this room. Each works on the two rows of a row pair, or makes
-// some of the rows r, r + 1 ... of a ring, whose rows are handed over as a list of row pointers.
+// some of the rows r, r + 1 ... of a ring, whose rows are given as a list of pointers.
 //
-// Row storage: a row starts at a multiple of 64 bytes. `width` bytes, a multiple of 16, are its samples. Of the 64
+// Row storage: a row starts at a multiple of 64 bytes; its samples are `width` bytes, a multiple of 16. Of the 64
 // bytes on either side kernels may read all, and may write those after the end up to the next multiple of 64. Where a
 // block reads neighbours, the two bytes on either side of the row are filled (tile/pads.h). Of the caller's memory
 // exactly the `width` bytes given are touched.
 //
 // Kernels take their arguments, and the vectors of the record that they need, by value before the loop: a byte store
-// could change anything that memory holds, so a pointer would be followed anew for every vector.
+// may change anything in memory, so what a pointer leads to would be loaded again for every vector.
 //
 // Chroma rows hold words: the U byte, then the V byte of two columns, each with 128 added, so that all bytes in
 // row storage are unsigned.
@@ -87,7 +87,8 @@ struct demosaic_args {
   const uint8_t* const* green;
   const uint8_t *flat_mask, *flat_r, *flat_g, *flat_b;
   const colour_matrix* matrix;
-  uint8_t* const* plane[3];  // Y and chroma words; three planes: the matrix' rows. plane[2] may be null
+  uint8_t* const*
+      plane[3];  // Y and chroma words; or three planes, one of each matrix row. plane[2] may be null
   row_bits made, with_chroma, with_flat;
   int32_t odd_row;
   int32_t width;

@@ -7,8 +7,8 @@
 
 namespace ppl {
 
-// Factors of columns 0 .. width - 1 of row r, or null where lens correction is off or has no table. The table has
-// a row for each distance from the origin row. Entries outside the table count as 8192 (1.0): a row that needs such is
+// Factors of columns 0 .. width - 1 of row r, or null where lens correction is off or has no table. The table has a
+// row for each distance from the origin row. Entries outside the table count as 8192 (1.0): a row that needs any is
 // made in `spare`, which has room for `width` factors.
 inline const uint16_t* lens_row(const ppl_context& c, int r, int width, uint16_t* spare) {
   if (c.lens_correction_enabled == 0 || c.lens_table == nullptr) return nullptr;

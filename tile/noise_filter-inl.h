@@ -1,5 +1,5 @@
-// Noise filter of quality 15: a pixel becomes the mean of the two middle values of its four neighbours, where
-// these agree with each other. The centre takes part neither in the mean nor in the test.
+// Noise filter: a pixel becomes the mean of the two middle values of its four neighbours, where these agree with each
+// other. The centre takes part neither in the mean nor in the test.
 //
 // Reads luma and chroma of rows r - 1 .. r + 1, columns c - 1 .. c + 1 (chroma: one word on either side); writes both
 // of row r.

@@ -1,5 +1,5 @@
-// Row storage of the frame in progress. Rows from block to block go through rings: a ring holds as many consecutive
-// rows as lie between the oldest that is still to be read and the newest.
+// Row storage of the frame in progress. Blocks pass rows on through rings: a ring holds as many consecutive rows as
+// lie between the oldest that is still to be read and the newest.
 #pragma once
 
 #include <stddef.h>
@@ -41,10 +41,11 @@ struct row_ring {
     return places + (place - (place * reciprocal >> 16) * rows);
   }
 };
-// With two rows a step: rows of all rings of a frame in the record's ring_pool; of the third plane's, in its scratch.
+// Room for two rows a step: rows of all rings of a frame in the record's ring_pool; those of the third plane in its
+// scratch.
 constexpr int kPoolRows = 27, kThirdPlaneRows = 3;
 constexpr int kMostRows = 8;  // a step
-// The widest row with what is around it.
+// The widest row with the bytes on either side.
 constexpr int kRowPitch = 2048 + 64;
 static_assert(64 + kPoolRows * kRowPitch <= kRingPoolBytes);
 

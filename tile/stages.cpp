@@ -49,7 +49,8 @@ void front_end_pair(walk& w, int r, uint8_t* const* rows, bool in_place) {
 
 }  // namespace
 
-// The medium filter reads rows that it has not made yet: where it follows, it writes the frame.
+// The medium filter reads rows below the one that it makes, as the front end left them: where it follows, it is the
+// one to write the frame.
 void front_end_stage(walk& w, const stage& s, int first) {
   uint8_t* const* const rows = w.rows(s.writes[0], first);
   for (int i = 0; i < w.step && first + i < w.height; i += 2)

@@ -1,5 +1,5 @@
-// The stages that blocks of this room are run in: what each reads, how far around, and where it may begin.
-// `reads` and `writes` are the rings that it is given, in this order.
+// The stages that run the blocks of this room: what each reads, how far around, and where it may begin. The comments
+// name the rings of `reads` and of `writes`, in their order.
 #pragma once
 
 #include "tile/walk.h"
@@ -19,8 +19,8 @@ inline constexpr stage_kind kMediumFilter = {.run = medium_filter_stage, .reach 
 void green_fill_stage(walk& w, const stage& s, int first);
 inline constexpr stage_kind kGreenFill = {.run = green_fill_stage, .reach = {2}};
 
-// mosaic ring, green ring or none -> luma and chroma ring, with three planes the third plane's too. Interpolation and
-// colour conversion.
+// mosaic ring, green ring or none -> luma and chroma ring; with three planes, the three planes' rings. Interpolation
+// and colour conversion.
 void demosaic_stage(walk& w, const stage& s, int first);
 inline constexpr stage_kind kDemosaic = {.run = demosaic_stage, .reach = {1, 1}};
 

@@ -1,18 +1,18 @@
 // Statistics of one collecting row pair: qualified sums and histograms, exposure sums, sub-window sums.
 //
-// At every odd inner tile t a group of eight cells is taken from the front-end tile t + lead and the one before
-// it: columns 2 and 3 of every four. Two steps:
+// At every odd inner tile t a group of eight cells is taken, columns 2 and 3 of every four, from the front-end tile t
+// + lead and the one before it. Two steps:
 //   qual  on black-corrected samples: cells within all ranges add to the qual sums; the group's means over all
 //         eight cells go to the histograms (failing cells as zeros)
 //   qAE   on samples after the gain (the earlier tile: after the tone curve): cells not wholly clipped at one end
 //         add to the qAE sums; every cell adds to its sub-window
 // In tile 1 the first step takes for the earlier tile what the last even inner tile of the previous collecting
-// row pair left behind.
+// row pair left in the record.
 //
 // A vector holds as many groups as it has 16 bytes; every layout below is that of one group's 16 bytes. A group's
 // cells are numbered: 0 .. 3 from the earlier tile, 4 .. 7 from the current one.
 //
-// Sums go to ppl_context::sums, from where they get to the record's fields at times (tile/statistics_sums.h).
+// Sums go to ppl_context::sums, and from there to the record's fields (tile/statistics_sums.h).
 #pragma once
 
 #include "simd/simd-inl.h"
@@ -31,7 +31,7 @@ struct black_cells {
 };
 template <class V>
 PPL_INLINE black_cells<V> black_at(const uint8_t* even, const uint8_t* odd) {
-  // Columns 2, 3 of every four in two tiles stand in the upper word of each 32 bits.
+  // Columns 2, 3 of every four are the upper word of each 32 bits.
   const auto sampled = [](const uint8_t* p) {
     return in_order(upper_words(loadu<V>(p), loadu<V>(p + V::size)));
   };
@@ -43,7 +43,8 @@ template <class V>
 struct bright_cells {
   V b_gr, gb_r;
 };
-// From finished rows the earlier tile's cells, four bytes of each colour, with the current ones between them.
+// Cells of the earlier tile from finished rows, four bytes of each colour, with those of the current tile between
+// them.
 template <class V>
 PPL_INLINE bright_cells<V> bright_at(const uint8_t* even, const uint8_t* odd, V current) {
   const V earlier = even_then_odd(upper_words(load_every_second_16<V>(even), load_every_second_16<V>(odd)));
@@ -74,8 +75,8 @@ struct current_gain {
 
 // ---- sums
 
-// The sums of a group's cells, from eight bytes of each: 32-bit lanes B, green, the other green, R. Nobody asks which
-// green is which.
+// The sums of a group's cells, from eight bytes of each colour: 32-bit lanes B, green, the other green, R. Which green
+// comes first makes no difference.
 template <class V>
 PPL_INLINE V sum(V b_green, V green_r) {
   return sum_eights(b_green, green_r);
@@ -115,18 +116,18 @@ struct difference_ranges {
   }
 };
 
-// The ranges of samples are open by default; a row pair asks once.
+// Whether any range of samples is narrower than 0 .. 255, the default; asked once a row pair.
 static inline bool samples_tested(const ppl_context& c) {
   return (c.qual_gb_span.lane[0] & c.qual_rg_span.lane[0]) != -1;
 }
-// How far the bytes of a word leave minimum .. minimum + span.
+// By how much the bytes of a word leave minimum .. minimum + span.
 template <class V>
 PPL_INLINE V sample_excess(V x, const vec_i16& minimum, const vec_i16& span) {
   return subs_u8(sub8(x, repeat16<V>(&minimum)), repeat16<V>(&span));
 }
 
-// A cell is rejected if all four samples are below a minimum above 0, or all four above a maximum below 255: a test
-// that stands at its limit is off. By default both are.
+// A cell is rejected if all four samples are below a minimum above 0, or all four above a maximum below 255. By
+// default the minimum is 0 and the maximum 255: neither test is made.
 static inline bool exposure_tested(const ppl_context& c) {
   return c.qAE_min.lane[0] != 0 || c.qAE_above_max.lane[0] != 0;
 }
@@ -144,8 +145,8 @@ PPL_INLINE V rejected_cells(const ppl_context& c, bright_cells<V> s) {
 
 // ---- the walk along a row pair
 
-// A group in the histograms. Both greens often share a bin: the second count follows from the first then, not from
-// memory.
+// Counts a group in the histograms. Both greens often share a bin: the second count is then worked out from the first,
+// not read back from memory.
 PPL_INLINE void count(ppl_context& c, const uint32_t (&bins)[4]) {
   const uint32_t g = bins[1], g2 = bins[2];
   c.b_histogram[bins[0]] += 8;
@@ -174,12 +175,12 @@ PPL_INLINE void add_to(uint32_t* lanes, V sums) {
   storeu(lanes, add32(loadu<V>(lanes), sums));
 }
 
-// All groups of the row pair, at least as many as a wide vector holds. The last vector ends with the last
-// group; the groups that it takes again add nothing.
+// All groups of the row pair, at least as many as a wide vector holds. The last vector ends with the last group; the
+// groups in it that were taken before add nothing.
 template <class V>
 PPL_INLINE void gather(const statistics_args& a, int groups) {
   constexpr int kGroups = V::size / 16;
-  // A narrow vector's work leaves room beside it to count the group before.
+  // With narrow vectors the processor has room to count the group before at the same time.
   constexpr bool kCountedAfterwards = kGroups > 1;
   ppl_context& c = *a.context;
   statistics_sums& total = c.sums;
@@ -187,7 +188,7 @@ PPL_INLINE void gather(const statistics_args& a, int groups) {
   const current_gain<V> gain(c);
   const bool test_samples = samples_tested(c), test_exposure = exposure_tested(c);
   V qualified = zero<V>(), exposed = zero<V>();
-  V passed = zero<V>(), rejected = zero<V>();  // cells: in 16-bit lanes, and twice in bytes
+  V passed = zero<V>(), rejected = zero<V>();  // cells: in 16-bit lanes; in bytes, twice each
   for (int next = 0; next < groups; next += kGroups) {
     const int first = next + kGroups <= groups ? next : groups - kGroups;
     const int x = (2 * first + a.tile_lead) * kTile;
@@ -234,7 +235,7 @@ static void statistics(const statistics_args& args) {
   const statistics_args a = args;
   tile_leftovers& left = a.context->leftovers;
   if (!a.plain_only) {
-    // The tile before that of t = 1 is nobody else's: it stands for what the previous row pair left.
+    // The tile before that of t = 1 is used for nothing else: it is overwritten with what the previous row pair left.
     const int x = a.tile_lead * kTile;
     store(a.black_even + x, loadu<vec16>(left.stat_even_row.lane));
     store(a.black_odd + x, loadu<vec16>(left.stat_odd_row.lane));

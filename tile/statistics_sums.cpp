@@ -10,7 +10,7 @@ uint32_t take(uint32_t& sum) {
   return value;
 }
 
-// Of the sums of odd tiles, each to its cell: from left to right through one row of the grid, then outside.
+// Adds the sums of odd tiles to their cells: from left to right through one row of the grid, then outside.
 void settle_tiles(ppl_context& c) {
   const bool outside = c.sums.grid_row >= kGridRows;
   rgb32* cell = outside ? outside_cell(&c) : &c.sub_window_means[kGridColumns * c.sums.grid_row];

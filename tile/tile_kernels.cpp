@@ -1,4 +1,4 @@
-// The tile pipeline's vector code for one level.
+// This room's vector code for one level.
 #include "platform/levels.h"
 #include "tile/chroma_smoothing-inl.h"
 #include "tile/demosaic-inl.h"

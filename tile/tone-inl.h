@@ -3,7 +3,7 @@
 //   x = max(x - black, 0);  v = (x * gain >> 5) + delta: 16-bit product, logical shift, wrapping sum; clamped to
 //   0..255;  tone[v]
 //
-// Made once per frame into the record's site tables, by which simd/look_up-inl.h then takes the rows.
+// Made once per frame into the record's site tables, with which simd/look_up-inl.h then maps the rows.
 #pragma once
 
 #include "simd/look_up-inl.h"

@@ -7,8 +7,8 @@ namespace ppl {
 
 namespace {
 
-// A step costs each stage a call, however narrow its rows are. A row more a step is a row more in each ring: as many as
-// leave the rings well inside the first-level cache, and so inside the pool.
+// Each step costs every stage a call, however narrow its rows are. A row more in a step is a row more in every ring:
+// steps take as many as keep the rings well inside the first-level cache, and inside the pool.
 int rows_a_step(const stage_list& plan, int pitch) {
   constexpr int kNear = 24 * 1024;
   static_assert(kNear <= kRingPoolBytes - 64);

@@ -5,7 +5,7 @@
 // row from the oldest still to be read to the newest. No stage knows the edges of the frame: for rows outside it a
 // stage is handed mirrored ones, and the columns beside a row are filled when the row is made (tile/pads.h).
 //
-// Which stages a frame goes through, the last of them the format's, is for paths/ to say.
+// Which stages a frame goes through, the format's own last, is decided in paths/.
 #pragma once
 
 #include <stdint.h>
@@ -25,7 +25,7 @@ struct stage_kind {
   stage_body run;         // makes rows first, first + 1 ... of a step, those of them inside the frame
   uint8_t reach[4] = {};  // of each ring that it reads
   enum : uint8_t { any_row, even_row, odd_row } first = any_row;
-  bool two_rows = false;  // a step is two rows: row pairs or blocks follow one another
+  bool two_rows = false;  // a step is always two rows: row pairs or blocks build on one another
 };
 
 // A stage of a frame.
@@ -42,7 +42,7 @@ struct stage_list {
   bool two_rows = false;
   uint8_t producer_lag[kRings] = {};
   uint8_t ring_rows[kRings] = {};
-  bool neighbours_read[kRings] = {};  // the ring's rows need what is beside them
+  bool neighbours_read[kRings] = {};  // the columns beside the ring's rows are read
 
   [[gnu::noinline]] constexpr void add(const stage_kind& kind, const ring_id (&reads)[4],
                                        const ring_id (&writes)[3]) {
@@ -70,7 +70,7 @@ struct stage_list {
     two_rows |= kind.two_rows;
   }
 
-  // With two rows a step everything has its place.
+  // Whether everything has its place with two rows a step.
   constexpr bool fits() const {
     int rows = 0;
     for (int ring = 0; ring < kRings; ++ring) rows += ring != third_plane_ring ? ring_rows[ring] : 0;
@@ -96,7 +96,7 @@ struct flat_rows {
 // Rows that a format takes: bit r mod 4, repeated.
 constexpr row_bits kEveryRow = 0xffffffffu, kEvenRows = 0x55555555u, kEverySecondEvenRow = 0x44444444u;
 
-// A frame on its way. The first part is for who starts the walk to fill in.
+// A frame on its way. Whoever starts the walk fills in the first part.
 struct walk {
   ppl_context* context;
   const tile_kernels* kernels;
