@@ -66,8 +66,10 @@ enum class size : std::int8_t { twice = PPL_SIZE_DOUBLE, same = PPL_SIZE_SAME, h
 /// would do and something else is wrong: a buffer too small, a value out of range, no context left.
 class error : public std::runtime_error {
  public:
+  /// From the sentence, and the reason where there is one.
   explicit error(const std::string& sentence, ppl_reason reason = PPL_WHOLE)
       : std::runtime_error(sentence), reason_(reason) {}
+  /// Why no whole picture would come.
   ppl_reason reason() const noexcept { return reason_; }
 
  private:
@@ -77,21 +79,28 @@ class error : public std::runtime_error {
 /// Bytes that start at a multiple of 64, as frames want them. Zero at first.
 class buffer {
  public:
+  /// No bytes.
   buffer() noexcept = default;
+  /// n bytes of zero.
   explicit buffer(std::size_t n) : buffer(n, uncleared{}) {
     if (n != 0) std::memset(data_, 0, n);
   }
   /// For what is written whole anyway.
   struct uncleared {};
+  /// n bytes, as memory happened to be.
   buffer(std::size_t n, uncleared)
       : data_(n == 0 ? nullptr : static_cast<std::uint8_t*>(::operator new (n, std::align_val_t{64}))),
         size_(n) {}
+  /// A copy of the bytes.
   explicit buffer(std::span<const std::uint8_t> bytes) : buffer(bytes.size()) {
     if (size_ != 0) std::memcpy(data_, bytes.data(), size_);
   }
+  /// A copy, with memory of its own.
   buffer(const buffer& other) : buffer(std::span<const std::uint8_t>(other)) {}
+  /// Takes the bytes over; the other holds none any more.
   buffer(buffer&& other) noexcept
       : data_(std::exchange(other.data_, nullptr)), size_(std::exchange(other.size_, 0)) {}
+  /// Copies or takes over.
   buffer& operator=(buffer other) noexcept {
     std::swap(data_, other.data_);
     std::swap(size_, other.size_);
@@ -101,6 +110,7 @@ class buffer {
     if (data_ != nullptr) ::operator delete (data_, std::align_val_t{64});
   }
 
+  /// @{ As those of a std::vector.
   std::uint8_t* data() noexcept { return data_; }
   const std::uint8_t* data() const noexcept { return data_; }
   std::size_t size() const noexcept { return size_; }
@@ -111,6 +121,7 @@ class buffer {
   std::uint8_t* end() noexcept { return data_ + size_; }
   const std::uint8_t* begin() const noexcept { return data_; }
   const std::uint8_t* end() const noexcept { return data_ + size_; }
+  /// @}
 
  private:
   std::uint8_t* data_ = nullptr;
@@ -119,20 +130,26 @@ class buffer {
 
 /// Width and height in pixels.
 struct extent {
-  std::uint32_t width = 0, height = 0;
+  std::uint32_t width = 0;   ///< columns
+  std::uint32_t height = 0;  ///< rows
+  /// Equal in both.
   friend bool operator==(const extent&, const extent&) = default;
 };
 
 /// A Bayer frame of the caller's: B Gb on even rows, Gr R on odd ones. Conversions overwrite it.
 struct mosaic {
-  std::span<std::uint8_t> samples;
-  std::uint32_t width = 0, height = 0;
-  std::uint32_t stride = 0;  ///< bytes from row to row; 0 for the width
+  std::span<std::uint8_t> samples;  ///< at least stride * height bytes, at a multiple of 16
+  std::uint32_t width = 0;          ///< samples in a row
+  std::uint32_t height = 0;         ///< rows
+  std::uint32_t stride = 0;         ///< bytes from row to row; 0 for the width
 };
 
 /// A mean or a sum in the order in which the library keeps it, in 1/256 of a sample step.
 struct rgb {
-  std::uint32_t r, g, b;
+  std::uint32_t r;  ///< red
+  std::uint32_t g;  ///< green, of both sites
+  std::uint32_t b;  ///< blue
+  /// Equal in all three.
   friend bool operator==(const rgb&, const rgb&) = default;
 };
 
@@ -144,15 +161,18 @@ constexpr std::size_t bytes(format f, extent e) noexcept {
 /// One of the library's eight contexts, with all controls at their defaults.
 class context {
  public:
+  /// Takes one; ppl::error if all eight are in use.
   context() {
     const std::lock_guard hold(pool());
     context_ = ppl_init();
     if (context_ == nullptr) throw error("all eight contexts are in use: drop one first");
   }
+  /// Takes the context over; the other is only fit to be dropped or assigned to.
   context(context&& other) noexcept
       : context_(std::exchange(other.context_, nullptr)),
         lens_(std::move(other.lens_)),
         stained_(other.stained_) {}
+  /// Drops its own context and takes the other over.
   context& operator=(context&& other) noexcept {
     context taken(std::move(other));
     std::swap(context_, taken.context_);
@@ -246,6 +266,7 @@ class context {
                                                              e.height, e.width, e.height),
            v);
   }
+  /// The same into a buffer of its own.
   buffer convert(packing from, std::span<const std::uint8_t> frame, extent e, format to) {
     demand(conversion(PPL_CALL_PACKED, from, to, e, e));
     buffer picture(bytes(to, e), buffer::uncleared{});
@@ -277,6 +298,7 @@ class context {
                                                   picture.data(), e.width, e.height, e.width, e.height),
            v);
   }
+  /// The same into a buffer of its own.
   buffer deinterlace(packing from, std::span<const std::uint8_t> earlier, std::span<const std::uint8_t> kept,
                      std::span<const std::uint8_t> later, extent e, format to) {
     demand(conversion(PPL_CALL_FIELDS, from, to, e, e));
@@ -287,21 +309,27 @@ class context {
 
   // ---- Controls. Each gives the context back, so that calls can be strung together; units are those of ppl.h.
 
+  /// How frames are reconstructed.
   ppl::quality quality() const noexcept { return static_cast<ppl::quality>(ppl_quality(context_)); }
+  /// Sets it.
   context& quality(ppl::quality q) {
     return accepted(ppl_set_quality(context_, static_cast<std::uint32_t>(q)), "qualities go from 0 to 15");
   }
+  /// Left to right, top to bottom.
   context& mirrors(bool horizontal, bool vertical) noexcept {
     ppl_set_h_mirror(context_, horizontal);
     ppl_set_v_mirror(context_, vertical);
     return *this;
   }
+  /// Whether frames gather statistics; without them they take less time.
   context& statistics(bool on) noexcept {
     ppl_set_mean_collection(context_, on);
     return *this;
   }
 
+  /// The same for all four sites, 0 to 255.
   context& black_level(std::uint32_t all) { return black_level(all, all, all, all); }
+  /// Of the four sites of the mosaic, 0 to 255 each.
   context& black_level(std::uint32_t b, std::uint32_t gb, std::uint32_t gr, std::uint32_t r) {
     within(b <= 255 && gb <= 255 && gr <= 255 && r <= 255, "black levels go from 0 to 255");
     ppl_set_optical_black_b_gb_gr_r(context_, b, gb, gr, r);
@@ -313,6 +341,7 @@ class context {
     ppl_set_rgb_gain(context_, r, g, b);
     return *this;
   }
+  /// Added behind the gains, in sample steps.
   context& deltas(std::int32_t r, std::int32_t g, std::int32_t b) {
     within(fits_16(r) && fits_16(g) && fits_16(b), "deltas go from -32768 to 32767");
     ppl_set_rgb_delta(context_, r, g, b);
@@ -324,13 +353,16 @@ class context {
     return *this;
   }
 
+  /// 256 is 1.0; 0 is grey, 512 the most.
   context& saturation(std::uint32_t nf88) {
     return accepted(ppl_set_sat(context_, nf88), "saturation goes from 0 to 512, 256 being 1.0");
   }
+  /// In degrees, any number.
   context& hue(std::int32_t degrees) noexcept {
     ppl_set_hue(context_, degrees);
     return *this;
   }
+  /// -127 to 127; 0 changes nothing.
   context& contrast(std::int32_t c) {
     return accepted(ppl_set_contrast_c(context_, c, nullptr, nullptr), "contrast goes from -127 to 127");
   }
@@ -344,6 +376,7 @@ class context {
     return *this;
   }
 
+  /// The two greens of a cell become their mean where they differ by less than the threshold.
   context& green_balance(bool on, std::int32_t threshold = 10) {
     within(fits_16(threshold), "thresholds of the green balance go from -32768 to 32767");
     on ? ppl_enable_GbGr_correction(context_) : ppl_disable_GbGr_correction(context_);
@@ -385,6 +418,7 @@ class context {
     lens_ = std::move(table);
     return *this;
   }
+  /// Off, without a table.
   context& no_lens_correction() noexcept {
     ppl_reset_lens_correction(context_);
     lens_.clear();
@@ -399,13 +433,21 @@ class context {
 
   // ---- Statistics of the last Bayer frame; spans are valid until the next. See ppl.h for what each is a mean of.
 
+  /// Frames that calls on this context have converted or counted, its earlier owners' too.
   std::uint32_t frames() const noexcept { return ppl_n_frame(context_); }
+  /// Mean of the frame.
   rgb whole_frame() const noexcept { return at(ppl_rgb_means_whole_frame(context_)); }
+  /// Mean of the 48 cells of the grid.
   rgb all_windows() const noexcept { return at(ppl_rgb_means_all_sub_windows(context_)); }
+  /// What lies outside the grid, divided as if it were one cell.
   rgb outside_windows() const noexcept { return at(ppl_rgb_means_outside_all_sub_windows(context_)); }
+  /// Mean of the cells within the range for exposure.
   rgb exposure() const noexcept { return at(ppl_qAE_rgb_means_whole_frame(context_)); }
+  /// Mean of the cells within the quality ranges, linear in the light.
   rgb qualified() const noexcept { return at(ppl_qual_rgb_means_whole_frame(context_)); }
+  /// How many 2 x 2 cells exposure() is a mean of.
   std::uint32_t exposure_cells() const noexcept { return ppl_n_qAE_2x2_whole_frame(context_); }
+  /// How many 2 x 2 cells qualified() is a mean of.
   std::uint32_t qualified_cells() const noexcept { return ppl_n_qual_2x2_whole_frame(context_); }
   /// The 8 x 6 grid, row by row.
   std::array<rgb, 48> windows() const noexcept {
@@ -413,10 +455,13 @@ class context {
     for (std::size_t i = 0; i < cells.size(); ++i) cells[i] = at(ppl_rgb_means_sub_windows(context_) + 3 * i);
     return cells;
   }
+  /// One word for each of 256 steps.
   using histogram = std::span<const std::uint32_t, 256>;
+  /// @{ How many cells have which mean, linear; cells outside the quality ranges count as black.
   histogram red_histogram() const noexcept { return histogram(ppl_r_histogram(context_), 256); }
   histogram green_histogram() const noexcept { return histogram(ppl_g_histogram(context_), 256); }
   histogram blue_histogram() const noexcept { return histogram(ppl_b_histogram(context_), 256); }
+  /// @}
 
  private:
   // The library's pool has no lock of its own.

@@ -87,6 +87,7 @@ static inline uint32_t ppl_auto_root(uint64_t x) {
   return (uint32_t)r;
 }
 
+/* x, but at least low and at most high. */
 static inline int32_t ppl_auto_clamp(int32_t x, int32_t low, int32_t high) {
   return x < low ? low : x > high ? high : x;
 }
@@ -101,11 +102,12 @@ typedef struct ppl_auto_sample {
   uint32_t edges;   /* differences of neighbours that are kept */
   uint32_t light;   /* sum over the blocks of R + 2 G + B, 0 to 4080 each */
   int16_t colour_r[2 * PPL_AUTO_PAIRS], colour_b[2 * PPL_AUTO_PAIRS]; /* R / G and B / G, 256 to the octave */
-  uint16_t colour_light[2 * PPL_AUTO_PAIRS];
-  int16_t edge_r[PPL_AUTO_PAIRS], edge_b[PPL_AUTO_PAIRS];
-  uint16_t counts[PPL_AUTO_BINS * PPL_AUTO_BINS]; /* scratch of ppl_auto_white */
+  uint16_t colour_light[2 * PPL_AUTO_PAIRS];                          /* R + 2 G + B, 0 to 4080 */
+  int16_t edge_r[PPL_AUTO_PAIRS], edge_b[PPL_AUTO_PAIRS]; /* of the differences: R / G and B / G */
+  uint16_t counts[PPL_AUTO_BINS * PPL_AUTO_BINS];         /* scratch of ppl_auto_white */
 } ppl_auto_sample;
 
+/* Nothing in it any more: the beginning of a frame's sample. */
 static inline void ppl_auto_empty(ppl_auto_sample* sample) {
   sample->blocks = sample->clipped = sample->colours = sample->edges = sample->light = 0;
 }
@@ -190,6 +192,7 @@ static inline void ppl_auto_take_region(ppl_auto_sample* sample, const uint8_t* 
     }
 }
 
+/* The sample of a whole raw frame, at a stride in bytes, and the black levels that are to be subtracted. */
 static inline void ppl_auto_take_frame(ppl_auto_sample* sample, const uint8_t* raw, uint32_t width,
                                        uint32_t height, uint32_t stride, uint32_t black_b, uint32_t black_gb,
                                        uint32_t black_gr, uint32_t black_r) {
@@ -255,11 +258,12 @@ static inline uint32_t ppl_auto_clipped(const ppl_auto_sample* sample) {
  * bluest light to the reddest in steps that look alike; and how likely each light is beforehand, in eighths of a
  * natural logarithm. A caller who has measured a sensor under lights of his own fills one himself. */
 typedef struct ppl_auto_curve {
-  uint32_t lights; /* 2 to PPL_AUTO_LIGHTS */
-  int16_t r[PPL_AUTO_LIGHTS], b[PPL_AUTO_LIGHTS];
-  int8_t likely[PPL_AUTO_LIGHTS];
+  uint32_t lights;                                /* 2 to PPL_AUTO_LIGHTS */
+  int16_t r[PPL_AUTO_LIGHTS], b[PPL_AUTO_LIGHTS]; /* R / G and B / G of white, 256 to the octave */
+  int8_t likely[PPL_AUTO_LIGHTS];                 /* eighths of a natural logarithm */
 } ppl_auto_curve;
 
+/* The light of a frame, and the gains that balance it. */
 typedef struct ppl_auto_balance {
   uint32_t gain[3];  /* R, G, B as ppl_set_rgb_gain takes them, the smallest 256 */
   int32_t r, b;      /* the light: R / G and B / G of a white surface, 256 to the octave */
@@ -579,10 +583,10 @@ typedef struct ppl_auto_loop {
   uint32_t exposure, gain; /* for the sensor */
   uint32_t rgb_gain[3];    /* for ppl_set_rgb_gain */
   /* Its own. */
-  int32_t light, step, last;     /* exposure times gain as a logarithm; longest step; last error */
-  uint32_t wait, settled, along; /* frames: to be waited, settled, on in one direction */
-  uint32_t balanced, balance_settled;
-  int32_t r, b;
+  int32_t light, step, last;          /* exposure times gain as a logarithm; longest step; last error */
+  uint32_t wait, settled, along;      /* frames: to be waited, settled, on in one direction */
+  uint32_t balanced, balance_settled; /* whether there is a balance yet; whether it holds still */
+  int32_t r, b;                       /* the light that the gains follow */
 } ppl_auto_loop;
 
 enum { PPL_AUTO_EXPOSURE_CHANGED = 1, PPL_AUTO_BALANCE_CHANGED = 2 };
@@ -731,7 +735,7 @@ static inline int ppl_auto_step(ppl_auto_loop* loop, const ppl_auto_curve* curve
 
 /* What ppl_set_lens_correction takes. */
 typedef struct ppl_auto_lens {
-  int32_t origin_x, origin_y, f1, f1_rshift_count, f2, f2_rshift_count;
+  int32_t origin_x, origin_y, f1, f1_rshift_count, f2, f2_rshift_count; /* its arguments of these names */
   uint32_t corner; /* the factor at the furthest corner, 8192 for 1.0 */
 } ppl_auto_lens;
 

@@ -246,11 +246,12 @@ PPL_HELPER_INLINE PPL_HELPER_UNUSED uint64_t ppl_frame_bytes(uint32_t format, ui
 
 /** What ppl_new_frame_sizes makes of a pair of sizes with validation on. */
 struct ppl_placement {
-  uint8_t found; /**< 0: the pair is refused */
-  int32_t decimation, top_black_lines, bottom_black_lines;
-  uint32_t width, height; /**< of the frame that is made */
+  uint8_t found;                                           /**< 0: the pair is refused */
+  int32_t decimation, top_black_lines, bottom_black_lines; /**< as the context holds them then */
+  uint32_t width, height;                                  /**< of the frame that is made */
 };
 
+/** Looks a pair of sizes up, as ppl_new_frame_sizes does with validation on. */
 PPL_HELPER_INLINE PPL_HELPER_UNUSED struct ppl_placement ppl_place(uint32_t in_width, uint32_t in_height,
                                                                    uint32_t out_width, uint32_t out_height) {
   struct ppl_placement p = PPL_HELPER_ZERO;
@@ -288,20 +289,23 @@ PPL_HELPER_INLINE PPL_HELPER_UNUSED struct ppl_placement ppl_place(uint32_t in_w
   return p;
 }
 
+/** A width or height of the input at a decimation: twice, the same, half or a quarter of it. */
 PPL_HELPER_INLINE PPL_HELPER_UNUSED uint32_t ppl_decimated_extent(uint32_t extent, int32_t decimation) {
   return decimation < 0 ? extent << 1 : extent >> decimation;
 }
 
 /* ---- The check --------------------------------------------------------------------------------------------------- */
 
+/** Does ppl_new_frame_size take it? */
 PPL_HELPER_INLINE PPL_HELPER_UNUSED int ppl_size_accepted(uint32_t width, uint32_t height, uint32_t stride) {
   return width <= PPL_LIMIT_WIDTH && height <= PPL_LIMIT_HEIGHT && stride <= PPL_LIMIT_STRIDE;
 }
 
 /* What the widths and heights of whole pictures are multiples of. */
 struct ppl_multiples {
-  uint32_t width, height;
+  uint32_t width, height; /**< 1 or more */
 };
+/** The multiples for a quality, a format and a decimation. */
 PPL_HELPER_INLINE PPL_HELPER_UNUSED struct ppl_multiples ppl_multiples_of(uint32_t quality, uint32_t format,
                                                                           int32_t decimation) {
   struct ppl_multiples m = PPL_HELPER_ZERO;
@@ -344,6 +348,7 @@ PPL_HELPER_INLINE PPL_HELPER_UNUSED uint8_t ppl_reason_of_quality(uint32_t quali
   return PPL_REASON_ONE_MIRROR;
 }
 
+/** What a whole picture of a Bayer frame has about it: bits of enum ppl_note. */
 PPL_HELPER_INLINE PPL_HELPER_UNUSED uint32_t ppl_notes_of_frame(const struct ppl_plan* p, int32_t decimation,
                                                                 uint32_t out_width, uint32_t out_height) {
   const uint32_t road = ppl_quality_table[p->quality].road;
@@ -371,6 +376,7 @@ PPL_HELPER_INLINE PPL_HELPER_UNUSED uint32_t ppl_notes_of_frame(const struct ppl
   return notes;
 }
 
+/** The verdict on a Bayer frame's call; ppl_check tells the two kinds of calls apart. */
 PPL_HELPER_INLINE PPL_HELPER_UNUSED struct ppl_verdict ppl_check_frame(const struct ppl_plan* p) {
   struct ppl_verdict v = PPL_HELPER_ZERO;
   const int scaled = p->call == PPL_CALL_SCALED, rgb = p->format >= PPL_FORMAT_RGB24;
@@ -495,6 +501,7 @@ PPL_HELPER_INLINE PPL_HELPER_UNUSED struct ppl_verdict ppl_check_frame(const str
   return v;
 }
 
+/** The verdict on a conversion, of whole frames or of fields. */
 PPL_HELPER_INLINE PPL_HELPER_UNUSED struct ppl_verdict ppl_check_conversion(const struct ppl_plan* p) {
   struct ppl_verdict v = PPL_HELPER_ZERO;
   const int fields = p->call == PPL_CALL_FIELDS || p->call == PPL_CALL_FIELDS_NO_MOTION;
@@ -728,6 +735,7 @@ PPL_HELPER_INLINE PPL_HELPER_UNUSED const char* ppl_reason_text(uint32_t reason)
 
 /* ---- The nearest call that makes a picture ----------------------------------------------------------------------- */
 
+/** The multiple of `of` that is nearest to n, not 0 and not above the limit. */
 PPL_HELPER_INLINE PPL_HELPER_UNUSED uint32_t ppl_nearest_multiple(uint32_t n, uint32_t of, uint32_t limit) {
   const uint32_t most = limit / of * of;
   const uint32_t below = n / of * of;

@@ -35,9 +35,11 @@ extern "C" {
  * for GBRG and RGGB, one row further down for GRBG and RGGB. The column or row that is then missing at the far end is
  * the frame mirrored about its last one, which keeps the colours in their places. */
 enum ppl_pattern { PPL_BGGR, PPL_GBRG, PPL_GRBG, PPL_RGGB };
+/* The column of the first B site: 0 or 1. */
 static inline uint32_t ppl_pattern_column(int pattern) {
   return pattern == PPL_GBRG || pattern == PPL_RGGB;
 }
+/* The row of the first B site: 0 or 1. */
 static inline uint32_t ppl_pattern_row(int pattern) {
   return pattern == PPL_GRBG || pattern == PPL_RGGB;
 }
@@ -51,6 +53,7 @@ enum ppl_sample_layout { PPL_BYTES, PPL_WORDS_LITTLE, PPL_WORDS_BIG, PPL_PACKED_
  * sample. Samples of 8 bits change by a table alone. */
 enum ppl_to_8 { PPL_TO_8_SHIFT, PPL_TO_8_ROUND, PPL_TO_8_TABLE };
 
+/* A frame as the sensor delivers it. */
 struct ppl_sensor_frame {
   uint32_t width, height; /* samples and rows, 2 or more each */
   uint32_t stride;        /* bytes from row to row; 0: rows back to back */
@@ -79,6 +82,7 @@ static inline uint32_t ppl_sensor_row_bytes(const struct ppl_sensor_frame* f) {
       return 2 * f->width;
   }
 }
+/* Bytes from row to row, where the frame leaves it open too. */
 static inline uint32_t ppl_sensor_stride(const struct ppl_sensor_frame* f) {
   return f->stride != 0 ? f->stride : ppl_sensor_row_bytes(f);
 }
@@ -87,6 +91,7 @@ static inline uint64_t ppl_sensor_frame_bytes(const struct ppl_sensor_frame* f) 
   return f->height == 0 ? 0 : (uint64_t)ppl_sensor_stride(f) * (f->height - 1) + ppl_sensor_row_bytes(f);
 }
 
+/* Why a frame can't be prepared. */
 enum ppl_prepare_reason {
   PPL_PREPARE_FINE,
   PPL_PREPARE_SIZE,
@@ -97,6 +102,7 @@ enum ppl_prepare_reason {
   PPL_PREPARE_TABLE,
   PPL_PREPARE_REGION
 };
+/* Whether the frame makes sense: PPL_PREPARE_FINE, or what is wrong with it. */
 static inline int ppl_sensor_frame_reason(const struct ppl_sensor_frame* f) {
   if (f->width < 2 || f->height < 2 || f->width > 65535 || f->height > 65535) return PPL_PREPARE_SIZE;
   if (f->pattern < PPL_BGGR || f->pattern > PPL_RGGB) return PPL_PREPARE_PATTERN;
@@ -106,6 +112,7 @@ static inline int ppl_sensor_frame_reason(const struct ppl_sensor_frame* f) {
   if (ppl_sensor_stride(f) < ppl_sensor_row_bytes(f)) return PPL_PREPARE_STRIDE;
   return PPL_PREPARE_FINE;
 }
+/* A reason as a sentence that says what would be right. */
 static inline const char* ppl_prepare_sentence(int reason) {
   switch (reason) {
     case PPL_PREPARE_FINE:
@@ -223,6 +230,7 @@ static inline uint32_t ppl_words_run(const uint8_t* from, uint32_t count, uint32
   return i;
 }
 #else
+/* As many of the words of a row as vector instructions take at once, to 8 bits; how many that were. */
 static inline uint32_t ppl_words_run(const uint8_t* from, uint32_t count, uint32_t bits, int swap, int round,
                                      uint8_t* out) {
   (void)from, (void)count, (void)bits, (void)swap, (void)round, (void)out;
@@ -243,7 +251,7 @@ static inline void ppl_packed_10_run(const uint8_t* group, uint32_t groups, int 
           (uint8_t)(from[k] + ((uint32_t)from[4] >> (2 * k + 1) & (uint32_t)(from[k] != 255) & 1u));
   }
 }
-/* The same of 12-bit samples. */
+/* Whole groups of 12-bit samples. */
 static inline void ppl_packed_12_run(const uint8_t* group, uint32_t groups, int round, uint8_t* out) {
   uint32_t i;
   for (i = 0; i < groups; ++i, group += 3, out += 2) {
@@ -252,6 +260,7 @@ static inline void ppl_packed_12_run(const uint8_t* group, uint32_t groups, int 
     out[1] = (uint8_t)(b + ((low >> 7) & (uint32_t)(b != 255)));
   }
 }
+/* Little-endian words by a table. */
 static inline void ppl_words_table_run(const uint8_t* from, uint32_t count, uint32_t bits,
                                        const uint8_t* table, uint8_t* out) {
   const uint32_t largest = (1u << bits) - 1;
@@ -352,16 +361,17 @@ enum {
   PPL_MOST_PARTS = 64
 };
 
+/* One part of a frame. */
 struct ppl_part {
   uint32_t x, y, width, height;                     /* the frame of its call, in the whole frame */
   uint32_t keep_x, keep_y, keep_width, keep_height; /* what is kept of it, in the whole frame */
 };
 
-/* One direction: parts of at most `most`, `margin` overlap to either side, cuts at multiples of `step`. Part i of the
- * `count` keeps from cut i to cut i + 1. */
+/* One direction: part i of `count` keeps from cut i to cut i + 1; cuts lie at multiples of `step`. */
 static inline uint32_t ppl_part_cut(uint32_t size, uint32_t count, uint32_t i, uint32_t step) {
   return i >= count ? size : (uint32_t)((uint64_t)(size / step) * i / count) * step;
 }
+/* How many parts one direction takes: of at most `most`, with `margin` overlap to either side; 0 if it can't be. */
 static inline uint32_t ppl_parts_along(uint32_t size, uint32_t most, uint32_t margin, uint32_t step) {
   uint32_t count, i;
   if (size <= most) return 1;
@@ -378,7 +388,7 @@ static inline uint32_t ppl_parts_along(uint32_t size, uint32_t most, uint32_t ma
   return 0;
 }
 
-/* The same with parts of at most so many columns and rows. */
+/* ppl_plan_parts with parts of at most so many columns and rows. */
 static inline uint32_t ppl_plan_parts_of(uint32_t width, uint32_t height, int size, uint32_t most_width,
                                          uint32_t most_height, struct ppl_part* parts, uint32_t room) {
   const uint32_t row_step = size == PPL_SIZE_HALF ? 4 : 2;
@@ -462,8 +472,9 @@ static inline void ppl_join_part(const struct ppl_part* p, uint32_t width, uint3
 struct ppl_part_means {
   uint64_t sum[3], weight;          /* of means of the whole part */
   uint64_t counted_sum[3], counted; /* of means over cells that passed a range */
-  uint64_t cells;
+  uint64_t cells;                   /* of all parts */
 };
+/* Before a frame's first part. */
 static inline void ppl_part_means_clear(struct ppl_part_means* m) {
   memset(m, 0, sizeof *m);
 }

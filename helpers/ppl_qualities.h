@@ -30,6 +30,7 @@ enum { PPL_FORMATS = 5, PPL_QUALITIES = 16, PPL_QUALITY_DEFAULT = 15 };
 
 /* Sizes of the picture, as ppl_set_decimation takes them. A set of them has bit PPL_SIZE_BIT(size) for each. */
 enum ppl_size { PPL_SIZE_DOUBLE = -1, PPL_SIZE_SAME = 0, PPL_SIZE_HALF = 1, PPL_SIZE_QUARTER = 2 };
+/* The bit of a size in a set of sizes. */
 #define PPL_SIZE_BIT(size) (1u << ((size) + 1))
 
 /* How the library works on a frame. */
@@ -48,6 +49,7 @@ enum ppl_statistics {
   PPL_STATISTICS_RANGES = 4   /* qual and qAE means and counts, histograms */
 };
 
+/* A row of the table. */
 struct ppl_quality_row {
   uint8_t quality;             /* the row's place in the table */
   uint8_t road;                /* enum ppl_road */
@@ -99,6 +101,7 @@ struct ppl_quality_row {
 #define PPL_ROW_WALK(quality, medium, statistics, whole, whole_medium) \
   { quality, PPL_ROAD_WALK, medium, statistics, PPL_SET_ALIKE(PPL_SET_DSHQ), whole, whole_medium }
 
+/* The table, a row for each quality. */
 PPL_HELPER_TABLE struct ppl_quality_row ppl_quality_table[PPL_QUALITIES] PPL_HELPER_UNUSED = {
     PPL_ROW_WALK(0, 1, PPL_STATISTICS_ALL, PPL_SET_WALK, PPL_SET_WALK),
     PPL_ROW_WALK(1, 1, PPL_STATISTICS_ALL, PPL_SET_WALK, PPL_SET_WALK),
@@ -158,7 +161,7 @@ PPL_HELPER_INLINE PPL_HELPER_UNUSED int ppl_quality_is_whole(uint32_t quality, i
            ppl_quality_table[quality].road == PPL_ROAD_WALK && !h_mirror != !v_mirror);
 }
 
-/* Words for people; nothing else here has strings. A short name (4 and 9 share one, as do those that only count), */
+/* A quality's short name, for people. 4 and 9 share one, as do those that only count. */
 PPL_HELPER_INLINE PPL_HELPER_UNUSED const char* ppl_quality_name(uint32_t quality) {
   return quality == 0                                      ? "directed-sharp"
          : quality == 1                                    ? "directed"
@@ -173,7 +176,7 @@ PPL_HELPER_INLINE PPL_HELPER_UNUSED const char* ppl_quality_name(uint32_t qualit
          : ppl_quality_table[quality].road == PPL_ROAD_RAW ? "raw"
                                                            : "counted";
 }
-/* and what it does, on one line. */
+/* What a quality does, on one line. */
 PPL_HELPER_INLINE PPL_HELPER_UNUSED const char* ppl_quality_summary(uint32_t quality) {
   return quality == 0    ? "edge-directed reconstruction, sharpened"
          : quality == 1  ? "edge-directed reconstruction"
@@ -188,6 +191,7 @@ PPL_HELPER_INLINE PPL_HELPER_UNUSED const char* ppl_quality_summary(uint32_t qua
          : ppl_quality_table[quality].road == PPL_ROAD_RAW ? "the raw mosaic, nothing corrected"
                                                            : "no picture: the frame is only counted";
 }
+/* A format's name, in small letters. */
 PPL_HELPER_INLINE PPL_HELPER_UNUSED const char* ppl_format_name(uint32_t format) {
   return format == PPL_FORMAT_I420    ? "i420"
          : format == PPL_FORMAT_YUYV  ? "yuyv"

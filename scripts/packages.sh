@@ -10,13 +10,14 @@ PACKAGES_PYTHON="python3-dev python3-numpy python3-pil python3-pip python3-pytes
 PACKAGES_WASM="clang-19 lld-19 wasi-libc"
 PACKAGES_DEBS="debootstrap dpkg-dev"
 PACKAGES_PAGE="chromium"
+PACKAGES_REFERENCE="doxygen"
 PACKAGES_FOREIGN="g++-aarch64-linux-gnu g++-riscv64-linux-gnu qemu-user googletest"
 PACKAGES_CLANG="clang libclang-rt-14-dev clang-format-14 clang-tidy-14"
 PACKAGES_KERNEL="g++-mingw-w64-x86-64-win32 clang-19 lld-19 llvm-19 wine wine64 osslsigncode openssl"
 
 # What the two sizes of check need besides; what lacks one is left out, with a line that says so.
 PACKAGES_QUICK="$PACKAGES_GSTREAMER $PACKAGES_KERNEL ffmpeg bsdutils"
-PACKAGES_FULL="$PACKAGES_PYTHON $PACKAGES_CLANG $PACKAGES_FOREIGN $PACKAGES_WASM $PACKAGES_PAGE"
+PACKAGES_FULL="$PACKAGES_PYTHON $PACKAGES_CLANG $PACKAGES_FOREIGN $PACKAGES_WASM $PACKAGES_PAGE $PACKAGES_REFERENCE"
 # Commands that may have come by other ways than Debian's packages, and the packages that bring them.
 COMMANDS_FULL="node:nodejs npm:npm"
 

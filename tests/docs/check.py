@@ -47,7 +47,7 @@ NOT_RUN = {
     "compare_bayer": "is a test of its own",
     "PPL_": "is a test of its own",
     "docker": "needs a daemon",
-    "doxygen": "the target docs runs it",
+    "doxygen": "the test docs.reference runs it",
     "valgrind": "takes minutes",
     "git": "there may be no repository",
     "pytest": "python/tests are a test of their own",
