@@ -340,6 +340,29 @@ class stage {
     gst_object_unref(own);
   }
 
+  // All of an array are of one kind.
+  void append_any(GValue* array, int kind) {
+    GValue one = G_VALUE_INIT;
+    switch (kind) {
+      case 0:
+        g_value_init(&one, G_TYPE_STRING);
+        g_value_set_string(&one, any_text().c_str());
+        break;
+      case 1:
+        g_value_init(&one, G_TYPE_DOUBLE);
+        g_value_set_double(&one, number<int32_t>(in_) / 7.0);
+        break;
+      case 2:
+        g_value_init(&one, G_TYPE_INT64);
+        g_value_set_int64(&one, in_.ConsumeIntegral<gint64>());
+        break;
+      default:
+        g_value_init(&one, G_TYPE_INT);
+        g_value_set_int(&one, number<int32_t>(in_));
+    }
+    gst_value_array_append_and_take_value(array, &one);
+  }
+
   void set_property() {
     guint count = 0;
     GParamSpec** all = g_object_class_list_properties(G_OBJECT_GET_CLASS(element_), &count);
@@ -352,29 +375,19 @@ class stage {
       g_object_set(element_, "quality", in_.ConsumeIntegralInRange(0, 15), nullptr);
       return;
     }
-    std::string value;
-    switch (in_.ConsumeIntegralInRange(0, 7)) {
-      case 0:
-        value = any_text();
-        break;
-      case 1:
-      case 2:
-      case 3: {
-        value = "<";
-        const char* between = "";
-        for (int n = in_.ConsumeIntegralInRange(0, 10); n > 0; --n, between = ",")
-          value += between + std::to_string(number<int16_t>(in_));
-        value += ">";
-        break;
-      }
-      default:
-        value = std::to_string(number<int32_t>(in_));
-    }
     if (writable && name != "parent" && name != "name") {
       GValue given = G_VALUE_INIT;
       g_value_init(&given, type);
-      if (gst_value_deserialize(&given, value.c_str()))
+      if (type == GST_TYPE_ARRAY) {
+        const int kind = in_.ConsumeIntegralInRange(0, 15);
+        for (int n = in_.ConsumeIntegralInRange(0, 10); n > 0; --n) append_any(&given, kind);
         g_object_set_property(G_OBJECT(element_), name.c_str(), &given);
+      } else {
+        const std::string text =
+            in_.ConsumeIntegralInRange(0, 7) == 0 ? any_text() : std::to_string(number<int32_t>(in_));
+        if (gst_value_deserialize(&given, text.c_str()))
+          g_object_set_property(G_OBJECT(element_), name.c_str(), &given);
+      }
       g_value_unset(&given);
     }
     GValue held = G_VALUE_INIT;

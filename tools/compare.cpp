@@ -72,8 +72,8 @@ void Compare::compare_pictures() {
   if (frame.recording()) misuse("one picture at a time is compared");
   const Picture right = read_png(truth);
   const Picture picture = read_png(frame.paths[0], Size{right.width, right.height});
-  printf("%s\n", describe(likeness(picture, right)).c_str());
   if (!differences.empty()) write_file(differences, encode_png(difference(picture, right)));
+  OutputFile("-").write(describe(likeness(picture, right)) + "\n");
 }
 
 void Compare::compare_qualities() {
@@ -107,7 +107,7 @@ void Compare::compare_qualities() {
   if (!truth.empty()) panels.push_back({"the truth", std::move(right)});
   write_file(output, encode_png(make_sheet(panels, columns)));
   if (!off.empty()) write_file(differences, encode_png(make_sheet(off, columns)));
-  fputs(table.c_str(), stdout);
+  OutputFile("-").write(table);
 }
 
 void Compare::run() {

@@ -7,21 +7,45 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <filesystem>
+#include <random>
 
 #include "failure.h"
 
 namespace tool {
 namespace {
 
-// The temporary file of the output being written, for the signal handler.
+// The temporary file of the output being written, for the signal handler: the name first, then the mark that it is
+// whole. It is set before there is such a file, so that no moment is left out.
 char pending[4096];
+std::atomic<bool> is_pending = false;
+static_assert(std::atomic<bool>::is_always_lock_free);
 
 void remove_pending(int signal_number) {
-  if (pending[0]) unlink(pending);
+  if (is_pending) unlink(pending);
   signal(signal_number, SIG_DFL);
   raise(signal_number);
+}
+
+// A new file beside the target, its name the target's with an ending that nothing has.
+int open_temporary(const std::string& target, std::string& name) {
+  std::random_device random;
+  for (;;) {
+    char ending[12];
+    snprintf(ending, sizeof ending, ".%08x", random());
+    name = target + ending;
+    if (name.size() < sizeof pending) {
+      memcpy(pending, name.c_str(), name.size() + 1);
+      is_pending = true;
+    }
+    const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (file >= 0) return file;
+    is_pending = false;
+    if (errno != EEXIST) return -1;
+  }
 }
 
 std::string reason() {
@@ -112,19 +136,15 @@ OutputFile::OutputFile(const std::string& path) : shown_(path) {
     if (file_ < 0) fail("can't write ", path, ": ", reason());
     return;
   }
-  temporary_ = target_ + ".XXXXXX";
-  file_ = mkstemp(temporary_.data());
+  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU}) signal(number, remove_pending);
+  file_ = open_temporary(target_, temporary_);
   if (file_ < 0) fail("can't write ", path, ": ", reason());
-  if (temporary_.size() < sizeof pending) {
-    memcpy(pending, temporary_.c_str(), temporary_.size() + 1);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU}) signal(number, remove_pending);
-  }
 }
 
 OutputFile::~OutputFile() {
   if (file_ >= 0 && file_ != STDOUT_FILENO) close(file_);
   if (!temporary_.empty()) unlink(temporary_.c_str());
-  pending[0] = 0;
+  is_pending = false;
 }
 
 void OutputFile::write(std::span<const uint8_t> bytes) {
@@ -157,7 +177,7 @@ void OutputFile::commit() {
   if (close(file) != 0) fail("can't write ", shown_, ": ", reason());
   if (rename(temporary_.c_str(), target_.c_str()) != 0) fail("can't write ", shown_, ": ", reason());
   temporary_.clear();
-  pending[0] = 0;
+  is_pending = false;
 }
 
 void write_file(const std::string& path, std::span<const uint8_t> bytes) {

@@ -68,7 +68,7 @@ std::vector<Shape> guess_shapes(uint64_t bytes, const Known& known) {
     }
   }
   // The whole rows of a width that is known.
-  if (once.empty() && known.width && !known.height && known.bits <= 8 && bytes % known.width == 0)
+  if (once.empty() && bytes && known.width && !known.height && known.bits <= 8 && bytes % known.width == 0)
     once.push_back(
         {known.width, static_cast<uint32_t>(std::min<uint64_t>(bytes / known.width, 16384)), 8, false});
   return once.empty() ? often : once;

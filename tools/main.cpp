@@ -1,7 +1,12 @@
 // ppl: the library's work from the command line. Exit status: 0 done, 1 the work can't be done, 2 the command line
 // asks for what can't be. Every failure is one line on standard error, and no output is left half written.
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <iostream>
 #include <new>
 #include <string>
@@ -43,6 +48,21 @@ std::string explain(const CLI::App& app, const CLI::ParseError& error, int count
   return command + ": " + what + " (see " + command + " --help)";
 }
 
+// A standard stream that is closed would be the next file opened, and what is said would come into it. In its place
+// stands one that takes nothing, and gives nothing.
+void keep_standard_streams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    if (fcntl(stream, F_GETFD) < 0) open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+}
+
+// Help and version, on standard output.
+int show(const CLI::App& app, const CLI::ParseError& what) {
+  const int status = app.exit(what);
+  if (std::cout.flush()) return status;
+  std::cerr << tool::speaker() << ": can't write standard output: " << strerror(errno) << "\n";
+  return 1;
+}
+
 }  // namespace
 
 int main(int count, char** words) {
@@ -61,6 +81,7 @@ int main(int count, char** words) {
   tool::add_gains(app);
   tool::add_lens(app);
   tool::add_manual(app);
+  keep_standard_streams();
   // A write that can't be done answers with an error, and the error is told.
   signal(SIGPIPE, SIG_IGN);
   signal(SIGXFSZ, SIG_IGN);
@@ -70,7 +91,7 @@ int main(int count, char** words) {
     app.parse(count, words);
     return tool::complained() ? 1 : 0;
   } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() == 0) return app.exit(error);
+    if (error.get_exit_code() == 0) return show(app, error);
     std::cerr << explain(app, error, count, words) << "\n";
     return 2;
   } catch (const tool::Misuse& error) {

@@ -22,6 +22,7 @@ class BadInput : public Tool {
     write("field", Bytes(64 * 32, 50));
     write("odd.png", read_whole(truth));
     write("fake.png", Bytes(100, 1));
+    write("empty.raw", {});
   }
 };
 
@@ -73,6 +74,9 @@ TEST_F(BadInput, OneLineAndNoFile) {
       {good + Arguments{"--scale", "100x64"}, 2, {"100", "multiples of 32"}},
       {good + Arguments{"--scale", "128x16"}, 2, {"16", "32"}},
       {good + Arguments{"--scale", "big"}, 2, {"800x600"}},
+      {{"convert", "empty.raw", "-W", "64", "-o", "x.png"}, 1, {"no size", "0 bytes", "-H"}},
+      {{"gains", "empty.raw", "-W", "64"}, 1, {"no size", "0 bytes", "-H"}},
+      {{"lens", "empty.raw", "-W", "128"}, 1, {"no size", "0 bytes", "-H"}},
       {Arguments{"convert", "none.raw", "-o", "x.png"} + s, 1, {"none.raw", "No such file"}},
       {Arguments{"convert", "small.raw", "-o", "x.gif"} + s, 2, {"x.gif", ".png"}},
       {Arguments{"convert", "small.raw", "-o", "none/x.png"} + s, 1, {"none/x.png"}},
