@@ -5,8 +5,8 @@
 #include "measure.h"
 #include "output/output_kernels.h"
 #include "paths/kernels.h"
-#include "platform/levels.h"
 #include "record/context.h"
+#include "record/levels.h"
 #include "rows/row_kernels.h"
 #include "tile/kernels.h"
 

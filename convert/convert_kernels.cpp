@@ -4,7 +4,7 @@
 #include "convert/row_planes-inl.h"
 #include "convert/row_rgb24-inl.h"
 #include "convert/row_scale-inl.h"
-#include "platform/levels.h"
+#include "record/levels.h"
 
 namespace ppl::PPL_LEVEL {
 

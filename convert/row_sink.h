@@ -12,10 +12,10 @@
 #include <stdint.h>
 
 #include "convert/convert_kernels.h"
-#include "platform/levels.h"
 #include "record/context.h"
 #include "record/destination.h"
 #include "record/job.h"
+#include "record/levels.h"
 #include "rows/row_kernels.h"
 
 namespace ppl {

@@ -2,9 +2,9 @@
 //
 // Claiming is a plain test and store: callers serialise ppl_init. Giving a record back clears two flags and
 // nothing else, so size, frame count, statistics and leftovers pass on to the next owner of the slot.
-#include "platform/levels.h"
 #include "record/context.h"
 #include "record/gaps.h"
+#include "record/levels.h"
 
 namespace ppl {
 

@@ -1,7 +1,7 @@
 // The raw path: the mosaic's samples as grey, with no front end, no mirror and no statistics. At decimations that a
 // format does not have here nothing is drawn, but for the mark of I420.
 #include "frame/frame_call.h"
-#include "platform/levels.h"
+#include "record/levels.h"
 #include "rows/row_kernels.h"
 
 namespace ppl {

@@ -1,7 +1,7 @@
 #include "frame/scaler.h"
 
 #include "frame/scaler_kernels.h"
-#include "platform/levels.h"
+#include "record/levels.h"
 #include "rows/row_kernels.h"
 
 namespace ppl {

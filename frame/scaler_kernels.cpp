@@ -3,7 +3,7 @@
 // blend(a, b, f) = (a * (256 - f) + b * f + 128) >> 8.
 #include "frame/scaler_kernels.h"
 
-#include "platform/levels.h"
+#include "record/levels.h"
 #include "simd/simd-inl.h"
 
 namespace ppl::PPL_LEVEL {

@@ -11,10 +11,10 @@
 #include <stdint.h>
 
 #include "output/output_kernels.h"
-#include "platform/levels.h"
 #include "record/context.h"
 #include "record/destination.h"
 #include "record/job.h"
+#include "record/levels.h"
 #include "record/output_plan.h"
 #include "record/quality.h"
 #include "rows/row_kernels.h"

@@ -2,7 +2,7 @@
 #include "output/output_kernels.h"
 
 #include "output/yuv_to_rgb-inl.h"
-#include "platform/levels.h"
+#include "record/levels.h"
 #include "simd/packed-inl.h"
 #include "simd/store_rgb-inl.h"
 
@@ -122,57 +122,65 @@ void unbias(uint8_t* to, const uint8_t* from, int n) {
 // ---- packed 4:2:2
 
 // A vector of luma and one of words, interleaved, to 2 * V::size bytes.
-template <byte_order kOrder, bool kReversed, class V>
-PPL_INLINE void put_packed(uint8_t* at, V luma, V words) {
-  kReversed ? store_packed<kOrder>(at, reverse8(luma), reverse16(words))
-            : store_packed<kOrder>(at, luma, words);
+template <byte_order kOrder, class V>
+PPL_INLINE void put_packed(uint8_t* at, bool reversed, V luma, V words) {
+  if (reversed) {
+    luma = reverse8(luma);
+    words = reverse16(words);
+  }
+  store_packed<kOrder>(at, luma, words);
 }
 
-// Runs body<order, reversed>() for the two arguments.
+// Runs body<order>() for the order asked for.
 template <class Body>
-PPL_INLINE void with_order(byte_order order, bool reversed, Body&& body) {
+PPL_INLINE void with_order(byte_order order, Body&& body) {
   if (order == byte_order::yuyv)
-    reversed ? body.template operator()<byte_order::yuyv, true>()
-             : body.template operator()<byte_order::yuyv, false>();
+    body.template operator()<byte_order::yuyv>();
   else
-    reversed ? body.template operator()<byte_order::uyvy, true>()
-             : body.template operator()<byte_order::uyvy, false>();
+    body.template operator()<byte_order::uyvy>();
 }
 
 void pack(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, bool reversed, byte_order order) {
-  with_order(order, reversed, [&]<byte_order kOrder, bool kReversed>() {
-    walk_run<2>(to, n, kReversed, [&]<class V>(uint8_t* at, int x) {
-      put_packed<kOrder, kReversed>(at, loadu<V>(luma + x), loadu<V>(words + x));
+  with_order(order, [&]<byte_order kOrder>() {
+    walk_run<2>(to, n, reversed, [&]<class V>(uint8_t* at, int x) {
+      put_packed<kOrder>(at, reversed, loadu<V>(luma + x), loadu<V>(words + x));
     });
   });
 }
 
 void pack_halved(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, bool reversed,
                  byte_order order) {
-  with_order(order, reversed, [&]<byte_order kOrder, bool kReversed>() {
-    walk_run<2>(to, n, kReversed, [&]<class V>(uint8_t* at, int x) {
+  with_order(order, [&]<byte_order kOrder>() {
+    walk_run<2>(to, n, reversed, [&]<class V>(uint8_t* at, int x) {
       const V y = even_bytes(loadu<V>(luma + 2 * x), loadu<V>(luma + 2 * x + V::size));
       const V a = loadu<V>(words + 2 * x), b = loadu<V>(words + 2 * x + V::size);
       const V u = even_bytes(even_bytes(a, b), zero<V>()), v = even_bytes(odd_bytes(a, b), zero<V>());
       V every_second, rest;
       interleave8(u, v, every_second, rest);
-      put_packed<kOrder, kReversed>(at, y, every_second);
+      put_packed<kOrder>(at, reversed, y, every_second);
     });
+  });
+}
+
+// The direction is chosen outside the loop; a test inside it would cost at every step.
+template <byte_order kOrder, bool kReversed>
+PPL_INLINE void pack_doubled_run(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n) {
+  walk_run<4>(to, n, kReversed, [&]<class V>(uint8_t* at, int x) {
+    const V sample = loadu<V>(luma + x), average = avg8(sample, loadu<V>(luma + x - 1));
+    const V c = loadu<V>(words + x);
+    V y[2], w[2];
+    interleave16(c, c, w[0], w[1]);
+    kReversed ? interleave8(sample, average, y[0], y[1]) : interleave8(average, sample, y[0], y[1]);
+    for (int i = 0; i < 2; ++i)
+      put_packed<kOrder>(at + 2 * V::size * (kReversed ? 1 - i : i), kReversed, y[i], w[i]);
   });
 }
 
 void pack_doubled(uint8_t* to, const uint8_t* luma, const uint8_t* words, int n, int outside, bool reversed,
                   byte_order order) {
-  with_order(order, reversed, [&]<byte_order kOrder, bool kReversed>() {
-    walk_run<4>(to, n, kReversed, [&]<class V>(uint8_t* at, int x) {
-      const V sample = loadu<V>(luma + x), average = avg8(sample, loadu<V>(luma + x - 1));
-      const V c = loadu<V>(words + x);
-      V y[2], w[2];
-      interleave16(c, c, w[0], w[1]);
-      kReversed ? interleave8(sample, average, y[0], y[1]) : interleave8(average, sample, y[0], y[1]);
-      for (int i = 0; i < 2; ++i)
-        put_packed<kOrder, kReversed>(at + 2 * V::size * (kReversed ? 1 - i : i), y[i], w[i]);
-    });
+  with_order(order, [&]<byte_order kOrder>() {
+    reversed ? pack_doubled_run<kOrder, true>(to, luma, words, n)
+             : pack_doubled_run<kOrder, false>(to, luma, words, n);
   });
   const int luma_byte = order == byte_order::yuyv ? 0 : 1;
   to[(reversed ? 4 * n - 4 : 0) + luma_byte] = static_cast<uint8_t>((luma[0] + outside + 1) >> 1);

@@ -1,7 +1,7 @@
 #include "paths/cells.h"
 
 #include "paths/paths.h"
-#include "platform/levels.h"
+#include "record/levels.h"
 #include "tile/lens_rows.h"
 #include "tile/statistics_sums.h"
 

@@ -1,7 +1,7 @@
 // Flat colours: found block by block, or what the last block of an earlier frame left, which later frames show.
 #include "paths/blocks.h"
 #include "paths/kernels.h"
-#include "platform/levels.h"
+#include "record/levels.h"
 #include "tile/pads.h"
 
 namespace ppl {

@@ -38,9 +38,7 @@ struct mosaic_edge_args {
   const ppl_context* context;
   uint8_t* rows[4];  // 2p - 1 .. 2p + 2; 2p and 2p + 1 are overwritten with Y, unless there are three planes
   const colour_matrix* matrix;
-  uint8_t*
-      plane[3]
-           [2];  // of each row Y and chroma words, which may be null; or three planes, one of each matrix row
+  uint8_t* plane[3][2];  // of each row Y and chroma words, which may be null; or three planes
   int32_t three_planes;  // no Y enters the neighbourhood
   int32_t width;
 };

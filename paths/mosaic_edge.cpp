@@ -1,7 +1,7 @@
 // The mosaic is sharpened in place, and each row pair sees what the one before it left.
 #include "paths/blocks.h"
 #include "paths/kernels.h"
-#include "platform/levels.h"
+#include "record/levels.h"
 #include "tile/pads.h"
 
 namespace ppl {

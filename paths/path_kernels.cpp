@@ -3,7 +3,7 @@
 
 #include "paths/flat_test-inl.h"
 #include "paths/mosaic_edge-inl.h"
-#include "platform/levels.h"
+#include "record/levels.h"
 #include "simd/simd-inl.h"
 
 namespace ppl::PPL_LEVEL {

@@ -1,7 +1,7 @@
 // The frames that walk: which stages a quality's frame goes through in a format, the last of them the format's.
 #include "output/output.h"
 #include "paths/paths.h"
-#include "platform/levels.h"
+#include "record/levels.h"
 
 namespace ppl {
 

@@ -1,6 +1,6 @@
 // The kernel image's choice among the XMM levels. Wider registers would need the system to save them, which
 // takes imports; XMM registers a 64-bit driver may use at any time.
-#include "platform/levels.h"
+#include "record/levels.h"
 
 #include <cpuid.h>
 

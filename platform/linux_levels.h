@@ -2,7 +2,7 @@
 // runs.
 #pragma once
 
-#include "platform/levels.h"
+#include "record/levels.h"
 #if defined(__x86_64__)
 #include "platform/x86.h"
 #endif

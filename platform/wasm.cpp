@@ -1,5 +1,5 @@
 // The WebAssembly module has one level.
-#include "platform/levels.h"
+#include "record/levels.h"
 
 namespace ppl {
 

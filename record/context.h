@@ -10,7 +10,7 @@
 
 namespace ppl {
 
-struct kernels;  // platform/levels.h
+struct kernels;  // record/levels.h
 
 constexpr int kPoolRecords = 8;
 constexpr int kRingSlots = 7;

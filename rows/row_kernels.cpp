@@ -1,8 +1,8 @@
 // The row kernels for one level.
 #include "rows/row_kernels.h"
 
-#include "platform/levels.h"
 #include "record/format.h"
+#include "record/levels.h"
 #include "simd/packed-inl.h"
 
 namespace ppl::PPL_LEVEL {

@@ -1,5 +1,5 @@
 // This room's vector code for one level.
-#include "platform/levels.h"
+#include "record/levels.h"
 #include "tile/chroma_smoothing-inl.h"
 #include "tile/demosaic-inl.h"
 #include "tile/edge-inl.h"

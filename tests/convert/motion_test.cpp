@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "convert/convert_kernels.h"
-#include "platform/levels.h"
+#include "record/levels.h"
 #include "support/fenced.h"
 #include "support/level.h"
 

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "controls/fixture.h"
-#include "platform/levels.h"
+#include "record/levels.h"
 #include "support/level.h"
 
 namespace {

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "image_calls.h"
-#include "platform/levels.h"
 #include "ppl.h"
 #include "record/context.h"
+#include "record/levels.h"
 #include "support/level.h"
 
 extern "C" void ppl_clear_pool();

@@ -5,9 +5,9 @@
 
 #include <initializer_list>
 
-#include "platform/levels.h"
 #include "ppl.h"
 #include "record/context.h"
+#include "record/levels.h"
 
 namespace {
 alignas(64) uint8_t source[128 * 32], picture[256 * 64 * 4], scratch[256 * 64 * 4];

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "output/output_kernels.h"
-#include "platform/levels.h"
 #include "ppl.h"
 #include "record/context.h"
+#include "record/levels.h"
 #include "rows/row_kernels.h"
 #include "support/level.h"
 #include "support/random.h"

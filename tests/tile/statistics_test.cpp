@@ -7,9 +7,9 @@
 #include <random>
 #include <vector>
 
-#include "platform/levels.h"
 #include "ppl.h"
 #include "record/context.h"
+#include "record/levels.h"
 #include "support/level.h"
 #include "support/random.h"
 #include "tile/kernels.h"

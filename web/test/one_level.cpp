@@ -1,5 +1,5 @@
 // The WebAssembly module has one vector level; programs of the tests ask for it as they do elsewhere.
-#include "platform/levels.h"
+#include "record/levels.h"
 #include "support/level.h"
 
 #include <stdint.h>
