@@ -32,6 +32,7 @@ endforeach()
 
 # The version script names exactly the exported functions.
 file(STRINGS ${PPL_ROOT}/cmake/exports.txt PPL_EXPORTS)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PPL_ROOT}/cmake/exports.txt)
 list(JOIN PPL_EXPORTS ";\n    " PPL_EXPORT_LINES)
 file(CONFIGURE OUTPUT ppl.map CONTENT "{\n  global:\n    @PPL_EXPORT_LINES@;\n  local: *;\n};\n" @ONLY)
 

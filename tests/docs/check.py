@@ -15,8 +15,8 @@ import sys
 import tempfile
 
 KNOWN = ("ppl ", "cmake", "ctest", "cpack", "bench/", "scripts/", "build/", "platform/", "examples/", "gst-launch-1.0",
-         "node", "npm", "python3", "pip", "apt", "bcdedit", "./", "c++", "cc", "gcc", "g++", "chromium", "compare_bayer",
-         "valgrind", "sudo", "git", "doxygen", "dpkg", "pytest", "bash", "docker")
+         "node", "npm", "python3", "pip", "apt", "bcdedit", "./", "c++", "cc", "gcc", "g++", "chromium",
+         "compare_bayer", "valgrind", "sudo", "git", "doxygen", "dpkg", "pytest", "bash", "docker")
 # How a line begins, and why it is not run here.
 NOT_RUN = {
     "./demo": "installs packages and builds everything; its commands are those of the tool, which run below",
