@@ -25,7 +25,6 @@ POINTERS = [
     (r"output_stage", r"ERNS_13output_writerEiRKNS_13finished_rowsE"),
     (r"run_cells_path", r"ERKNS0_10cell_frameE\w*"),
     (r"5scaleEP11ppl_context|_scaling_stride$", r"P11ppl_contextRKNS0_11scaled_callE"),
-    (r"run_raw_path|draw_top_down|draw_bottom_up", r"PKhRKNS0_4spanE"),
 ]
 
 
