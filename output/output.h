@@ -124,12 +124,11 @@ rgb_source planes_of(const output_writer& w, const finished_rows& rows, int i, i
 // Both rows in their own size.
 void put_rgb_rows(const output_writer& w, const finished_rows& rows, int64_t pitch, int64_t tile_step);
 // n pixels from 2n columns: the even ones. RGB32 is mirrored before they are taken, and so gets the odd ones. `half`
-// is room for three planes of n bytes.
+// is room for three planes of n bytes, one every `pitch` bytes.
 void put_halved_rgb(const kernels& k, out_format format, uint8_t* to, const rgb_source& from, int n,
-                    bool mirrored, uint8_t* const (&half)[3]);
+                    bool mirrored, uint8_t* half, int pitch);
 inline void put_halved_rgb(const output_writer& w, uint8_t* to, const rgb_source& from, int n) {
-  put_halved_rgb(*w.context->kernels, w.format, to, from, n, w.h_mirror,
-                 {scratch_plane(w, 3), scratch_plane(w, 4), scratch_plane(w, 5)});
+  put_halved_rgb(*w.context->kernels, w.format, to, from, n, w.h_mirror, scratch_plane(w, 3), kPlanePitch);
 }
 
 }  // namespace ppl

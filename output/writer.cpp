@@ -78,10 +78,14 @@ void put_rgb_rows(const output_writer& w, const finished_rows& rows, int64_t pit
 }
 
 void put_halved_rgb(const kernels& k, out_format format, uint8_t* to, const rgb_source& from, int n,
-                    bool mirrored, uint8_t* const (&half)[3]) {
+                    bool mirrored, uint8_t* half, int pitch) {
   const int first = mirrored && format == out_format::rgb32 ? 1 : 0;
-  for (int i = 0; i < 3; ++i) k.rows->halve(half[i], from.plane[i] + first, n, false);
-  k.output->rgb(format)(to, from_planes(half, 0), n, mirrored);
+  rgb_source halved = {rgb_source::planes, {}};
+  for (int i = 0; i < 3; ++i, half += pitch) {
+    k.rows->halve(half, from.plane[i] + first, n, false);
+    halved.plane[i] = half;
+  }
+  k.output->rgb(format)(to, halved, n, mirrored);
 }
 
 output_writer make_writer(const frame_job& job, quality_rules quality) {

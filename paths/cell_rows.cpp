@@ -29,8 +29,7 @@ void put_rgb(const cell_frame& f, uint8_t* to, const uint8_t* r, const uint8_t* 
   const rgb_source from = {rgb_source::planes, {r, g, b}};
   ppl_context* const c = f.context;
   if (f.halved)
-    put_halved_rgb(*c->kernels, f.job->format, to, from, f.pixels, f.mirrored,
-                   {wide_row(c, 0), wide_row(c, 1), wide_row(c, 2)});
+    put_halved_rgb(*c->kernels, f.job->format, to, from, f.pixels, f.mirrored, wide_row(c, 0), kWidePitch);
   else
     f.output->rgb(f.job->format)(to, from, f.pixels, f.mirrored);
 }
