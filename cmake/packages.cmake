@@ -4,7 +4,9 @@
 # Debian's polyhedra library owns libppl.so, libppl.a, /usr/share/ppl and the package names around libppl; its Python
 # package owns the module ppl. Hence pplcamera in every name that could meet one of those.
 set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_CONTACT "Authors of ppl <ppl@localhost>" CACHE STRING "Maintainer in the packages, with an address")
+# Debian wants a name and an address. The authors have no address of their own; whoever publishes packages puts in his.
+# The domain invalid is nobody's, and stays so.
+set(CPACK_PACKAGE_CONTACT "The ppl authors <ppl@invalid>" CACHE STRING "Maintainer in the packages, with an address")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_OUTPUT_FILE_PREFIX ${CMAKE_BINARY_DIR}/debs)
 set(CPACK_STRIP_FILES ON)
@@ -34,8 +36,19 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_GENERATE_SHLIBS ON)
 ppl_package(development libpplcamera-dev libdevel "raw camera frames to pictures, for programs that are built"
   "Headers, the static library, the CMake package ppl, the pkg-config file ppl, documents and examples."
   "libpplcamera1 (= ${PROJECT_VERSION})")
-install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libpplcamera-dev COMPONENT development
-  EXCLUDE_FROM_ALL REGEX "examples/CMakeLists.txt$" EXCLUDE)
+# The documents with what they lead to, at the places that their links say; the headers stand there as links.
+set(ppl_documents ${CMAKE_INSTALL_DATADIR}/doc/libpplcamera-dev)
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md DESTINATION ${ppl_documents} COMPONENT development
+  EXCLUDE_FROM_ALL)
+install(DIRECTORY docs examples samples DESTINATION ${ppl_documents} COMPONENT development EXCLUDE_FROM_ALL
+  PATTERN docs/reference EXCLUDE REGEX "examples/CMakeLists.txt$" EXCLUDE)
+foreach(document python/README.md web/package/README.md)
+  cmake_path(GET document PARENT_PATH folder)
+  install(FILES ${document} DESTINATION ${ppl_documents}/${folder} COMPONENT development EXCLUDE_FROM_ALL)
+endforeach()
+install(CODE "foreach(name include helpers)
+    file(CREATE_LINK ../../../include \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${ppl_documents}/\${name} SYMBOLIC)
+  endforeach()" COMPONENT development EXCLUDE_FROM_ALL)
 
 if(TARGET ppl_tool)
   ppl_package(tool pplcamera video "raw camera frames to pictures, command line tool"
@@ -83,12 +96,31 @@ else()
   message(STATUS "ppl tuning page: no .deb; build the target web and configure again")
 endif()
 
-# Every package has its copyright file, once there is a licence to put there.
+# Every package has its copyright file: the licence, in the form that Debian's tools read.
 if(EXISTS ${PPL_ROOT}/LICENSE)
+  file(READ ${PPL_ROOT}/LICENSE ppl_licence)
+  string(REGEX REPLACE "^Copyright \\(c\\) ([^\n]*)\nAll rights reserved.\n\n" "" ppl_licence "${ppl_licence}")
+  set(ppl_copyright ${CMAKE_MATCH_1})
+  string(STRIP "${ppl_licence}" ppl_licence)
+  string(REGEX REPLACE "\n\n" "\n.\n" ppl_licence "${ppl_licence}")
+  string(REPLACE "\n" "\n " ppl_licence "${ppl_licence}")
+  file(WRITE ${CMAKE_BINARY_DIR}/copyright "Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/
+Upstream-Name: ppl
+
+Files: *
+Copyright: ${ppl_copyright}
+License: BSD-2-Clause
+ ${ppl_licence}
+
+Files: samples/* docs/*.png docs/tuning/*
+Copyright: Rachel Michetti and Pikolo Espresso Bar (the photograph)
+License: CC0-1.0
+ On Debian systems the text of this licence is in /usr/share/common-licenses/CC0-1.0.
+")
   foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     string(TOUPPER ${component} ppl_upper)
-    install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${ppl_upper}_PACKAGE_NAME}
-      RENAME copyright COMPONENT ${component} EXCLUDE_FROM_ALL)
+    install(FILES ${CMAKE_BINARY_DIR}/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${ppl_upper}_PACKAGE_NAME}
+      COMPONENT ${component} EXCLUDE_FROM_ALL)
   endforeach()
 endif()
 

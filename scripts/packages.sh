@@ -17,7 +17,7 @@ PACKAGES_KERNEL="g++-mingw-w64-x86-64-win32 clang-19 lld-19 llvm-19 wine wine64 
 
 # What the two sizes of check need besides; what lacks one is left out, with a line that says so.
 PACKAGES_QUICK="$PACKAGES_GSTREAMER $PACKAGES_KERNEL ffmpeg bsdutils"
-PACKAGES_FULL="$PACKAGES_PYTHON $PACKAGES_CLANG $PACKAGES_FOREIGN $PACKAGES_WASM $PACKAGES_PAGE $PACKAGES_REFERENCE"
+PACKAGES_FULL="$PACKAGES_PYTHON $PACKAGES_CLANG $PACKAGES_FOREIGN $PACKAGES_WASM $PACKAGES_PAGE $PACKAGES_REFERENCE $PACKAGES_DEBS"
 # Commands that may have come by other ways than Debian's packages, and the packages that bring them.
 COMMANDS_FULL="node:nodejs npm:npm"
 

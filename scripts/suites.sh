@@ -78,6 +78,21 @@ digests_of() {
   grep -E '^[0-9]+% tests passed' "build/$preset-tests.log"
 }
 
+# The Debian packages in a clean system, where there is one to be had.
+packages_of() {
+  local log=build/packages-tests.log status
+  mkdir -p build
+  tests/packages/run > "$log" 2>&1
+  status=$?
+  if [ $status -eq $SKIPPED ]; then
+    skip "packages: $(tail -n 1 "$log")"
+    return
+  fi
+  [ $status -eq 0 ] || { tail -n 40 "$log"; return 1; }
+  note_left_out packages "$log"
+  tail -n 1 "$log"
+}
+
 # suite SIZE NAME WHAT COMMAND...
 suite() {
   local size=$1 name=$2 what=$3 start=$SECONDS status
