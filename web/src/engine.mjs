@@ -20,6 +20,38 @@ function readControls(page, text) {
   return list;
 }
 
+const MEASURED = ['means', 'centre8', 'qualifiedMeans', 'exposureMeans', 'cells', 'histogramR', 'histogramG', 'histogramB',
+  'qualifiedCount', 'exposureCount'];
+/** What a context measured, free of what it measures next. */
+export const snapshot = (statistics) => Object.fromEntries(MEASURED.map((name) => [name, statistics[name]]));
+
+/** Measurements of a frame from those of its parts: means weigh as much as the cells that they are of, histograms and
+ * counts add up to the size of the frame, since overlaps were seen twice, and each cell of the grid is the cell of the
+ * part that lies under its middle. */
+function joinStatistics(parts, width, height) {
+  const mean = (name, weight) => [0, 1, 2].map((c) => {
+    const total = parts.reduce((sum, p) => sum + weight(p), 0);
+    return total ? parts.reduce((sum, p) => sum + p[name][c] * weight(p), 0) / total : 0;
+  });
+  const area = (p) => p.width * p.height, once = width * height / parts.reduce((sum, p) => sum + area(p), 0);
+  const histogram = (name) => Uint32Array.from({ length: 256 }, (_, i) => once * parts.reduce((sum, p) => sum + p[name][i], 0));
+  const count = (name) => Math.floor(once * parts.reduce((sum, p) => sum + p[name], 0));
+  const cells = Array.from({ length: 48 }, (_, i) => {
+    const x = ((i % 8) + 0.5) * width / 8, y = (Math.floor(i / 8) + 0.5) * height / 6;
+    // Of parts that overlap there, the one whose middle is nearest.
+    const far = (p) => Math.max(Math.abs(x - p.x - p.width / 2) / p.width, Math.abs(y - p.y - p.height / 2) / p.height);
+    const p = parts.reduce((best, next) => (far(next) < far(best) ? next : best));
+    const at = (from, size, n) => Math.min(n - 1, Math.max(0, Math.floor(from / size * n)));
+    return p.cells[8 * at(y - p.y, p.height, 6) + at(x - p.x, p.width, 8)];
+  });
+  return {
+    means: mean('means', area), centre8: mean('centre8', area), cells, qualifiedMeans: mean('qualifiedMeans', (p) => p.qualifiedCount),
+    exposureMeans: mean('exposureMeans', (p) => p.exposureCount), qualifiedCount: count('qualifiedCount'),
+    exposureCount: count('exposureCount'), histogramR: histogram('histogramR'), histogramG: histogram('histogramG'),
+    histogramB: histogram('histogramB'),
+  };
+}
+
 export class Engine {
   /** @param bytes the module: the library with the page's functions */
   static async start(bytes) {
@@ -118,7 +150,7 @@ export class Engine {
     const { width, height } = this.frame;
     if (this.#tooLarge()) {
       const problem = this.#check(settings, format, size, 64, 64), [across, down] = size === 'half' ? [64, 4] : [32, 2];
-      if (size === 'double') return { problem: 'frames of more than 2016 x 2048 samples are not doubled here' };
+      if (size === 'double') return { problem: 'frames of more than 2016 x 2048 samples are not doubled here: take the same size, or half of it' };
       return { problem, width: Math.floor(width / across) * across, height: Math.floor(height / down) * down };
     }
     let problem = null;
@@ -182,27 +214,36 @@ export class Engine {
     const call = `ppl_process_blrto${format.toLowerCase()}`;
     this.last = context;
     this.used = { width, height };
+    this.librarySpent = 0;
     if (!this.#tooLarge()) {
       const source = this.buffer('source', width * height);
       this.page.page_copy(this.buffer('mosaic', 0).address, this.frame.width, width, height, source.address);
       this.#apply(which, settings, width, height, x, y);
       this.page.ppl_set_decimation(context.address, sizes[size], 0, 0);
-      this.page[call](context.address, source.address, picture.address, width, height, width);
+      this.#timed(call, context.address, source.address, picture.address, width, height, width);
     } else {
       const parts = this.page.page_plan_parts(width, height, sizes[size]);
       if (!parts) throw new Error('This frame is too large to be worked on in parts.');
+      const measured = [];
       for (let i = 0; i < parts; ++i) {
         const [px, py, pw, ph] = [0, 1, 2, 3].map((n) => this.page.page_part(i, n));
         const source = this.buffer('source', pw * ph), out = this.buffer('part', frameBytes(format, pw, ph));
         this.page.page_part_source(i, this.buffer('mosaic', 0).address, this.frame.width, source.address);
         this.#apply(which, settings, pw, ph, x - px, y - py);
         this.page.ppl_set_decimation(context.address, sizes[size], 0, 0);
-        this.page[call](context.address, source.address, out.address, pw, ph, pw);
+        this.#timed(call, context.address, source.address, out.address, pw, ph, pw);
+        measured.push({ x: px, y: py, width: pw, height: ph, ...snapshot(context.statistics) });
         this.page.page_part_join(i, width, height, formats.indexOf(format), sizes[size], settings.get('h_mirror')[0],
           settings.get('v_mirror')[0], out.address, picture.address);
       }
+      this.last = { statistics: joinStatistics(measured, width, height) };
     }
     return { format, width: w, height: h, address: picture.address, bytes: frameBytes(format, w, h) };
+  }
+  #timed(call, ...values) {
+    const start = performance.now();
+    this.page[call](...values);
+    this.librarySpent += performance.now() - start;
   }
   /** A converted frame's bytes: a copy. */
   bytesOf(picture) {

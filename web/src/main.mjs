@@ -1,7 +1,7 @@
 // The tuning page: settings and a frame in, a picture out, as often as something changes.
 import { formats } from '../package/ppl.mjs';
 import { buildControls, element } from './controls.mjs';
-import { Engine } from './engine.mjs';
+import { Engine, snapshot } from './engine.mjs';
 import { buildGrid, countPixels, drawHistogram } from './scopes.mjs';
 import { asC, asElement, asJson, asOptions, parseSettings, Settings } from './settings.mjs';
 import { guessShape, layouts, patterns } from './shape.mjs';
@@ -46,7 +46,7 @@ const state = {
 let source = null; // { name, file (a Blob), shape, frames, index }
 let mode = 'look'; // or 'grey': the next click picks a grey point
 const dirty = { controls: true, before: null };
-let scheduled = false, renders = 0, spent = 0, lastScopes = 0, scopesLater = 0;
+let scheduled = false, renders = 0, spent = 0, library = 0, lastScopes = 0, scopesLater = 0;
 
 function schedule() {
   if (scheduled) return;
@@ -128,6 +128,9 @@ function render() {
     if ($('show').value === 'mosaic') engine.used = { width: engine.frame.width, height: engine.frame.height };
     const made = pixelsOf(state.settings, $('show').value, $('size').value, 'picture');
     const after = engine.last, used = engine.used, { buffer } = made.pixels;
+    library = engine.librarySpent;
+    // Before the other picture is made, by the same contexts.
+    const measured = scopesAreDue() ? snapshot(engine.statistics) : null;
     const before = $('before').value === 'none' ? null : beforeImage(made.width, made.height);
     engine.last = after;
     engine.used = used;
@@ -138,7 +141,7 @@ function render() {
     shown = made.picture ?? null;
     if (problemShown) notice('');
     problemShown = false;
-    scopes(made);
+    scopes(made, measured);
   } catch (problem) {
     notice(problem.message);
     problemShown = true;
@@ -165,16 +168,15 @@ function readings() {
   showExport();
   if (source) showCut();
 }
-function scopes(made) {
-  const now = performance.now();
+const scopesAreDue = () => performance.now() - lastScopes >= 95;
+function scopes(made, s) {
   clearTimeout(scopesLater);
-  if (now - lastScopes < 95) {
+  if (!s) {
     scopesLater = setTimeout(schedule, 100);
     return;
   }
-  lastScopes = now;
+  lastScopes = performance.now();
   drawHistogram($('histogram-picture'), countPixels(made.pixels, made.width, made.height));
-  const s = engine.statistics;
   drawHistogram($('histogram-sensor'), [s.histogramR, s.histogramG, s.histogramB]);
   showGrid(s.cells);
   const means = [s.means, s.centre8, s.qualifiedMeans, s.exposureMeans];
@@ -331,7 +333,7 @@ function showCut() {
   const rest = file.size - shape.skip - frames * engine.shapeBytes(shape);
   const text = [shape.width > width || shape.height > height ? `Of this frame ${width} × ${height} make a whole picture in this format and size.` : '',
     rest > 0 && frames > 0 ? `${rest} bytes are left over at the end of the file.` : '',
-    engine.frame.width > 2016 || engine.frame.height > 2048 ? 'Worked on in parts; measurements are those of the last part.' : ''].filter(Boolean).join(' ');
+    engine.frame.width > 2016 || engine.frame.height > 2048 ? 'Worked on in parts; measurements are put together of theirs.' : ''].filter(Boolean).join(' ');
   if ($('cut').textContent !== text) $('cut').textContent = text;
 }
 function shapeFromFields() {
@@ -590,13 +592,14 @@ async function start() {
   window.pplPage = {
     get settings() { return asJson(state.settings); },
     get statistics() {
-      const { means, cells, qualifiedMeans, qualifiedCount, exposureMeans, exposureCount } = engine.statistics;
-      return { means, cells, qualifiedMeans, qualifiedCount, exposureMeans, exposureCount };
+      return snapshot(engine.statistics);
     },
     get problem() { return $('notice').firstChild?.textContent ?? ''; },
     get shape() { return { ...source.shape, frames: source.frames, index: source.index }; },
     get renders() { return renders; },
     get spent() { return spent; },
+    /** Of it, in the library's own calls for the picture. */
+    get library() { return library; },
     forms: () => Object.fromEntries(Object.entries(writers).map(([name, write]) => [name, write(state.settings)])),
     /** The picture's bytes, as the library wrote them. */
     frame: () => shown && engine.bytesOf(shown),

@@ -540,6 +540,10 @@ test('a page of 320 pixels: nothing sticks out, the picture stays in sight', asy
     await page.evaluate(() => scrollTo(0, 0));
     await settle();
     await shoot('tune-phone.png');
+    await page.emulateMedia({ colorScheme: 'dark' });
+    await settle();
+    await page.screenshot({ path: join(pictures, 'tune-phone-dark.png') });
+    await page.emulateMedia({ colorScheme: 'light' });
   }
   await page.setViewportSize({ width: 1440, height: 900 });
 });
@@ -547,15 +551,16 @@ test('a page of 320 pixels: nothing sticks out, the picture stays in sight', asy
 test('updates a second while a slider is dragged', async () => {
   const drag = (seconds) => page.evaluate(async (s) => {
     const slider = document.querySelector('[data-key="gamma"] input[type=range]'), start = performance.now(), before = pplPage.renders;
-    let n = 0, spent = [];
+    let n = 0, spent = [], library = [];
     while (performance.now() - start < 1000 * s) {
       slider.value = ++n % 32;
       slider.dispatchEvent(new Event('input', { bubbles: true }));
       await new Promise((done) => requestAnimationFrame(done));
       spent.push(pplPage.spent);
+      library.push(pplPage.library);
     }
-    spent.sort((a, b) => a - b);
-    return { rate: (pplPage.renders - before) / ((performance.now() - start) / 1000), median: spent[spent.length >> 1] };
+    for (const list of [spent, library]) list.sort((a, b) => a - b);
+    return { library: library[library.length >> 1], rate: (pplPage.renders - before) / ((performance.now() - start) / 1000), median: spent[spent.length >> 1] };
   }, seconds);
   await page.click('#sample');
   await settle();
@@ -576,8 +581,9 @@ test('updates a second while a slider is dragged', async () => {
   await page.waitForFunction(() => pplPage.shape.width === 1920);
   await settle();
   const big = await drag(3);
-  console.log(`the browser's own: ${idle.toFixed(1)}; 640 x 480: ${small.rate.toFixed(1)} updates a second, ${small.median.toFixed(1)} ms each; ` +
-    `1920 x 1080: ${big.rate.toFixed(1)}, ${big.median.toFixed(1)} ms each`);
+  console.log(`the browser's own: ${idle.toFixed(1)}; 640 x 480: ${small.rate.toFixed(1)} updates a second, ` +
+    `${small.median.toFixed(1)} ms each, ${small.library.toFixed(1)} of them the library's; ` +
+    `1920 x 1080: ${big.rate.toFixed(1)}, ${big.median.toFixed(1)} ms, ${big.library.toFixed(1)}`);
   // What the page itself takes leaves room for 60 and 15 a second; how many the browser shows is the machine's load as well.
   assert.ok(small.median < 1000 / 60, `${small.median} ms`);
   assert.ok(big.median < 1000 / 15, `${big.median} ms`);
@@ -600,6 +606,24 @@ test('a frame larger than the library takes is joined of parts, shading correcte
   await page.waitForFunction(() => /are not doubled here/.test(pplPage.problem));
   await page.selectOption('#size', 'same');
   await settle();
+});
+
+test('what is measured of a frame in parts is of the whole frame', async () => {
+  // Dark on the left, bright on the right: two parts with different measurements, neither of them the frame's.
+  const w = 2688, h = 1952, halves = Buffer.alloc(w * h, 180);
+  for (let y = 0; y < h; ++y) halves.fill(60, y * w, y * w + w / 2);
+  await open(`halves_${w}x${h}_bggr.raw`, halves);
+  await page.waitForFunction((n) => pplPage.shape.width === n, w);
+  await load('{"ppl_settings": 1}');
+  const s = await page.evaluate(() => { pplPage.render(); return pplPage.statistics; });
+  for (const c of [0, 1, 2]) assert.ok(Math.abs(s.qualifiedMeans[c] - 120) < 3, `qualified ${s.qualifiedMeans}`);
+  const all = w * h / 4;
+  assert.ok(Math.abs(s.qualifiedCount / all - 1) < 0.05, `${s.qualifiedCount} of ${all} cells`);
+  const [dark, bright] = [60, 180].map((v) => [v - 1, v, v + 1].reduce((sum, i) => sum + s.histogramG[i], 0));
+  assert.ok(dark > 0 && Math.abs(dark / bright - 1) < 0.1, `${dark} dark, ${bright} bright`);
+  for (let row = 0; row < 6; ++row)
+    assert.ok(s.cells[8 * row + 1][1] < s.cells[8 * row + 6][1], `row ${row}: ${s.cells.slice(8 * row, 8 * row + 8)}`);
+  assert.match(await page.textContent('#cut'), /in parts; measurements are put together of theirs/);
 });
 
 test('screenshots for the docs', { skip: !pictures }, async () => {
