@@ -30,6 +30,7 @@
 
 #include "ppl.h"
 #include "ppl_check.h"
+#include "ppl_prepare.h"
 
 namespace ppl {
 
@@ -153,6 +154,21 @@ struct rgb {
   friend bool operator==(const rgb&, const rgb&) = default;
 };
 
+/// Rows that fields become black above and below the picture.
+struct black_lines {
+  std::uint32_t top = 0;     ///< above
+  std::uint32_t bottom = 0;  ///< below
+};
+
+/// What was measured on a frame that was made in parts, as context tells it of one that was not.
+struct measurements {
+  rgb whole_frame;                ///< mean of the frame
+  rgb exposure;                   ///< mean of the cells within the range for exposure
+  rgb qualified;                  ///< mean of the cells within the quality ranges
+  std::uint32_t exposure_cells;   ///< how many 2 x 2 cells exposure is a mean of
+  std::uint32_t qualified_cells;  ///< how many 2 x 2 cells qualified is a mean of
+};
+
 /// Bytes of a picture.
 constexpr std::size_t bytes(format f, extent e) noexcept {
   return static_cast<std::size_t>(ppl_frame_bytes(static_cast<std::uint32_t>(f), e.width, e.height));
@@ -250,6 +266,81 @@ class context {
     return picture;
   }
 
+  /// Converts a frame of any size, up to 64 parts of 1984 x 2048 that overlap, to the picture that one call would make of
+  /// it. Same and half size, all qualities but the raw one. The samples are only read. Statistics of the context are
+  /// then those of the last part; `measured`, if given, gets those of the frame.
+  buffer convert_large(const mosaic& frame, format to, size at = size::same,
+                       measurements* measured = nullptr) {
+    const std::uint32_t stride = frame.stride != 0 ? frame.stride : frame.width;
+    std::vector<ppl_part> parts(PPL_MOST_PARTS);
+    const int d = static_cast<int>(at);
+    parts.resize(
+        at == size::twice ? 0 : ppl_plan_parts(frame.width, frame.height, d, parts.data(), PPL_MOST_PARTS));
+    within(!parts.empty(),
+           "a frame in parts has a width that is a multiple of 32 and an even height, of 64 and 4 at half "
+           "size, and is not doubled");
+    within(ppl_quality_table[ppl_quality(context_)].road != PPL_ROAD_RAW,
+           "the raw quality is not made in parts");
+    within(stride >= frame.width, "the stride is below the width: it must be the width or more");
+    demand_bytes("the frame", frame.samples, std::uint64_t{stride} * (frame.height - 1) + frame.width);
+    std::size_t samples = 0, lens_bytes = 0;
+    lens_in_parts lens(context_);
+    for (const ppl_part& p : parts) {
+      demand(plan({p.width, p.height}, to, at, 0));  // before memory is asked for
+      samples = samples > std::size_t{p.width} * p.height ? samples : std::size_t{p.width} * p.height;
+      const std::size_t wanted =
+          lens.on ? static_cast<std::size_t>(ppl_part_lens_bytes(&p, lens.origin_y)) : 0;
+      lens_bytes = lens_bytes > wanted ? lens_bytes : wanted;
+    }
+    lens.table.resize(lens_bytes / 2);
+    const buffer::uncleared as_it_is;
+    buffer picture(bytes(to, picture_of({frame.width, frame.height}, at)), as_it_is);
+    buffer source(samples, as_it_is), made(4 * samples, as_it_is);
+    ppl_part_means exposed, qualified;
+    ppl_part_means_clear(&exposed);
+    ppl_part_means_clear(&qualified);
+    for (const ppl_part& p : parts) {
+      ppl_copy_rectangle(source.data(), p.width, frame.samples.data() + std::size_t{p.y} * stride + p.x,
+                         stride, p.width, p.height);
+      lens.move_to(p);
+      convert({source, p.width, p.height}, made, to, at);
+      ppl_join_part(&p, frame.width, frame.height, static_cast<int>(to), d, ppl_h_mirror(context_) != 0,
+                    ppl_v_mirror(context_) != 0, made.data(), picture.data());
+      const std::uint32_t* const whole = ppl_rgb_means_whole_frame(context_);
+      ppl_part_means_add(&exposed, &p, whole, ppl_qAE_rgb_means_whole_frame(context_), exposure_cells());
+      ppl_part_means_add(&qualified, &p, whole, ppl_qual_rgb_means_whole_frame(context_), qualified_cells());
+    }
+    if (measured != nullptr) {
+      std::uint32_t whole[3], ranged[3];
+      ppl_part_means_total(&exposed, frame.width, frame.height, whole, ranged, &measured->exposure_cells);
+      measured->whole_frame = at_words(whole);
+      measured->exposure = at_words(ranged);
+      ppl_part_means_total(&qualified, frame.width, frame.height, whole, ranged, &measured->qualified_cells);
+      measured->qualified = at_words(ranged);
+    }
+    return picture;
+  }
+
+  /// Converts a frame of the 12-bit layout, 12 bytes for 8 pixels, to I420. The library writes no V plane and mixes the
+  /// chroma into that of U (see ppl.h); V is 128 here.
+  buffer convert_12_bit(std::span<const std::uint8_t> frame, extent e) {
+    ppl_plan p = conversion(PPL_CALL_PACKED_12_BIT, packing::uyvy, format::i420, e, e);
+    p.source_at = address(frame.data());
+    const ppl_verdict v = ppl_check(&p);
+    if (v.reason != PPL_REASON_NO_V_PLANE) demand(p);
+    within(e.width != 0 && e.width % 32 == 0 && e.height != 0 && e.height % 2 == 0,
+           "the 12-bit layout has widths that are multiples of 32 and even heights");
+    demand_bytes("the frame", frame, v.source_bytes);
+    buffer picture(bytes(format::i420, e), buffer::uncleared{});
+    const std::size_t n = std::size_t{e.width} * e.height;
+    std::memset(picture.data() + n, 128, picture.size() - n);
+    stand_at(e);
+    finish(ppl_process_uyvyyyyytoi420(context_, frame.data(), picture.data(), e.width, e.height, e.width,
+                                      e.height),
+           v);
+    return picture;
+  }
+
   /// Converts a packed decoder frame at its own size, to I420 or RGB24. Of the controls the mirrors alone act, on I420.
   void convert(packing from, std::span<const std::uint8_t> frame, extent e, std::span<std::uint8_t> picture,
                format to) {
@@ -275,11 +366,14 @@ class context {
   }
 
   /// Weaves two fields to a frame of `e`; each field holds every second row of it. `earlier` is the later field of the
-  /// frame before, by which chroma that moved is found; without one the fields are woven as they stand.
+  /// frame before, by which chroma that moved is found; without one the fields are woven as they stand. The picture is
+  /// higher by the black lines; RGB24 has none, I420 an even number above and below.
   void deinterlace(packing from, std::span<const std::uint8_t> earlier, std::span<const std::uint8_t> kept,
-                   std::span<const std::uint8_t> later, extent e, std::span<std::uint8_t> picture,
-                   format to) {
-    ppl_plan p = conversion(PPL_CALL_FIELDS, from, to, e, e);
+                   std::span<const std::uint8_t> later, extent e, std::span<std::uint8_t> picture, format to,
+                   black_lines lines = {}) {
+    const ppl_plan at_lines = fields(from, to, e, lines);
+    const extent out = {e.width, at_lines.out_height};
+    ppl_plan p = at_lines;
     const std::span<const std::uint8_t> before = earlier.empty() ? later : earlier;
     p.source_at =
         static_cast<std::uint8_t>(address(before.data()) | address(kept.data()) | address(later.data()));
@@ -290,20 +384,24 @@ class context {
     demand_bytes("the later field", later, v.source_bytes);
     demand_bytes("the picture", picture, v.destination_bytes);
     stand_at(e);
+    ppl_set_decimation(context_, 0, p.top_black_lines, p.bottom_black_lines);
     using call = decltype(&IntlYUYVToYUYVMMX);
     constexpr call calls[2][4] = {
         {IntlYUYVToI420MMX, IntlYUYVToYUYVMMX, IntlYUYVToUYVYMMX, IntlYUYVToRGB24MMX},
         {IntlUYVYToI420MMX, IntlUYVYToYUYVMMX, IntlUYVYToUYVYMMX, IntlUYVYToRGB24MMX}};
-    finish(calls[from == packing::uyvy][p.format](context_, before.data(), kept.data(), later.data(),
-                                                  picture.data(), e.width, e.height, e.width, e.height),
-           v);
+    const std::uint8_t answer =
+        calls[from == packing::uyvy][p.format](context_, before.data(), kept.data(), later.data(),
+                                               picture.data(), e.width, e.height, out.width, out.height);
+    ppl_reset_decimation(context_);
+    finish(answer, v);
   }
   /// The same into a buffer of its own.
   buffer deinterlace(packing from, std::span<const std::uint8_t> earlier, std::span<const std::uint8_t> kept,
-                     std::span<const std::uint8_t> later, extent e, format to) {
-    demand(conversion(PPL_CALL_FIELDS, from, to, e, e));
-    buffer picture(bytes(to, e), buffer::uncleared{});
-    deinterlace(from, earlier, kept, later, e, picture, to);
+                     std::span<const std::uint8_t> later, extent e, format to, black_lines lines = {}) {
+    const ppl_plan p = fields(from, to, e, lines);
+    demand(p);
+    buffer picture(bytes(to, {p.out_width, p.out_height}), buffer::uncleared{});
+    deinterlace(from, earlier, kept, later, e, picture, to, lines);
     return picture;
   }
 
@@ -402,13 +500,13 @@ class context {
   /// table is kept here. `frame` is the size of the frames to come.
   context& lens_correction(extent frame, extent origin, std::int32_t f1, std::int32_t shift1 = 24,
                            std::int32_t f2 = 0, std::int32_t shift2 = 44) {
-    within(frame.width >= 1 && frame.width <= PPL_LIMIT_WIDTH && frame.height >= 1 &&
-               frame.height <= PPL_LIMIT_HEIGHT,
-           "frames go up to 2036 x 2048");
+    within(frame.width >= 1 && frame.width <= 65535 && frame.height >= 1 && frame.height <= 65535,
+           "frames go up to 65535 x 65535");
     within(origin.width <= frame.width && origin.height <= frame.height, "the origin lies within the frame");
     within(shift1 >= 13 && shift1 <= 63 && shift2 >= 13 && shift2 <= 63, "shifts go from 13 to 63");
     const std::uint32_t below = frame.height - origin.height;
     const std::uint32_t rows = (origin.height > below ? origin.height : below) + 1;
+    within(std::uint64_t{rows} * frame.width < 0x40000000u, "a table of this size has more than 2^31 bytes");
     std::vector<std::uint16_t> table(std::size_t{rows} * frame.width);
     ppl_set_lens_correction(
         context_, static_cast<std::int32_t>(frame.width), static_cast<std::int32_t>(frame.height),
@@ -436,15 +534,15 @@ class context {
   /// Frames that calls on this context have converted or counted, its earlier owners' too.
   std::uint32_t frames() const noexcept { return ppl_n_frame(context_); }
   /// Mean of the frame.
-  rgb whole_frame() const noexcept { return at(ppl_rgb_means_whole_frame(context_)); }
+  rgb whole_frame() const noexcept { return at_words(ppl_rgb_means_whole_frame(context_)); }
   /// Mean of the 48 cells of the grid.
-  rgb all_windows() const noexcept { return at(ppl_rgb_means_all_sub_windows(context_)); }
+  rgb all_windows() const noexcept { return at_words(ppl_rgb_means_all_sub_windows(context_)); }
   /// What lies outside the grid, divided as if it were one cell.
-  rgb outside_windows() const noexcept { return at(ppl_rgb_means_outside_all_sub_windows(context_)); }
+  rgb outside_windows() const noexcept { return at_words(ppl_rgb_means_outside_all_sub_windows(context_)); }
   /// Mean of the cells within the range for exposure.
-  rgb exposure() const noexcept { return at(ppl_qAE_rgb_means_whole_frame(context_)); }
+  rgb exposure() const noexcept { return at_words(ppl_qAE_rgb_means_whole_frame(context_)); }
   /// Mean of the cells within the quality ranges, linear in the light.
-  rgb qualified() const noexcept { return at(ppl_qual_rgb_means_whole_frame(context_)); }
+  rgb qualified() const noexcept { return at_words(ppl_qual_rgb_means_whole_frame(context_)); }
   /// How many 2 x 2 cells exposure() is a mean of.
   std::uint32_t exposure_cells() const noexcept { return ppl_n_qAE_2x2_whole_frame(context_); }
   /// How many 2 x 2 cells qualified() is a mean of.
@@ -452,7 +550,8 @@ class context {
   /// The 8 x 6 grid, row by row.
   std::array<rgb, 48> windows() const noexcept {
     std::array<rgb, 48> cells;
-    for (std::size_t i = 0; i < cells.size(); ++i) cells[i] = at(ppl_rgb_means_sub_windows(context_) + 3 * i);
+    for (std::size_t i = 0; i < cells.size(); ++i)
+      cells[i] = at_words(ppl_rgb_means_sub_windows(context_) + 3 * i);
     return cells;
   }
   /// One word for each of 256 steps.
@@ -473,7 +572,46 @@ class context {
     return static_cast<std::uint8_t>(reinterpret_cast<std::uintptr_t>(p) % PPL_BUFFER_ALIGNMENT);
   }
   static bool fits_16(std::int32_t v) noexcept { return v >= -32768 && v <= 32767; }
-  static rgb at(const std::uint32_t* words) noexcept { return {words[0], words[1], words[2]}; }
+  static rgb at_words(const std::uint32_t* words) noexcept { return {words[0], words[1], words[2]}; }
+
+  // The lens correction as it moves from part to part, and back to the whole frame in the end.
+  struct lens_in_parts {
+    explicit lens_in_parts(ppl_context* context)
+        : c(context),
+          whole(ppl_lens_correction_table(c)),
+          on(whole != nullptr && ppl_lens_correction_enabled(c) != 0),
+          width(ppl_lens_correction_width(c)),
+          height(ppl_lens_correction_height(c)),
+          origin_x(ppl_lens_correction_origin_x(c)),
+          origin_y(ppl_lens_correction_origin_y(c)),
+          f1(ppl_lens_correction_f1(c)),
+          shift1(ppl_lens_correction_f1_rshift_count(c)),
+          f2(ppl_lens_correction_f2(c)),
+          shift2(ppl_lens_correction_f2_rshift_count(c)) {}
+    lens_in_parts(const lens_in_parts&) = delete;
+    lens_in_parts& operator=(const lens_in_parts&) = delete;
+    ~lens_in_parts() {
+      if (!moved) return;
+      const std::int32_t below = height - origin_y;
+      const std::int32_t rows = (origin_y > below ? origin_y : below) + 1;
+      ppl_set_lens_correction(c, width, height, origin_x, origin_y, whole, 2 * width * rows, f1, shift1, f2,
+                              shift2);
+    }
+    void move_to(const ppl_part& p) {
+      if (!on) return;
+      moved = true;
+      ppl_set_lens_correction(
+          c, static_cast<std::int32_t>(p.width), static_cast<std::int32_t>(p.height),
+          origin_x - static_cast<std::int32_t>(p.x), origin_y - static_cast<std::int32_t>(p.y), table.data(),
+          static_cast<std::int32_t>(table.size() * sizeof table[0]), f1, shift1, f2, shift2);
+    }
+
+    ppl_context* c;
+    std::uint16_t* whole;
+    bool on, moved = false;
+    std::int32_t width, height, origin_x, origin_y, f1, shift1, f2, shift2;
+    std::vector<std::uint16_t> table;
+  };
 
   static void within(bool is, const char* sentence) {
     if (!is) throw error(sentence);
@@ -498,6 +636,14 @@ class context {
     p.process = 1;  // misaligned buffers are refused before the call
     p.sized = 1;
     controls(p);
+    return p;
+  }
+  ppl_plan fields(packing from, format to, extent e, black_lines lines) const {
+    within(lines.top <= PPL_LIMIT_HEIGHT && lines.bottom <= PPL_LIMIT_HEIGHT,
+           "black lines go from 0 to 2048 above and below");
+    ppl_plan p = conversion(PPL_CALL_FIELDS, from, to, e, {e.width, e.height + lines.top + lines.bottom});
+    p.top_black_lines = static_cast<std::int32_t>(lines.top);
+    p.bottom_black_lines = static_cast<std::int32_t>(lines.bottom);
     return p;
   }
   void controls(ppl_plan& p) const noexcept {

@@ -112,6 +112,109 @@ TEST(Cpp, DecoderFramesAreThoseOfTheCCalls) {
     EXPECT_EQ(std::memcmp(&plain[row * 128], &(row % 2 ? later : kept)[row / 2 * 128], 128), 0) << row;
 }
 
+// A window of the frame, converted by itself, is the frame's picture but for what lies near its own edges.
+TEST(Cpp, LargeFramesAreMadeInPartsAsOnePicture) {
+  constexpr uint32_t w = 4096, h = 64, window = 640, edge = 64;
+  const ppl::buffer raw = noise(w * h, 5);
+  for (const bool mirrored : {false, true}) {
+    ppl::context c, small;
+    for (ppl::context* one : {&c, &small}) one->gains(300, 256, 280).black_level(9).mirrors(mirrored, false);
+    c.lens_correction({w, h}, {1500, 20}, 30, 24);
+    ppl::buffer samples = raw;
+    const ppl::buffer picture = c.convert_large({samples, w, h}, ppl::format::rgb24);
+    EXPECT_TRUE(same(samples, raw)) << "the frame is only read";
+    ASSERT_EQ(picture.size(), size_t{3} * w * h);
+    for (uint32_t x = 0; x + window <= w; x += 384) {  // seams lie at multiples of 64
+      ppl::buffer part(window * h);
+      for (uint32_t y = 0; y < h; ++y) std::memcpy(&part[y * window], &raw[y * w + x], window);
+      // The optical centre stands left of most windows: beyond what ppl::context takes, but not the library.
+      std::vector<uint16_t> table(window * (h + 1));
+      const auto bytes = static_cast<int32_t>(2 * table.size());
+      ASSERT_EQ(ppl_set_lens_correction(small.get(), window, h, 1500 - static_cast<int32_t>(x), 20,
+                                        table.data(), bytes, 30, 24, 0, 44),
+                1);
+      ppl_enable_lens_correction(small.get());
+      const ppl::buffer wanted = small.convert({part, window, h}, ppl::format::rgb24);
+      for (uint32_t y = 0; y < h; ++y) {
+        const uint32_t at = mirrored ? w - x - window : x;
+        ASSERT_EQ(std::memcmp(&picture[3 * (y * w + at + edge)], &wanted[3 * (y * window + edge)],
+                              3 * (window - 2 * edge)),
+                  0)
+            << "columns from " << x << ", row " << y;
+      }
+    }
+    EXPECT_EQ(ppl_lens_correction_width(c.get()), static_cast<int32_t>(w)) << "the whole frame's once more";
+    EXPECT_EQ(ppl_lens_correction_origin_x(c.get()), 1500);
+  }
+}
+
+TEST(Cpp, LargeFramesAreMeasuredAsWholes) {
+  constexpr uint32_t w = 2688, h = 256;
+  ppl::buffer raw(w * h);
+  for (size_t i = 0; i < raw.size(); ++i) raw[i] = i % w < w / 2 ? 60 : 180;
+  ppl::context c;
+  ppl::measurements m{};
+  c.convert_large({raw, w, h}, ppl::format::i420, ppl::size::half, &m);
+  for (const uint32_t mean : {m.qualified.r, m.qualified.g, m.qualified.b}) EXPECT_NEAR(mean / 256.0, 120, 3);
+  EXPECT_NEAR(m.qualified_cells, w * h / 4, w * h / 80);
+  EXPECT_NEAR(m.exposure_cells, w * h / 4, w * h / 80);
+}
+
+TEST(Cpp, LargeFramesThatCantBeAreThrown) {
+  ppl::context c;
+  ppl::buffer raw(2624 * 8);
+  const auto sentence = [&](uint32_t w, uint32_t h, ppl::size at = ppl::size::same) {
+    return thrown([&] { c.convert_large({raw, w, h}, ppl::format::i420, at); }).first;
+  };
+  EXPECT_NE(sentence(2625, 8).find("multiple of 32"), std::string::npos);
+  EXPECT_NE(sentence(2624, 8, ppl::size::twice).find("not doubled"), std::string::npos);
+  EXPECT_NE(sentence(2624, 10).find("needs 26240 bytes"), std::string::npos);
+  EXPECT_EQ(thrown([&] {
+              c.convert_large({raw, 2624, 8}, ppl::format::rgb32);
+            }).second,
+            PPL_REASON_QUALITY_NOT_IN_FORMAT);
+  c.quality(ppl::quality::raw);
+  EXPECT_NE(sentence(2624, 8).find("not made in parts"), std::string::npos);
+}
+
+TEST(Cpp, BlackLinesStandAboveAndBelow) {
+  ppl::context c;
+  constexpr ppl::extent e = {64, 32};
+  const ppl::buffer kept = noise(64 * 32, 8), later = noise(64 * 32, 9);
+  const ppl::buffer plain = c.deinterlace(ppl::packing::yuyv, {}, kept, later, e, ppl::format::yuyv);
+  const ppl::buffer lined = c.deinterlace(ppl::packing::yuyv, {}, kept, later, e, ppl::format::yuyv, {3, 5});
+  ASSERT_EQ(lined.size(), size_t{2 * 64 * (3 + 32 + 5)});
+  for (size_t i = 0; i < lined.size(); ++i) {
+    const size_t row = i / 128;
+    ASSERT_EQ(lined[i], row < 3 || row >= 35 ? (i % 2 ? 128 : 16) : plain[i - 3 * 128]) << i;
+  }
+  EXPECT_TRUE(same(c.deinterlace(ppl::packing::yuyv, {}, kept, later, e, ppl::format::yuyv), plain));
+  EXPECT_EQ(thrown([&] {
+              c.deinterlace(ppl::packing::yuyv, {}, kept, later, e, ppl::format::i420, {3, 5});
+            }).second,
+            PPL_REASON_LINES_ODD);
+  EXPECT_EQ(thrown([&] {
+              c.deinterlace(ppl::packing::yuyv, {}, kept, later, e, ppl::format::rgb24, {2, 2});
+            }).second,
+            PPL_REASON_LINES_SHIFT_RGB24);
+}
+
+// Twelve bytes hold eight pixels: four pairs of luma and chroma, then four of luma alone. Of 32 pixels the first four
+// stand where they belong.
+TEST(Cpp, TwelveBitFramesBecomeI420) {
+  ppl::context c;
+  constexpr ppl::extent e = {64, 4};
+  const ppl::buffer in = noise(64 * 4 * 3 / 2, 11);
+  const ppl::buffer picture = c.convert_12_bit(in, e);
+  ASSERT_EQ(picture.size(), size_t{64 * 4 * 3 / 2});
+  for (size_t y = 0; y < 4; ++y)
+    for (size_t x = 0; x < 4; ++x) EXPECT_EQ(picture[y * 64 + x], in[y * 96 + 2 * x]) << x << ", " << y;
+  for (size_t i = 64 * 4 * 5 / 4; i < picture.size(); ++i) ASSERT_EQ(picture[i], 128) << i;
+  EXPECT_NE(thrown([&] { c.convert_12_bit(in, {48, 4}); }).first.find("multiples of 32"), std::string::npos);
+  EXPECT_NE(thrown([&] { c.convert_12_bit(in, {64, 6}); }).first.find("needs 576 bytes"), std::string::npos);
+  EXPECT_EQ(thrown([&] { c.convert_12_bit(in, {4096, 4}); }).second, PPL_REASON_SIZE_REFUSED);
+}
+
 TEST(Cpp, WhatMakesNoPictureIsThrownWithTheReason) {
   ppl::context c;
   ppl::buffer raw = noise(700 * 500);
