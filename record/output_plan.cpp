@@ -201,17 +201,20 @@ start_pointers start_packed(const terms& t, const extent& e) {
   return {2 * o.stage, 0, 2 * o.bulk, 0, 2 * o.third};
 }
 
-start_pointers start_rgb24(const terms& t, const extent& e) {
-  const int64_t tile = t.doubled ? 32 : t.shrunk ? 8 : 16, group = t.doubled ? 64 : 32;
+// RGB32 starts at double size as at its own.
+start_pointers start_rgb(const terms& t, const extent& e, out_format format) {
+  const bool doubled = t.doubled && format == out_format::rgb24;
+  const int64_t tile = doubled ? 32 : t.shrunk ? 8 : 16, group = doubled ? 64 : 32;
+  const int64_t bytes = bytes_per_pixel(format);
   start_pointers o = {};
   switch (t.state) {
     case 0:
       o.stage = e.n - e.w;
-      o.bulk = e.n - (t.doubled ? 4 : 2) * e.w;
+      o.bulk = e.n - (doubled ? 4 : 2) * e.w;
       break;
     case 1:
       o.stage = e.n - tile;
-      o.bulk = e.n - group - (t.doubled ? 3 : 1) * e.w;
+      o.bulk = e.n - group - (doubled ? 3 : 1) * e.w;
       break;
     case 3:
       o.stage = e.w - tile;
@@ -220,29 +223,7 @@ start_pointers start_rgb24(const terms& t, const extent& e) {
     default:
       break;
   }
-  return {3 * o.stage, 0, 3 * o.bulk, 0, 0};
-}
-
-start_pointers start_rgb32(const terms& t, const extent& e) {
-  const int64_t tile = t.shrunk ? 8 : 16;
-  start_pointers o = {};
-  switch (t.state) {
-    case 0:
-      o.stage = e.n - e.w;
-      o.bulk = e.n - 2 * e.w;
-      break;
-    case 1:
-      o.stage = e.n - tile;
-      o.bulk = e.n - e.w - 32;
-      break;
-    case 3:
-      o.stage = e.w - tile;
-      o.bulk = e.w - 32;
-      break;
-    default:
-      break;
-  }
-  return {4 * o.stage, 0, 4 * o.bulk, 0, 0};
+  return {bytes * o.stage, 0, bytes * o.bulk, 0, 0};
 }
 
 }  // namespace
@@ -266,9 +247,8 @@ start_pointers start_pointers_of(const ppl_context* c, out_format format) {
     case out_format::uyvy:
       return start_packed(t, e);
     case out_format::rgb24:
-      return start_rgb24(t, e);
     case out_format::rgb32:
-      return start_rgb32(t, e);
+      return start_rgb(t, e, format);
   }
   return {};
 }

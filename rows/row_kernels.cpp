@@ -24,16 +24,37 @@ PPL_INLINE void put_byte(uint8_t* to, uint8_t value) {
   *static_cast<volatile uint8_t*>(to) = value;
 }
 
+// Runs body<reversed>(), and puts what belongs at x of n bytes at its place, or as far from the end.
+template <class Body>
+PPL_INLINE void with_direction(bool reversed, Body&& body) {
+  reversed ? body.template operator()<true>() : body.template operator()<false>();
+}
+template <bool kReversed, class V>
+PPL_INLINE void put(uint8_t* to, int64_t n, int64_t x, V v) {
+  kReversed ? storeu(to + n - x - V::size, reverse8(v)) : storeu(to + x, v);
+}
+template <bool kReversed>
+PPL_INLINE void put_one(uint8_t* to, int64_t n, int64_t x, uint8_t value) {
+  put_byte(to + (kReversed ? n - 1 - x : x), value);
+}
+
 void copy(uint8_t* to, const uint8_t* from, int64_t n, bool reversed) {
-  if (reversed) {
+  with_direction(reversed, [&]<bool kReversed>() {
     walk_any(
-        n, [&]<class V>(int64_t x) { storeu(to + n - x - V::size, reverse8(loadu<V>(from + x))); },
-        [&](int64_t x) { put_byte(to + n - 1 - x, from[x]); });
-  } else {
+        n, [&]<class V>(int64_t x) { put<kReversed>(to, n, x, loadu<V>(from + x)); },
+        [&](int64_t x) { put_one<kReversed>(to, n, x, from[x]); });
+  });
+}
+
+void halve(uint8_t* to, const uint8_t* from, int64_t n, bool reversed) {
+  with_direction(reversed, [&]<bool kReversed>() {
     walk_any(
-        n, [&]<class V>(int64_t x) { storeu(to + x, loadu<V>(from + x)); },
-        [&](int64_t x) { put_byte(to + x, from[x]); });
-  }
+        n,
+        [&]<class V>(int64_t x) {
+          put<kReversed>(to, n, x, even_bytes(loadu<V>(from + 2 * x), loadu<V>(from + 2 * x + V::size)));
+        },
+        [&](int64_t x) { put_one<kReversed>(to, n, x, from[2 * x]); });
+  });
 }
 
 void fill(uint8_t* to, int64_t n, uint8_t even_byte, uint8_t odd_byte) {
@@ -41,31 +62,6 @@ void fill(uint8_t* to, int64_t n, uint8_t even_byte, uint8_t odd_byte) {
   walk_any(
       n, [&]<class V>(int64_t x) { storeu(to + x, set16<V>(word)); },
       [&](int64_t x) { put_byte(to + x, x & 1 ? odd_byte : even_byte); });
-}
-
-void halve(uint8_t* to, const uint8_t* from, int64_t n, bool reversed) {
-  const auto halved = [&]<class V>(int64_t x, V& v) {
-    v = even_bytes(loadu<V>(from + 2 * x), loadu<V>(from + 2 * x + V::size));
-  };
-  if (reversed) {
-    walk_any(
-        n,
-        [&]<class V>(int64_t x) {
-          V v;
-          halved(x, v);
-          storeu(to + n - x - V::size, reverse8(v));
-        },
-        [&](int64_t x) { put_byte(to + n - 1 - x, from[2 * x]); });
-  } else {
-    walk_any(
-        n,
-        [&]<class V>(int64_t x) {
-          V v;
-          halved(x, v);
-          storeu(to + x, v);
-        },
-        [&](int64_t x) { put_byte(to + x, from[2 * x]); });
-  }
 }
 
 void mean(uint8_t* to, const uint8_t* a, const uint8_t* b, int64_t n) {
