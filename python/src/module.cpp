@@ -122,6 +122,44 @@ class Context {
     });
     return as_array(std::move(picture));
   }
+  // The picture, and what was measured on it.
+  std::pair<py::array, py::dict> convert_large(const array& frame, int format, int size) {
+    const ppl::extent e = extent_of(frame);
+    const bool runs =
+        frame.strides(1) == 1 && frame.strides(0) >= frame.shape(1) && frame.strides(0) <= INT32_MAX;
+    ppl::buffer copy, picture;
+    ppl::mosaic mosaic{{}, e.width, e.height, 0};
+    if (runs) {
+      mosaic.stride = static_cast<uint32_t>(frame.strides(0));
+      const size_t bytes = static_cast<size_t>(mosaic.stride) * (e.height - 1) + e.width;
+      mosaic.samples = {const_cast<uint8_t*>(frame.data()), bytes};  // which are only read
+    } else {
+      copy = packed(frame);
+      mosaic.samples = copy;
+    }
+    ppl::measurements m{};
+    alone([&] {
+      picture =
+          get().convert_large(mosaic, static_cast<ppl::format>(format), static_cast<ppl::size>(size), &m);
+    });
+    const auto words = [](const ppl::rgb& mean) {
+      py::array_t<uint32_t> out(3);
+      uint32_t* const to = out.mutable_data();
+      to[0] = mean.r, to[1] = mean.g, to[2] = mean.b;
+      return out;
+    };
+    return {as_array(std::move(picture)),
+            py::dict("whole_frame"_a = words(m.whole_frame), "exposure"_a = words(m.exposure),
+                     "exposure_cells"_a = m.exposure_cells, "qualified"_a = words(m.qualified),
+                     "qualified_cells"_a = m.qualified_cells)};
+  }
+  py::array convert_12_bit(const array& frame) {
+    const Input in(frame);
+    const ppl::extent e = {extent_of(frame).width / 3 * 2, extent_of(frame).height};
+    ppl::buffer picture;
+    alone([&] { picture = get().convert_12_bit(in.bytes(), e); });
+    return as_array(std::move(picture));
+  }
   py::array convert_packed(const array& frame, int input, int format) {
     const Input in(frame);
     const ppl::extent e = extent_of(frame);
@@ -133,7 +171,7 @@ class Context {
     return as_array(std::move(picture));
   }
   py::array deinterlace(const std::optional<array>& earlier, const array& kept, const array& later, int input,
-                        int format) {
+                        int format, uint32_t top, uint32_t bottom) {
     const Input k(kept), l(later);
     std::optional<Input> e;
     if (earlier) e.emplace(*earlier);
@@ -142,7 +180,7 @@ class Context {
     alone([&] {
       picture =
           get().deinterlace(static_cast<ppl::packing>(input), e ? e->bytes() : std::span<const uint8_t>(),
-                            k.bytes(), l.bytes(), whole, static_cast<ppl::format>(format));
+                            k.bytes(), l.bytes(), whole, static_cast<ppl::format>(format), {top, bottom});
     });
     return as_array(std::move(picture));
   }
@@ -535,8 +573,11 @@ PYBIND11_MODULE(_ppl, m) {
       .def_property_readonly("closed", &Context::closed)
       .def("convert", &Context::convert, "frame"_a, "format"_a, "size"_a, "in_place"_a, "out"_a)
       .def("convert_scaled", &Context::convert_scaled, "frame"_a, "format"_a, "width"_a, "height"_a)
+      .def("convert_large", &Context::convert_large, "frame"_a, "format"_a, "size"_a)
+      .def("convert_12_bit", &Context::convert_12_bit, "frame"_a)
       .def("convert_packed", &Context::convert_packed, "frame"_a, "input"_a, "format"_a)
-      .def("deinterlace", &Context::deinterlace, "earlier"_a, "kept"_a, "later"_a, "input"_a, "format"_a)
+      .def("deinterlace", &Context::deinterlace, "earlier"_a, "kept"_a, "later"_a, "input"_a, "format"_a,
+           "top"_a, "bottom"_a)
       .def("set", &Context::set, "key"_a, "values"_a, py::call_guard<py::gil_scoped_release>())
       .def("set_quality", &Context::set_quality, py::call_guard<py::gil_scoped_release>())
       .def("collect_statistics", &Context::collect_statistics, py::call_guard<py::gil_scoped_release>())

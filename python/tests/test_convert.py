@@ -1,5 +1,6 @@
 """Pictures: the bytes of the library in the shapes that Format tells, nothing copied that need not be, and an error
 with the reason where there is no picture."""
+import subprocess
 import threading
 
 import numpy as np
@@ -146,6 +147,69 @@ def test_decoder_frames(library):
         assert e.value.reason == Reason.NO_SUCH_CONVERSION
         with pytest.raises(ppl.Error, match="YUYV or UYVY"):
             c.convert_packed(frame, Format.RGB24)
+
+
+def test_large_frames_are_the_tools_pictures(tool, coffee, tmp_path):
+    raw = np.tile(coffee, (5, 5))[:1944, :2592].copy()
+    raw.tofile(tmp_path / "large.raw")
+    kept = raw.copy()
+    with ppl.Context(rgb_gain=(397, 256, 346), lens_correction=ppl.Lens(f1=48, f1_rshift_count=26, f2=0)) as c:
+        cases = (Format.RGB24, Size.SAME, 2592, 0), (Format.I420, Size.HALF, 2560, 1)
+        for format, size, columns, decimation in cases:
+            name = format.name.lower()
+            if size == Size.HALF:
+                raw[:, :2560].tofile(tmp_path / "large.raw")
+            subprocess.run(
+                [tool, "convert", tmp_path / "large.raw", "-W", str(columns), "-H", "1944", "--gains", "397,256,346",
+                 "--lens-f1", "48", "--lens-shift1", "26", "--lens-f2", "0", "--decimation", str(decimation),
+                 "--format", name, "-o", tmp_path / name], check=True)  # fmt: skip
+            picture, measured = c.convert_large(raw[:, :columns], format, size)
+            wanted = np.fromfile(tmp_path / name, np.uint8)
+            height, width = (n >> int(size) for n in (1944, columns))
+            assert (picture == ppl.shaped(wanted, format, width, height)).all()
+            assert (raw == kept).all()
+            # Of the sample in one piece, which the frame repeats, means are much the same.
+            assert measured.exposure_cells == pytest.approx(columns * 1944 / 4, rel=0.05)
+            assert measured.exposure.mean() == pytest.approx(measured.whole_frame.mean(), rel=0.1)
+        with pytest.raises(ppl.Error, match="needs|multiple of 32"):
+            c.convert_large(raw[:, :2590])
+        with pytest.raises(ppl.Error, match="not doubled"):
+            c.convert_large(raw, size=Size.TWICE)
+
+
+def test_large_frames_are_measured_as_wholes():
+    raw = np.full((256, 2688), 180, np.uint8)
+    raw[:, :1344] = 60
+    with ppl.Context() as c:
+        measured = c.convert_large(raw)[1]
+    assert measured.qualified == pytest.approx([120, 120, 120], abs=3)
+    assert measured.qualified_cells == pytest.approx(256 * 2688 / 4, rel=0.05)
+
+
+def test_black_lines_and_the_12_bit_layout(library):
+    random = np.random.default_rng(5)
+    kept, later = random.integers(0, 256, (2, 16, 64, 2), np.uint8)
+    with ppl.Context() as c:
+        plain = c.deinterlace(kept, later, format=Format.UYVY)
+        lined = c.deinterlace(kept, later, format=Format.UYVY, black_lines=(3, 5))
+        assert lined.shape == (40, 64, 2) and (lined[3:35] == plain).all()
+        assert (lined[:3] == (128, 16)).all() and (lined[35:] == (128, 16)).all()
+        with pytest.raises(ppl.Error) as e:
+            c.deinterlace(kept, later, format=Format.I420, black_lines=(3, 5))
+        assert e.value.reason == Reason.LINES_ODD
+        with pytest.raises(ppl.Error, match="from 0 to 2048"):
+            c.deinterlace(kept, later, black_lines=(-1, 0))
+
+        packed = random.integers(0, 256, (8, 96), np.uint8)
+        wanted, source = aligned(64 * 8 * 3 // 2, 128), aligned(packed.size)
+        source[:] = packed.reshape(-1)
+        library("ppl_new_frame_sizes", 64, 8, 64, 8, 0)
+        assert library("UYVYYYYYToI420MMX", source, wanted, 64, 8, 64, 8)
+        made = c.convert_12_bit(packed)
+        assert made.shape == (12, 64) and (made.reshape(-1) == wanted).all()
+        assert (made[0, :4] == packed[0, :8:2]).all()
+        with pytest.raises(ppl.Error, match="multiple of 48 bytes"):
+            c.convert_12_bit(packed[:, :72])
 
 
 @pytest.mark.parametrize(

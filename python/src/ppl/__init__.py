@@ -20,7 +20,7 @@ import numpy as np
 import numpy.typing as npt
 
 from . import _ppl
-from ._context import Context, Statistics, planes, shaped
+from ._context import Context, LargeStatistics, Statistics, planes, shaped
 from ._enums import Call, Format, Note, Pattern, Quality, Size
 from ._errors import Error, Reason
 from ._sensor import AutoControl, Balance, fit_lens, grey_point, prepare, white_balance
@@ -28,8 +28,8 @@ from ._settings import CONTROLS, Control, Lens, Settings
 
 __version__ = ".".join(str(n) for n in _ppl.version)
 __all__ = [
-    "AutoControl", "Balance", "CONTROLS", "Call", "Context", "Control", "Error", "Format", "Lens", "Note", "Pattern",
-    "Quality", "Reason", "Settings", "Size", "Statistics", "Verdict", "check", "fit_lens", "grey_point", "planes",
+    "AutoControl", "Balance", "CONTROLS", "Call", "Context", "Control", "Error", "Format", "LargeStatistics", "Lens", "Note",
+    "Pattern", "Quality", "Reason", "Settings", "Size", "Statistics", "Verdict", "check", "fit_lens", "grey_point", "planes",
     "prepare", "shaped", "simulate", "white_balance",
 ]  # fmt: skip
 

@@ -54,6 +54,18 @@ class Statistics:
     blue_histogram: npt.NDArray[np.uint32]
 
 
+@dataclass(frozen=True)
+class LargeStatistics:
+    """What was measured on a frame that was converted in parts: those of `Statistics` that parts can be put together
+    of. Means are in steps of a sample, red, green, blue."""
+
+    whole_frame: Means
+    exposure: Means
+    exposure_cells: int
+    qualified: Means
+    qualified_cells: int
+
+
 class Context:
     """One of the library's eight contexts, with all controls at their defaults.
 
@@ -220,6 +232,29 @@ class Context:
         made = self._context.convert_scaled(raw, int(format), int(width), int(height))
         return shaped(made, Format(format), width, height)
 
+    def convert_large(
+        self, frame: Bytes, format: Format = Format.RGB24, size: Size = Size.SAME
+    ) -> tuple[Bytes, LargeStatistics]:
+        """A Bayer frame of more than 2016 x 2048 samples, up to 64 parts of 1984 x 2048, to the picture that one call
+        would make of it, and what was measured. Same and half size; widths that are multiples of 32 and even heights,
+        of 64 and 4 for half size. The frame is only read. `statistics` is that of the last part afterwards."""
+        raw = _bytes("a Bayer frame", frame, 2)
+        self._fit_lens(raw)
+        made, measured = self._context.convert_large(raw, int(format), int(size))
+        height, width = (_extent(n, size) for n in raw.shape)
+        means = ("whole_frame", "exposure", "qualified")
+        said = LargeStatistics(**{k: v / 256.0 if k in means else v for k, v in measured.items()})
+        return shaped(made, Format(format), width, height), said
+
+    def convert_12_bit(self, frame: Bytes) -> Bytes:
+        """A decoder's frame of the 12-bit layout, (height, width * 3 / 2) bytes, to I420. The library mixes the chroma
+        into the U plane and makes no V plane; V is 128 here."""
+        packed = _bytes("a frame of the 12-bit layout", frame, 2)
+        height, row = packed.shape
+        if row % 48:
+            raise Error(f"rows of the 12-bit layout have a multiple of 48 bytes, for 32 pixels each, not {row}")
+        return shaped(self._context.convert_12_bit(packed), Format.I420, row // 3 * 2, height)
+
     def convert_packed(self, frame: Bytes, input: Format = Format.YUYV, format: Format = Format.RGB24) -> Bytes:
         """A decoder's frame, (height, width, 2) bytes of YUYV or UYVY, to I420 or RGB24."""
         packed = _bytes("a packed frame", frame, 3)
@@ -234,16 +269,21 @@ class Context:
         *,
         input: Format = Format.YUYV,
         format: Format = Format.RGB24,
+        black_lines: tuple[int, int] = (0, 0),
     ) -> Bytes:
         """Two fields, (height / 2, width, 2) bytes each, to a frame: `kept` gives the even rows, `later` the odd ones.
         Where the chroma of `later` differs from that of `earlier`, the later field of the frame before, it is taken
-        from `kept`; without `earlier` the fields are woven as they stand."""
+        from `kept`; without `earlier` the fields are woven as they stand. `black_lines`: rows above and below that make
+        the picture higher; not in RGB24, in I420 even numbers."""
         even, odd = _bytes("a field", kept, 3), _bytes("a field", later, 3)
         before = None if earlier is None else _bytes("a field", earlier, 3)
         if even.shape != odd.shape or (before is not None and before.shape != even.shape):
             raise Error("all fields must have the same shape")
-        made = self._context.deinterlace(before, even, odd, _packing(input), int(format))
-        return shaped(made, Format(format), even.shape[1], 2 * even.shape[0])
+        top, bottom = black_lines
+        if not (0 <= top <= 2048 and 0 <= bottom <= 2048):
+            raise Error(f"black lines go from 0 to 2048 above and below, not {top} and {bottom}")
+        made = self._context.deinterlace(before, even, odd, _packing(input), int(format), top, bottom)
+        return shaped(made, Format(format), even.shape[1], top + 2 * even.shape[0] + bottom)
 
     def _fit_lens(self, frame: Bytes) -> None:
         lens = self._settings.lens_correction
