@@ -57,6 +57,14 @@ TEST_F(colour, default_sensor_matrix) {
   EXPECT_EQ(group(c->yuv_coef), (matrix{11, 67, -15, -16, -124, 141, 86, -71, -15}));
 }
 
+TEST_F(colour, a_matrix_copied_to_nowhere_is_none) {
+  ppl_sensor_matrix(c, nullptr);
+  int32_t kept[9];
+  ppl_sensor_matrix(c, kept);
+  EXPECT_EQ(kept[0], c->sensor_matrix[0]);
+  EXPECT_EQ(kept[8], c->sensor_matrix[8]);
+}
+
 TEST_F(colour, the_index_bound_is_kept_and_changes_nothing) {
   const matrix before = group(c->yuv_coef);
   EXPECT_EQ(ppl_set_sensor_matrix_index_upper_bound(c, 0xffffffffu), 1);

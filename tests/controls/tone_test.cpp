@@ -85,6 +85,13 @@ TEST_F(tone, copies_of_a_null_table_do_nothing_and_answer_as_ever) {
 }
 
 // From (0, 127) to (255, 128): the slope of 16 / 4080 truncates to 16 of 4096, which climbs 15.9 sixteenths.
+TEST_F(tone, tables_copied_to_nowhere_answer_as_ever) {
+  EXPECT_EQ(ppl_get_yuv_gamma_table(c, nullptr), 1);
+  EXPECT_EQ(ppl_get_rgb_gamma_table(c, nullptr), 1);
+  EXPECT_EQ(ppl_get_gamma_tables65x256(c, nullptr), 1);
+  EXPECT_EQ(ppl_get_gamma_tables65x256_16_235(c, nullptr), 1);
+}
+
 TEST_F(tone, contrast_minus_127_falls_short_of_its_end) {
   uint32_t x = 9, y = 0;
   EXPECT_EQ(ppl_set_contrast_c(c, -127, &x, &y), 1);
