@@ -1,9 +1,32 @@
 // The element's life: flush, seek, other caps, no memory, no slot, an end at any moment.
 #include <chrono>
+#include <cstdlib>
+#include <new>
 #include <random>
 #include <thread>
 
 #include "element.h"
+
+namespace {
+
+// Memory of its own that the element still gets; there is no end of it below 0.
+int allocations_left = -1;
+bool allocation_granted() {
+  if (allocations_left == 0) return false;
+  if (allocations_left > 0) --allocations_left;
+  return true;
+}
+
+}  // namespace
+
+// What the element asks for by these fails when the test says so. (Others than the element ask for none.)
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+  return allocation_granted() ? std::malloc(bytes) : nullptr;
+}
+void* operator new(std::size_t bytes, std::align_val_t alignment, const std::nothrow_t&) noexcept {
+  const auto to = static_cast<std::size_t>(alignment);
+  return allocation_granted() ? std::aligned_alloc(to, (bytes + to - 1) / to * to) : nullptr;
+}
 
 namespace {
 
@@ -29,6 +52,35 @@ void scarce_init(Scarce* self) {
 }
 void scarce_class_init(ScarceClass* type) {
   GST_ALLOCATOR_CLASS(type)->alloc = scarce_alloc;
+}
+
+// Memory that nobody gets at.
+struct Closed {
+  GstAllocator parent;
+};
+struct ClosedClass {
+  GstAllocatorClass parent;
+};
+G_DEFINE_TYPE(Closed, closed, GST_TYPE_ALLOCATOR)
+
+GstMemory* closed_alloc(GstAllocator* self, gsize size, GstAllocationParams*) {
+  GstMemory* memory = g_new0(GstMemory, 1);
+  gst_memory_init(memory, static_cast<GstMemoryFlags>(0), self, nullptr, size, 0, 0, size);
+  return memory;
+}
+void closed_free(GstAllocator*, GstMemory* memory) {
+  g_free(memory);
+}
+void closed_init(Closed* self) {
+  GstAllocator* allocator = GST_ALLOCATOR(self);
+  allocator->mem_type = "closed";
+  allocator->mem_map = [](GstMemory*, gsize, GstMapFlags) -> gpointer { return nullptr; };
+  allocator->mem_unmap = [](GstMemory*) {};
+  GST_OBJECT_FLAG_SET(self, GST_ALLOCATOR_FLAG_CUSTOM_ALLOC);
+}
+void closed_class_init(ClosedClass* type) {
+  GST_ALLOCATOR_CLASS(type)->alloc = closed_alloc;
+  GST_ALLOCATOR_CLASS(type)->free = closed_free;
 }
 
 class Life : public Element {
@@ -128,6 +180,71 @@ TEST_F(Life, NoMemoryForThePicture) {
     close();
     gst_object_unref(scarce);
   }
+}
+
+// Each of the element's own pieces of memory in turn is not to be had: that frame is an error, the next one is made.
+TEST_F(Life, NoMemoryOfItsOwn) {
+  allocations_left = 0;
+  void* const refused = ::operator new(1, std::nothrow);
+  allocations_left = -1;
+  ::operator delete(refused);
+  if (refused) GTEST_SKIP() << "memory is handed out by valgrind";
+  struct {
+    const char *controls, *caps, *format;
+    size_t samples;
+  } const cases[] = {
+      {"lens=true lens-f1=500 auto-white-balance=true", "bggr10le,width=160,height=32", "NV12", 2 * 160 * 32},
+      {"quality=2", "rggb,width=160,height=32", "RGBx", 160 * 32},
+      {"lens=true", "gbrg,width=2080,height=16", "BGR", 2080 * 16},
+  };
+  for (const auto& [controls, caps, format, samples] : cases) {
+    const std::string all = std::string("video/x-bayer,framerate=5/1,format=") + caps;
+    Bytes raw(samples);
+    for (size_t i = 0; i < samples; ++i)
+      raw[i] = static_cast<uint8_t>(i % 2 && samples > 160 * 33 ? 1 : i * 37 % 251);
+    open(controls, format, all);
+    ASSERT_EQ(push(raw), GST_FLOW_OK) << error();
+    const Bytes picture = pull();
+    int failed = 0;
+    for (;; ++failed) {
+      open(controls, format, all);
+      allocations_left = failed;
+      const GstFlowReturn result = push(raw);
+      const bool enough = allocations_left > 0;
+      allocations_left = -1;
+      if (enough) {
+        EXPECT_EQ(result, GST_FLOW_OK);
+        break;
+      }
+      if (result == GST_FLOW_OK) continue;  // the last piece of all
+      EXPECT_EQ(result, GST_FLOW_ERROR) << caps << failed;
+      EXPECT_NE(error().find("no memory for a frame"), std::string::npos) << caps << failed;
+      EXPECT_TRUE(pull().empty());
+      ASSERT_EQ(push(raw), GST_FLOW_OK) << caps << failed;
+      EXPECT_EQ(pull(), picture) << caps << failed;
+    }
+    EXPECT_GT(failed, 1) << caps;
+    EXPECT_EQ(error(), "");
+  }
+}
+
+TEST_F(Life, MemoryThatCannotBeMapped) {
+  auto* closed = static_cast<GstAllocator*>(g_object_new(closed_get_type(), nullptr));
+  gst_object_ref_sink(closed);
+  open("", "I420");
+  GstBuffer* frame = gst_buffer_new();
+  gst_buffer_append_memory(frame, gst_allocator_alloc(closed, width * height, nullptr));
+  EXPECT_EQ(gst_harness_push(harness_, frame), GST_FLOW_ERROR);
+  EXPECT_NE(error().find("can't be read"), std::string::npos);
+
+  open("", "I420");
+  gst_harness_set_propose_allocator(harness_, GST_ALLOCATOR(gst_object_ref(closed)), nullptr);
+  gst_harness_set_src_caps_str(harness_, "video/x-bayer,format=bggr,width=160,height=32,framerate=30/1");
+  EXPECT_EQ(push(mosaic()), GST_FLOW_ERROR);
+  EXPECT_NE(error().find("can't be written"), std::string::npos);
+  EXPECT_TRUE(pull().empty());
+  close();
+  gst_object_unref(closed);
 }
 
 TEST_F(Life, EightSlotsAndNoMore) {

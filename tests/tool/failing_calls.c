@@ -1,8 +1,9 @@
-/* Loaded in front of the C library, lets one call that writes files fail, or be where a signal comes: the FAULT_AT-th of
- * open for writing, write, fchmod, fsync, close of what was opened for writing, and rename.
+/* Loaded in front of the C library, lets one call that writes files fail, or be where a signal comes: the FAULT_AT-th
+ * of open for writing, write, fchmod, fsync, close of what was opened for writing, and rename.
  *
- * FAULT is ENOSPC, EIO or EINTR (of writes alone), or the number of a signal, which comes in front of the call, or behind
- * it with FAULT_BEHIND. FAULT_SHORT: every write takes 100 bytes at most. How many calls there were goes to FAULT_COUNT. */
+ * FAULT is ENOSPC, EIO or EINTR (of writes alone), or the number of a signal, which comes in front of the call, or
+ * behind it with FAULT_BEHIND. FAULT_SHORT: every write takes 100 bytes at most. How many calls there were goes to the
+ * file FAULT_COUNT. */
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <errno.h>
