@@ -274,9 +274,11 @@ static_assert(sizeof(shifted_tables) <= kTablePairBytes);
 static void make_table_pair(void* memory, const uint8_t (&even_places)[256],
                             const uint8_t (&odd_places)[256]) {
   shifted_tables& t = *static_cast<shifted_tables*>(memory);
-  for (int place = 0; place < 4; ++place)
-    for (int x = 0; x < 256; ++x)
-      t.at[place][x] = static_cast<uint32_t>((place % 2 == 0 ? even_places : odd_places)[x]) << (8 * place);
+  for (int place = 0; place < 2; ++place)
+    for (int x = 0; x < 256; ++x) {
+      t.at[place][x] = static_cast<uint32_t>((place == 0 ? even_places : odd_places)[x]) << (8 * place);
+      t.at[place + 2][x] = t.at[place][x] << 16;
+    }
 }
 
 // A row through its tables; `width` is a multiple of 8. The result goes to `row`, and to `frame` unless that is null.
