@@ -931,6 +931,23 @@ void quality_case(test_case& c, uint32_t quality, format kind) {
   }
 }
 
+// Every width that is whole tiles, one a seed: rings, pads and scratch rows are placed by it. A few rows of each quality,
+// with the medium filter in every second round of widths.
+constexpr int kWidths = 2016 / 16;
+void width_case(test_case& c, uint64_t seed) {
+  random_source& random = c.random;
+  const int turn = int((seed - 1) % (2 * kWidths)), width = 16 * (turn % kWidths + 1);
+  if (turn >= kWidths) CALL(enable_medium_filter);
+  for (const uint32_t quality : kQualities) {
+    if (c.failed) return;
+    set_mirrors(c);
+    if (random.chance(50)) set_decimation(c, false);
+    set_quality(c, quality);
+    one_frame(c, random.chance(50) ? format::i420 : format(random.between(1, 4)), {width, 16, width}, 0,
+              false);
+  }
+}
+
 // Everything in turn on one slot: leftovers, scales and the mark pass from frame to frame.
 void sequence_case(test_case& c) {
   random_source& random = c.random;
@@ -1317,6 +1334,11 @@ std::vector<family> families() {
   }
   all.push_back(cases_of("counted", 200, counted_case));
   all.push_back(cases_of("sequences", 400, sequence_case));
+  all.push_back({"widths", 2 * kWidths, [](uint64_t seed) {
+                   test_case c(seed);
+                   width_case(c, seed);
+                   return c.failed ? c.log() : std::vector<std::string>();
+                 }});
   all.push_back(cases_of("scaled", 400, [](test_case& c) { scaled_case(c); }));
   all.push_back(cases_of("black_lines", 400, black_lines_case));
   all.push_back(cases_of("leftovers", 300, leftovers_case));
