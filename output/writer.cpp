@@ -88,15 +88,31 @@ void put_halved_rgb(const kernels& k, out_format format, uint8_t* to, const rgb_
   k.output->rgb(format)(to, halved, n, mirrored);
 }
 
+namespace {
+
+auto stage_of(out_format format) -> decltype(output_writer::put) {
+  switch (format) {
+    case out_format::i420:
+      return put_i420;
+    case out_format::yuyv:
+    case out_format::uyvy:
+      return put_packed;
+    case out_format::rgb24:
+      return put_rgb24;
+    case out_format::rgb32:
+      break;
+  }
+  return put_rgb32;
+}
+
+}  // namespace
+
 output_writer make_writer(const frame_job& job, quality_rules quality) {
   ppl_context& c = *job.context;
   const start_pointers start = start_pointers_of(&c, job.format);
   const bool doubled = c.decimation < 0;
   output_writer w = {};
-  w.put = job.format == out_format::i420    ? put_i420
-          : is_packed(job.format)           ? put_packed
-          : job.format == out_format::rgb24 ? put_rgb24
-                                            : put_rgb32;
+  w.put = stage_of(job.format);
   w.kernels = c.kernels->output;
   w.rows = c.kernels->rows;
   w.context = &c;
