@@ -266,8 +266,8 @@ class context {
     return picture;
   }
 
-  /// Converts a frame of any size, up to 64 parts of 1984 x 2048 that overlap, to the picture that one call would make of
-  /// it. Same and half size, all qualities but the raw one. The samples are only read. Statistics of the context are
+  /// Converts a frame of any size, up to 64 parts of 1984 x 2048 that overlap, to the picture that one call would make
+  /// of it. Same and half size, all qualities but the raw one. The samples are only read. Statistics of the context are
   /// then those of the last part; `measured`, if given, gets those of the frame.
   buffer convert_large(const mosaic& frame, format to, size at = size::same,
                        measurements* measured = nullptr) {
@@ -321,8 +321,8 @@ class context {
     return picture;
   }
 
-  /// Converts a frame of the 12-bit layout, 12 bytes for 8 pixels, to I420. The library writes no V plane and mixes the
-  /// chroma into that of U (see ppl.h); V is 128 here.
+  /// Converts a frame of the 12-bit layout, 12 bytes for 8 pixels, to I420. The library writes no V plane and mixes
+  /// the chroma into that of U (see ppl.h); V is 128 here.
   buffer convert_12_bit(std::span<const std::uint8_t> frame, extent e) {
     ppl_plan p = conversion(PPL_CALL_PACKED_12_BIT, packing::uyvy, format::i420, e, e);
     p.source_at = address(frame.data());
