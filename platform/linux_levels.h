@@ -13,17 +13,14 @@ struct built_level {
   kernels tables;
   bool (*runs)();
 };
-inline bool runs_anywhere() {
-  return true;
-}
 
-// Narrowest first.
+// Narrowest first. The first one is not asked whether it runs.
 inline constexpr built_level kLevels[] = {
 #if defined(PPL_HAS_plain)
-    {PPL_LEVEL_TABLES(plain), runs_anywhere},
+    {PPL_LEVEL_TABLES(plain), nullptr},
 #endif
 #if defined(PPL_HAS_sse2)
-    {PPL_LEVEL_TABLES(sse2), runs_anywhere},  // every x86-64 processor has it, every aarch64 one NEON
+    {PPL_LEVEL_TABLES(sse2), nullptr},  // every x86-64 processor has it, every aarch64 one NEON
 #endif
 #if defined(PPL_HAS_sse41)
     {PPL_LEVEL_TABLES(sse41), runs_sse41},
@@ -35,7 +32,7 @@ inline constexpr built_level kLevels[] = {
     {PPL_LEVEL_TABLES(avx512), runs_avx512},
 #endif
 #if defined(PPL_HAS_neon)
-    {PPL_LEVEL_TABLES(neon), runs_anywhere},
+    {PPL_LEVEL_TABLES(neon), nullptr},
 #endif
 };
 constexpr int kBuiltLevels = sizeof kLevels / sizeof kLevels[0];

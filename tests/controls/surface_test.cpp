@@ -225,6 +225,7 @@ TEST_F(surface, a_refused_black_level_is_stored) {
   EXPECT_EQ(gb, 2u);
   EXPECT_EQ(gr, 3u);
   EXPECT_EQ(r, 256u);
+  ppl_optical_black_b_gb_gr_r(c, nullptr, nullptr, nullptr, nullptr);
   ppl_optical_black_b_gb_gr_r(c, nullptr, nullptr, &gr, nullptr);
   EXPECT_EQ(gr, 3u);
 }

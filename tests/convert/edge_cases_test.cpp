@@ -291,6 +291,20 @@ TEST_P(ConvertCorners, RowsWithoutATileComeFromNowhere) {
   }
 }
 
+// Each of a call's four sizes counts: another one than the context's, which no table of sizes has, is refused.
+TEST_P(ConvertCorners, EachSizeOfACallCounts) {
+  size(32, 8, 0, 0, 0);
+  fenced frame(32 * 8 * 2, 1), out(32 * 8 * 3);
+  const uint32_t before = ppl_n_frame(context);
+  EXPECT_EQ(YUYVToI420MMX(context, frame.data(), out.data(), 16, 8, 32, 8), 0);
+  EXPECT_EQ(YUYVToI420MMX(context, frame.data(), out.data(), 32, 6, 32, 8), 0);
+  EXPECT_EQ(YUYVToI420MMX(context, frame.data(), out.data(), 32, 8, 16, 8), 0);
+  EXPECT_EQ(YUYVToI420MMX(context, frame.data(), out.data(), 32, 8, 32, 6), 0);
+  EXPECT_EQ(ppl_n_frame(context), before);
+  EXPECT_EQ(out.others(0, 32 * 8 * 3, kUntouched), 0u);
+  EXPECT_EQ(YUYVToI420MMX(context, frame.data(), out.data(), 32, 8, 32, 8), 1);
+}
+
 // A frame of two rows has one row pair, which is never tested: the earlier field isn't read.
 TEST_P(ConvertCorners, OneRowPairNeedsNoEarlierField) {
   size(32, 2, 0, 0, 0);
