@@ -44,6 +44,14 @@ TEST_F(lens, no_table_is_refused_whatever_size_is_claimed) {
   EXPECT_EQ(c->lens_table_size, 0);
 }
 
+// 2^30 rows of one factor wrap to a size below any other, a negative one too, of which there is no table.
+TEST_F(lens, a_table_of_a_negative_size_is_left_alone) {
+  std::vector<uint16_t> table(4, 77);
+  EXPECT_EQ(ppl_set_lens_correction(c, 1, 0x3fffffff, 0, 0, table.data(), -1, 16, 24, 16, 44), 1);
+  EXPECT_EQ(c->lens_needed_size, INT32_MIN);
+  EXPECT_EQ(table, std::vector<uint16_t>(4, 77));
+}
+
 TEST_F(lens, without_coefficients_every_factor_is_1) {
   std::vector<uint16_t> table(64 * 17);
   ASSERT_EQ(ppl_set_lens_correction(c, 64, 32, 32, 16, table.data(), 64 * 17 * 2, 0, 24, 0, 44), 1);

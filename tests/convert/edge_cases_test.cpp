@@ -305,6 +305,22 @@ TEST_P(ConvertCorners, EachSizeOfACallCounts) {
   EXPECT_EQ(YUYVToI420MMX(context, frame.data(), out.data(), 32, 8, 32, 8), 1);
 }
 
+// Fewer rows than one of the picture is made of: black lines alone, from fields that may be nowhere.
+TEST_P(ConvertCorners, PicturesOfBlackLinesComeFromNowhere) {
+  fenced out(128 * 8 * 2);
+  size(64, 2, 2, 4, 4);
+  const uint32_t before = ppl_n_frame(context);
+  EXPECT_EQ(IntlYUYVToYUYVMMX(context, nullptr, nullptr, nullptr, out.data(), 64, 2, 16, 8), 1);
+  for (size_t i = 0; i < 16 * 8 * 2; ++i) EXPECT_EQ(out.data()[i], i % 2 == 0 ? 16 : 128) << i;
+  EXPECT_EQ(ppl_n_frame(context), before + 1);
+  // Doubled frames have no black lines.
+  std::fill_n(out.data(), 128 * 8 * 2, kUntouched);
+  size(64, 1, -1, 2, 2);
+  EXPECT_EQ(IntlYUYVToYUYVMMX(context, nullptr, nullptr, nullptr, out.data(), 64, 1, 128, 6), 1);
+  EXPECT_EQ(out.others(0, 128 * 8 * 2, kUntouched), 0u);
+  EXPECT_EQ(ppl_n_frame(context), before + 2);
+}
+
 // A frame of two rows has one row pair, which is never tested: the earlier field isn't read.
 TEST_P(ConvertCorners, OneRowPairNeedsNoEarlierField) {
   size(32, 2, 0, 0, 0);

@@ -114,6 +114,31 @@ TEST_P(frame_call, null_buffers_only_count) {
         }
 }
 
+// All rows are lost: there is a picture of no bytes, which may be nowhere, and the frame's statistics all the same.
+TEST_P(frame_call, a_picture_of_no_bytes_may_be_nowhere) {
+  linear_tone();
+  ppl_set_quality(c, 3);
+  ppl_new_frame_size(c, 64, 32, 64);
+  ASSERT_EQ(ppl_set_decimation(c, 0, -32, 0), 1);
+  fenced source(bytes(64 * 32, 100));
+  const uint32_t frames = ppl_n_frame(c);
+  EXPECT_EQ(call(I420, c, source.data(), nullptr, 64, 32), 1);
+  EXPECT_EQ(ppl_n_frame(c), frames + 1);
+  EXPECT_EQ(ppl_rgb_means_whole_frame(c)[1], 100u * 256);
+  EXPECT_EQ(source.content(), bytes(64 * 32, 100));
+}
+
+// A lens of negative width has its rows in front of the table, where every factor is 1.
+TEST_P(frame_call, a_lens_of_negative_width_changes_nothing) {
+  ppl_set_quality(c, 2);
+  const bytes in = noise(64 * 32, 9), plain = run(I420, in, 64, 32);
+  std::vector<uint16_t> table(16, 20000);
+  ASSERT_EQ(ppl_set_lens_correction(c, -5, 4, 0, -1, table.data(), 0, 16, 24, 16, 44), 1);
+  ppl_enable_lens_correction(c);
+  EXPECT_EQ(run(I420, in, 64, 32), plain);
+  EXPECT_EQ(table, std::vector<uint16_t>(16, 20000));
+}
+
 // Sizes and P3_only come first.
 TEST_P(frame_call, null_buffers_are_looked_for_last) {
   ppl_set_quality(c, 4);

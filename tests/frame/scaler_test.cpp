@@ -136,7 +136,7 @@ TEST_P(scaler, agrees_with_the_reference_at_any_size) {
   }
 }
 
-// Steps of exactly 1, 2 and 1/2 and those beside them, steps about 2, 14/3 and 14, lines longer than any table; widths
+// Steps of exactly 1, 2 and 1/2 and those beside them, rows at 5/2, where the lower of two stands alone next, steps about 2, 14/3 and 14, lines longer than any table; widths
 // on and off every group of 16 to 64 bytes, so that rows end inside a vector. Each with rows of like steps.
 TEST_P(scaler, agrees_with_the_reference_beside_exact_ratios) {
   constexpr struct {
@@ -148,8 +148,8 @@ TEST_P(scaler, agrees_with_the_reference_beside_exact_ratios) {
                 {736, 640},  {640, 736},   {640, 752},   {66, 15134}, {2, 15200}, {100, 28000}, {1, 64},
                 {2, 4},      {2016, 4032}, {2016, 1008}, {514, 512},  {510, 512}, {1118, 240},  {1120, 240},
                 {1122, 240}, {1342, 96},   {1344, 96},   {1346, 96}},
-    heights[] = {{24, 24}, {24, 12}, {12, 24}, {25, 24},   {24, 25},  {12, 23},
-                 {24, 8},  {1, 6},   {2, 1},   {257, 256}, {255, 256}};
+    heights[] = {{24, 24}, {24, 12}, {12, 24}, {25, 24}, {24, 25},   {12, 23},
+                 {24, 8},  {20, 8},  {1, 6},   {2, 1},   {257, 256}, {255, 256}};
   for (const auto& w : widths)
     for (const auto& h : heights)
       for (int f : {I420, YUYV}) {

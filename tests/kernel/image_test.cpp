@@ -96,6 +96,10 @@ TEST_F(KernelImage, LoadEntrySeedsTheGuard) {
   }
 }
 
+TEST_F(KernelImage, EntryPointAnswersSuccess) {
+  EXPECT_EQ(static_cast<int32_t>(kernel_image::call("the entry point", image().entry, {0, 0})), 0);
+}
+
 TEST_F(KernelImage, UnloadAnswersSuccess) {
   EXPECT_EQ(static_cast<int32_t>(call("DllUnload")), 0);
 }

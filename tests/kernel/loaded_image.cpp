@@ -133,6 +133,7 @@ void bind_imports(const file_view& f, loaded_image& image) {
 }
 
 void read_exports(const file_view& f, loaded_image& image) {
+  image.entry = image.base + read<uint32_t>(f.optional + 16);
   const uint8_t* table = directory_of(f, image, 0).start;
   const uint8_t* functions = image.base + read<uint32_t>(table + 28);
   const uint8_t* names = image.base + read<uint32_t>(table + 32);

@@ -30,6 +30,7 @@ struct loaded_image {
   size_t code_size = 0;
   uint8_t* data = nullptr;  // the writable sections, from the first to the end of the last
   size_t data_size = 0;
+  void* entry = nullptr;
   std::map<std::string, void*> exports;
   std::vector<std::string> imports;
 };
