@@ -136,8 +136,9 @@ TEST_P(scaler, agrees_with_the_reference_at_any_size) {
   }
 }
 
-// Steps of exactly 1, 2 and 1/2 and those beside them, rows at 5/2, where the lower of two stands alone next, steps about 2, 14/3 and 14, lines longer than any table; widths
-// on and off every group of 16 to 64 bytes, so that rows end inside a vector. Each with rows of like steps.
+// Steps of exactly 1, 2 and 1/2 and those beside them, steps about 2, 14/3 and 14, lines longer than any table; widths
+// on and off every group of 16 to 64 bytes, so that rows end inside a vector. Each with rows of like steps, and with
+// rows at 5/2, where the lower of two stands alone next.
 TEST_P(scaler, agrees_with_the_reference_beside_exact_ratios) {
   constexpr struct {
     int from, to;
