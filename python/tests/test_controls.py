@@ -140,6 +140,11 @@ def test_every_control_survives_a_file(tool, tmp_path):
         ('{"ppl_settings": 1, "quality": 99}', "from 0 to 15"),
         ("[" * 100000, "is not JSON"),
         (b"\xff\xfe\x00", "is not JSON"),
+        ('{"ppl_settings": 1, "sat": %s}' % ("1" * 5000), "a number with too many digits"),
+        ('{"ppl_settings": 1, "sat": 1e999}', "not Infinity"),
+        ('{"ppl_settings": 1, "sa\\nt": 1}', 'there is no control "sa\\nt"'),
+        ('{"ppl_settings": 1, "lens_correction": {"\\n": 1}}', 'there is no control "\\n"'),
+        ('{"ppl_settings": 1, "%s": 1}' % ("x" * 900000), "there is no control"),
         (" " * (1 << 21), "more than a megabyte"),
     ],
 )
@@ -149,6 +154,7 @@ def test_broken_settings_files_say_what_is_wrong(tmp_path, text, sentence):
     with pytest.raises(ppl.Error) as e:
         Settings.load(path)
     assert sentence in str(e.value) and "broken.json" in str(e.value) and "\n" not in str(e.value)
+    assert len(str(e.value)) < len(str(path)) + 200
 
 
 def test_settings_that_can_not_be_written_leave_nothing(tmp_path):

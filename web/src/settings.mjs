@@ -102,7 +102,12 @@ export function asElement(s) {
 
 // What is said of a value that is none; files may hold anything, so it is cut short.
 function shown(value) {
-  const text = JSON.stringify(value) ?? String(value);
+  let text;
+  try {
+    text = typeof value === 'number' ? String(value) : JSON.stringify(value) ?? String(value);
+  } catch {
+    text = 'brackets within brackets'; // deeper than the browser goes
+  }
   return text.length > 40 ? `${text.slice(0, 40)}…` : text;
 }
 function number(name, value, low, high) {

@@ -288,6 +288,11 @@ test('settings that are none: one sentence, nothing taken, nothing executed', as
     ['{"ppl_settings": 1, "__proto__": {"quality": 3}}', /There is no control "__proto__"/],
     ['{"ppl_settings": 1, "constructor": 1}', /There is no control "constructor"/],
     ['{"ppl_settings": 1, "<img src=x onerror=alert(1)>": 1}', /There is no control "<img src=x onerror=alert\(1\)>"\./],
+    ['{"ppl_settings": 1, "gamma": 1e999}', /gamma takes a whole number from -32 to 32, not Infinity\./],
+    [`{"ppl_settings": 1, "gamma": ${'['.repeat(300000)}${']'.repeat(300000)}}`, /gamma takes .*, not (\[{40}…|brackets within brackets)\./],
+    [`{"ppl_settings": ${'['.repeat(300000)}${']'.repeat(300000)}}`, /version (\[{40}…|brackets within brackets); this page reads/],
+    [`{"ppl_settings": 1, "${'x'.repeat(900000)}": 1}`, /There is no control "x{39}…\./],
+    ['['.repeat(500000), /it is not JSON/],
     [`{"ppl_settings": 1, "x": "${'y'.repeat(2 << 20)}"}`, /more than a megabyte/],
   ];
   for (const [text, message] of cases) {

@@ -70,6 +70,8 @@ def _is_whole(value: Any) -> bool:
 def _shown(value: Any) -> str:
     try:
         text = json.dumps(value)
+    except RecursionError:
+        text = "brackets within brackets"
     except (TypeError, ValueError):
         text = repr(value)
     return text if len(text) <= 60 else text[:57] + "..."
@@ -135,8 +137,9 @@ def _check_lens(values: Mapping[str, Any], where: str) -> None:
 
 
 def _unknown(key: str, known: Sequence[str], where: str) -> Error:
-    near = difflib.get_close_matches(key, known, 1, 0.5)
-    return Error(f"{where}there is no control {key}" + (f"; did you mean {near[0]}?" if near else ""))
+    plain = key.isprintable() and len(key) <= 60
+    near = difflib.get_close_matches(key, known, 1, 0.5) if plain else []
+    return Error(f"{where}there is no control {key if plain else _shown(key)}" + (f"; did you mean {near[0]}?" if near else ""))
 
 
 @dataclass
@@ -234,6 +237,8 @@ class Settings:
             raise Error(f"{name} is not JSON: {error.msg} in line {error.lineno}") from None
         except (UnicodeDecodeError, RecursionError):
             raise Error(f"{name} is not JSON") from None
+        except ValueError:
+            raise Error(f"{name} holds a number with too many digits") from None
         if not isinstance(read, dict):
             raise Error(f"{name} holds no settings: it must be an object, {{ ... }}")
         if "ppl_settings" not in read:
