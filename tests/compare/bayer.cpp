@@ -931,8 +931,8 @@ void quality_case(test_case& c, uint32_t quality, format kind) {
   }
 }
 
-// Every width that is whole tiles, one a seed: rings, pads and scratch rows are placed by it. A few rows of each quality,
-// with the medium filter in every second round of widths.
+// Every width that is whole tiles, one a seed: rings, pads and scratch rows are placed by it. A few rows of each
+// quality, with the medium filter in every second round of widths.
 constexpr int kWidths = 2016 / 16;
 void width_case(test_case& c, uint64_t seed) {
   random_source& random = c.random;
