@@ -321,6 +321,26 @@ TEST_P(ConvertCorners, PicturesOfBlackLinesComeFromNowhere) {
   EXPECT_EQ(ppl_n_frame(context), before + 2);
 }
 
+// A new size drops the black lines from the picture's height, and a call that asks for the same ones once more does not
+// bring them back; they are drawn all the same, as there is room for the picture that was asked for.
+TEST_P(ConvertCorners, RoomIsThatOfThePictureAskedFor) {
+  size(480, 480, 0, 48, 48);
+  ASSERT_EQ(ppl_new_frame_size(context, 480, 480, 480), 1);
+  constexpr size_t row = 480 * 2;
+  fenced field(row * 240, 1), out(row * 576);
+  EXPECT_EQ(IntlYUYVToYUYVMMX_no_motion(context, nullptr, field.data(), field.data(), out.data(), 480, 480,
+                                        480, 576),
+            1);
+  const auto is_black = [&](size_t from, size_t to) {
+    for (size_t i = from * row; i < to * row; ++i)
+      if (out.data()[i] != (i % 2 == 0 ? 16 : 128)) return false;
+    return true;
+  };
+  EXPECT_TRUE(is_black(0, 48));
+  EXPECT_EQ(out.others(48 * row, 528 * row, 1), 0u);
+  EXPECT_TRUE(is_black(528, 576));
+}
+
 // A frame of two rows has one row pair, which is never tested: the earlier field isn't read.
 TEST_P(ConvertCorners, OneRowPairNeedsNoEarlierField) {
   size(32, 2, 0, 0, 0);

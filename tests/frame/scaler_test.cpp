@@ -1,6 +1,7 @@
 // The frame scaler, through the scaled calls. Quality 5 only counts, so scratch holds what the test put there.
 #include <random>
 
+#include "record/context.h"
 #include "reference/frame.h"
 #include "support/frame_fixture.h"
 #include "support/random.h"
@@ -97,6 +98,11 @@ TEST_P(scaler, lines_that_do_not_fit_the_ring_pool_scale_nothing) {
   EXPECT_EQ(std::count(got.begin(), got.begin() + 256, 0xa5) < 200, true);
   got = scale(YUYV, frame_of(YUYV, in, 7), in, {14368, 1});
   EXPECT_EQ(got, bytes(14368 * 2, 0xa5));
+  // Wider than the pool by themselves.
+  for (int f : {I420, YUYV}) {
+    got = scale(f, frame_of(f, in, 7), in, {ppl::kRingPoolBytes + 32, 1});
+    EXPECT_EQ(got, bytes(got.size(), 0xa5));
+  }
 }
 
 TEST_P(scaler, a_packed_row_ends_on_the_next_rows_first_pixel) {
