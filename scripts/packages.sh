@@ -12,7 +12,7 @@ PACKAGES_DEBS="debootstrap dpkg-dev"
 PACKAGES_PAGE="chromium"
 PACKAGES_REFERENCE="doxygen"
 PACKAGES_FOREIGN="g++-aarch64-linux-gnu g++-riscv64-linux-gnu qemu-user googletest"
-PACKAGES_CLANG="clang libclang-rt-14-dev clang-format-14 clang-tidy-14"
+PACKAGES_CLANG="clang llvm-14 libclang-rt-14-dev clang-format-14 clang-tidy-14"
 PACKAGES_KERNEL="g++-mingw-w64-x86-64-win32 clang-19 lld-19 llvm-19 wine wine64 osslsigncode openssl"
 
 # What the two sizes of check need besides; what lacks one is left out, with a line that says so.
