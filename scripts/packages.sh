@@ -25,7 +25,7 @@ COMMANDS_FULL="node:nodejs npm:npm"
 missing_packages() {
   local package
   for package in "$@"; do
-    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || echo "$package"
+    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -c 'ok installed' >/dev/null || echo "$package"
   done
 }
 
