@@ -580,4 +580,26 @@ TEST_P(quality_3, a_lowered_picture_loses_rows_and_keeps_the_others) {
       }
 }
 
+// Halved upwards into half as many rows as it has. Of luma, rows of 64, those of the first two row pairs are left. U
+// and V, rows of 32, have one row each where they want two: U's second lies on the luma, V's second on U's first. Each
+// comes from the first row pair of its two.
+TEST_P(quality_3, halved_planes_that_overlap_take_chroma_from_the_first_row_pair_of_two) {
+  const bytes in = noise(128 * 8, 28);
+  mirrors(false, true);
+  ppl_set_decimation(c, 1, 0, 0);
+  const bytes plain =
+      run(I420, in, 128, 8);  // luma rows at 0, U rows at 256, V rows at 320, the first one last
+  const auto chroma = [&](size_t plane, size_t row) { return rows_of(plain, 256 + 64 * plane, 32, 1 - row); };
+  ppl_new_frame_size(c, 128, 8, 128);
+  ASSERT_TRUE(ppl_set_decimation(c, 1, -2, 0));
+  fenced source(in), destination(64 * 2 * 3 / 2);
+  call(I420, c, source.data(), destination.data(), 128, 8);
+  EXPECT_EQ(destination.part(0, 64), rows_of(plain, 0, 64, 2));
+  EXPECT_EQ(destination.part(64, 32), rows_of(plain, 0, 32, 6));
+  EXPECT_EQ(destination.part(96, 32), chroma(0, 1));
+  EXPECT_EQ(destination.part(128, 32), chroma(1, 1));
+  EXPECT_EQ(destination.part(160, 32), chroma(1, 0));
+  EXPECT_NE(chroma(1, 0), chroma(1, 1));
+}
+
 }  // namespace
