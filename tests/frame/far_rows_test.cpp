@@ -38,8 +38,8 @@ class sparse {
 class far_rows : public at_level {};
 ENGINE_LEVELS(far_rows);
 
-// A picture lies at the first rows of its planes, or at the last: the same bytes are there whether a few lines are added
-// to it or as many as its pixels can be counted with.
+// A picture lies at the first rows of its planes, or at the last: there are the same bytes whether a few lines are
+// added to it or as many as its pixels can be counted with.
 TEST_P(far_rows, lie_at_the_ends_of_their_planes) {
   if (sizeof(size_t) < 8) GTEST_SKIP() << "no memory of that size";
   constexpr size_t kMost = size_t{1} << 31;
