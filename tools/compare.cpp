@@ -132,12 +132,18 @@ void add_compare(CLI::App& app) {
   const auto state = std::make_shared<Compare>();
   state->frame.add_options(
       *command, "File of headerless Bayer frames, or a PNG picture to hold to --truth; - is standard input");
-  command->add_option("--truth", state->truth,
-                      "PNG picture to compare with: prints PSNR and structural similarity of every quality");
-  command->add_option(
-      "--difference", state->differences,
-      "PNG file to write as well: four times the difference from the truth, grey where there is none");
-  command->add_option("-o,--output", state->output, "PNG file to write")->capture_default_str();
+  command
+      ->add_option("--truth", state->truth,
+                   "PNG picture to compare with: prints PSNR and structural similarity of every quality")
+      ->type_name("FILE");
+  command
+      ->add_option(
+          "--difference", state->differences,
+          "PNG file to write as well: four times the difference from the truth, grey where there is none")
+      ->type_name("FILE");
+  command->add_option("-o,--output", state->output, "PNG file to write")
+      ->type_name("FILE")
+      ->capture_default_str();
   command->add_option("--columns", state->columns, "Pictures side by side (1 to 13)")
       ->capture_default_str()
       ->check(in_range(1, 13));

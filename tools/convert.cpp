@@ -145,6 +145,7 @@ void add_convert(CLI::App& app) {
           "-o,--output", state->output,
           "File to write; - is standard output. Pictures of a recording are numbered, out-0000.png and "
           "so on; other formats hold its frames one after the other")
+      ->type_name("FILE")
       ->required();
   command
       ->add_option(
@@ -175,6 +176,7 @@ void add_convert(CLI::App& app) {
                    "bt601 and bt709)")
       ->check(CLI::IsMember({"full", "video"}));
   command->add_option("--rate", state->rate, "Frames a second of a y4m stream, as a fraction")
+      ->type_name("N/D")
       ->capture_default_str();
   command
       ->add_option("-j,--jobs", state->jobs,
@@ -192,7 +194,8 @@ void add_convert(CLI::App& app) {
   command->add_option("--decimation", state->job.decimation, "1 half size, 0 full size, -1 double size")
       ->capture_default_str()
       ->check(in_range(-1, 1));
-  command->add_option("--scale", state->scale, "Scale to WIDTHxHEIGHT in a second pass, e.g. 1280x960");
+  command->add_option("--scale", state->scale, "Scale to WIDTHxHEIGHT in a second pass, e.g. 1280x960")
+      ->type_name("SIZE");
   command
       ->add_option("--via", state->via,
                    "Pictures from Bayer frames: by way of the library's i420 (default in qualities 0 and 10, "

@@ -239,6 +239,7 @@ void add_deinterlace(CLI::App& app) {
   command
       ->add_option("-o,--output", state->output,
                    "File to write; pictures of a sequence are numbered, out-0000.png and so on")
+      ->type_name("FILE")
       ->required();
   command
       ->add_option("--format", state->format,
@@ -248,10 +249,13 @@ void add_deinterlace(CLI::App& app) {
   command->add_option("--threshold", state->threshold, "Motion threshold (0 to 765); lower finds more motion")
       ->capture_default_str()
       ->check(in_range(0, 765));
-  command->add_option("--size", state->size,
-                      "Size of the result where the library has it: half, quarter, double or WIDTHxHEIGHT "
-                      "(default: the frame's)");
+  command
+      ->add_option("--size", state->size,
+                   "Size of the result where the library has it: half, quarter, double or WIDTHxHEIGHT "
+                   "(default: the frame's)")
+      ->type_name("SIZE");
   command->add_option("--rate", state->rate, "Frames a second of a y4m stream, as a fraction")
+      ->type_name("N/D")
       ->capture_default_str();
   command->callback([state] { state->run(); });
 }

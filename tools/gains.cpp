@@ -73,11 +73,12 @@ void add_gains(CLI::App& app) {
   command
       ->add_option(
           "--region", state->region,
-          "X,Y,WIDTH,HEIGHT of a part that is grey, for example a card: its gains, exactly (default: the "
-          "light is found in the whole frame)")
+          "A part that is grey, for example a card: its gains, exactly (default: the light is found in the "
+          "whole frame)")
       ->check(numbers_in_range(4, 0, 16384))
       ->type_name("X,Y,W,H");
   command->add_option("-o,--output", state->output, "File to write; - is standard output")
+      ->type_name("FILE")
       ->capture_default_str();
   state->gains.ask_for_white(*command);
   state->controls.add_options(*command);

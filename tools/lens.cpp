@@ -54,6 +54,7 @@ void add_lens(CLI::App& app) {
       ->capture_default_str()
       ->check(CLI::IsMember({"options", "json", "c", "element"}));
   command->add_option("-o,--output", state->output, "File to write; - is standard output")
+      ->type_name("FILE")
       ->capture_default_str();
   command->callback([state] { state->run(); });
 }

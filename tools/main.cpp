@@ -8,12 +8,14 @@
 #include <csignal>
 #include <cstring>
 #include <iostream>
+#include <memory>
 #include <new>
 #include <string>
 #include <vector>
 
 #include "commands.h"
 #include "failure.h"
+#include "help.h"
 #include "nearest.h"
 
 namespace {
@@ -69,8 +71,7 @@ int main(int count, char** words) {
   CLI::App app("Video pipeline library for a USB 2.0 camera: from raw frames to pictures", "ppl");
   app.set_version_flag("--version", "ppl " PPL_TOOL_VERSION);
   app.require_subcommand(1);
-  for (const char* number : {"UINT", "INT"}) app.get_formatter()->label(number, "N");
-  app.get_formatter()->label("FLOAT", "X");
+  app.formatter(std::make_shared<tool::Help>());
   app.footer("Exit status: 0 done, 1 the work can't be done, 2 the command line asks for what can't be.");
   tool::add_convert(app);
   tool::add_compare(app);

@@ -6,6 +6,7 @@
 #include "commands.h"
 #include "failure.h"
 #include "file.h"
+#include "help.h"
 
 namespace tool {
 namespace {
@@ -66,13 +67,6 @@ std::string names_of(const CLI::Option& option) {
   return names;
 }
 
-// What stands behind an option: nothing for a flag.
-std::string value_of(const CLI::Option& option) {
-  if (option.get_items_expected_max() == 0) return {};
-  const std::string type = option.get_type_name().substr(0, option.get_type_name().find(':'));
-  return type == "UINT" || type == "INT" ? "N" : type == "FLOAT" ? "X" : type;
-}
-
 std::string page(const CLI::App& command) {
   const std::string name = "ppl-" + command.get_name();
   std::string out = head(name, command.get_description());
@@ -97,11 +91,7 @@ std::string page(const CLI::App& command) {
       out += ".TP\n\\fB" + escaped(names_of(*option)) + "\\fR";
       if (const std::string value = value_of(*option); !value.empty())
         out += " \\fI" + escaped(value) + "\\fR";
-      out += "\n" + escaped(option->get_description());
-      const std::string standard = option->get_default_str();
-      if (!standard.empty() && option->get_description().find("default") == std::string::npos)
-        out += escaped(" (default " + standard + ")");
-      out += "\n";
+      out += "\n" + escaped(sentence_of(*option)) + "\n";
     }
   }
   out += ".SH EXAMPLES\n";

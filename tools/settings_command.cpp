@@ -40,6 +40,7 @@ void add_settings(CLI::App& app) {
       ->check(CLI::IsMember({"json", "options", "c", "element"}));
   command->add_flag("--full", state->all, "Every control, those at their default too");
   command->add_option("-o,--output", state->output, "File to write; - is standard output")
+      ->type_name("FILE")
       ->capture_default_str();
   state->quality_option =
       command->add_option("-q,--quality", state->quality, "Reconstruction, 0 to 15")->check(in_range(0, 15));

@@ -77,16 +77,19 @@ void add_simulate(CLI::App& app) {
   Simulation& s = state->settings;
   command->add_option("PICTURE", state->picture, "PNG picture; - is standard input")->required();
   command->add_option("-o,--output", state->output, "File to write, without a header; - is standard output")
+      ->type_name("FILE")
       ->required();
-  command->add_option(
-      "--size", state->size,
-      "Size of the frame, for example 640x480: the picture's middle, scaled (default: the picture's)");
+  command
+      ->add_option(
+          "--size", state->size,
+          "Size of the frame, for example 640x480: the picture's middle, scaled (default: the picture's)")
+      ->type_name("SIZE");
   static const std::map<std::string, Phase> phases{
       {"bggr", Phase::bggr}, {"gbrg", Phase::gbrg}, {"grbg", Phase::grbg}, {"rggb", Phase::rggb}};
   command
       ->add_option_function<std::string>(
           "--pattern", [&s](const std::string& name) { s.phase = phases.at(name); },
-          "Colours of the first two sites of the first two rows")
+          "Colours of the first two samples of the first two rows: bggr, gbrg, grbg or rggb")
       ->check(CLI::IsMember({"bggr", "gbrg", "grbg", "rggb"}))
       ->default_str("bggr");
   command->add_option("--bits", s.bits, "Bits of a sample; above 8 in words of 16 bits")
@@ -98,15 +101,19 @@ void add_simulate(CLI::App& app) {
   command->add_flag("--packed", state->packed,
                     "10 or 12 bits without gaps: upper bytes first, then the lower bits");
   command->add_option("--black", s.black, "Black level in steps of the frame")->capture_default_str();
-  command->add_option("--gains", state->gains,
-                      "R,G,B gains that balance the sensor in daylight, 256 is 1.0 (default 397,256,346)");
+  command
+      ->add_option("--gains", state->gains,
+                   "Gains that balance the sensor in daylight, 256 is 1.0 (default 397,256,346)")
+      ->type_name("R,G,B");
   command->add_option("--kelvin", s.kelvin, "Colour temperature of the light, 2000 to 10000")
       ->capture_default_str();
   command->add_option("--exposure", s.exposure, "Times the light")->capture_default_str();
   command->add_option("--shading", s.shading, "Share of the light that the furthest corner loses, 0 to 1")
       ->capture_default_str();
-  command->add_option("--centre", state->centre,
-                      "X,Y centre of the shading as shares of width and height (default 0.5,0.5)");
+  command
+      ->add_option("--centre", state->centre,
+                   "Centre of the shading as shares of width and height (default 0.5,0.5)")
+      ->type_name("X,Y");
   command
       ->add_option("--green-imbalance", s.green_imbalance, "How much brighter Gr is than Gb, 0.015 for 1.5 %")
       ->capture_default_str();

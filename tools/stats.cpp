@@ -158,6 +158,7 @@ void add_stats(CLI::App& app) {
   state->frame.add_options(*command, "File of headerless Bayer frames; - is standard input");
   command->add_flag("--json", state->json, "Write JSON instead of a table");
   command->add_option("-o,--output", state->output, "File to write; - is standard output")
+      ->type_name("FILE")
       ->capture_default_str();
   state->quality_option =
       command->add_option("-q,--quality", state->quality, "Reconstruction that gathers them")

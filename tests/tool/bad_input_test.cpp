@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <sstream>
 
 #include "run.h"
 
@@ -251,7 +252,41 @@ TEST_F(BadInput, HelpAndVersion) {
     EXPECT_EQ(result.status, 0);
     EXPECT_NE(result.out.find("Usage"), std::string::npos);
   }
-  EXPECT_NE(run({"convert", "--help"}).out.find("(each 0 to 2047, default 256,256,256)"), std::string::npos);
+  // Anew in lines: the sentence may have been broken anywhere.
+  std::istringstream words(run({"convert", "--help"}).out);
+  std::string help;
+  for (std::string word; words >> word;) help += word + " ";
+  EXPECT_NE(help.find("(each 0 to 2047, default 256,256,256)"), std::string::npos);
+}
+
+size_t longest_line(const std::string& text) {
+  size_t longest = 0;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);)
+    longest = std::max(longest, line.size() - (line.ends_with('\r') ? 1 : 0));
+  return longest;
+}
+
+// Help is as wide as the terminal, 80 columns where there is none; only a word that is longer stands over.
+TEST_F(BadInput, HelpKeepsWithinTheTerminal) {
+  for (const char* command :
+       {"", "convert", "compare", "stats", "deinterlace", "simulate", "settings", "gains", "lens"}) {
+    const std::string ask = std::string("$PPL ") + command + " --help";
+    const size_t plain = longest_line(shell("unset COLUMNS; " + ask).out);
+    EXPECT_LE(plain, 80u) << command;
+    EXPECT_GT(plain, 60u) << command;
+    const size_t wide = longest_line(shell("COLUMNS=110 " + ask).out);
+    EXPECT_LE(wide, 110u) << command;
+    EXPECT_GT(wide, 80u) << command;
+    EXPECT_LE(longest_line(shell("COLUMNS=60 " + ask).out), 60u) << command;
+  }
+  for (const char* senseless : {"0", "3", "x", "-1", "99999999999999999999"})
+    EXPECT_EQ(shell(std::string("COLUMNS=") + senseless + " $PPL --help").status, 0) << senseless;
+  if (shell("command -v script > /dev/null").status != 0) GTEST_SKIP() << "no script, which makes a terminal";
+  const Result shown =
+      shell("unset COLUMNS; export PPL; script -qec 'stty cols 64; $PPL gains --help' /dev/null < /dev/null");
+  EXPECT_LE(longest_line(shown.out), 64u);
+  EXPECT_GT(longest_line(shown.out), 55u);
 }
 
 }  // namespace
