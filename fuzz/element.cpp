@@ -340,7 +340,7 @@ class stage {
     gst_object_unref(own);
   }
 
-  // All of an array are of one kind.
+  // All of an array are of one kind: GStreamer refuses one of another, and loses it.
   void append_any(GValue* array, int kind) {
     GValue one = G_VALUE_INIT;
     switch (kind) {

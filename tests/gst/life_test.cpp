@@ -188,7 +188,7 @@ TEST_F(Life, NoMemoryOfItsOwn) {
   void* const refused = ::operator new(1, std::nothrow);
   allocations_left = -1;
   ::operator delete(refused);
-  if (refused) GTEST_SKIP() << "memory is handed out by valgrind";
+  if (refused) GTEST_SKIP() << "memory is handed out by valgrind: gst_valgrind_no_memory";
   struct {
     const char *controls, *caps, *format;
     size_t samples;
