@@ -67,3 +67,10 @@ with tempfile.TemporaryDirectory() as build:
     status, out, made = run("--frames", "1", "--seed", "1001")
     check(status == 0 and made == ["one 1001", "one 1001", "two 1001", "two 1001"], made)
     check("480 random frames" in out and "seeds 1001 to 1040" in out, out)
+
+    # One family by itself, of whichever program has it.
+    status, out, made = run("--frames", "1", "--seed", "2001", "--family", "two")
+    check(status == 0 and made == ["two 2001", "two 2001"], f"{made} {out}")
+    check("240 random frames of 2 families" in out, out)
+    status, out, made = run("--frames", "1", "--family", "three")
+    check(status == 1 and made == [] and "there is no family three; there are one, two" in out, out)
