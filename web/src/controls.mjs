@@ -1,6 +1,7 @@
 // The controls as rows of the page: a slider, a number, a mark at the default, a sentence.
 import { groups, lensWords, words } from './words.mjs';
 
+const LARGEST = 16384; // columns and rows of a frame
 let ids = 0;
 
 /** An element with properties, attributes and children. Text is only ever set as text. */
@@ -17,12 +18,14 @@ export function element(tag, { text, on = {}, ...attributes } = {}, ...children)
 
 const clamp = (v, low, high) => Math.min(high, Math.max(low, v));
 
-// One slider with its number. `get` and `set` reach the value; refresh() shows it.
-function slider({ label, hidden, low, high, range = [low, high], step = 1, standard, get, set, id }) {
+// One slider with its number. `get` and `set` reach the value; refresh() shows it. `text` is the id of the sentence about
+// it; `ends`, where the range of the slider depends on the frame, gives it.
+function slider({ label, hidden, low, high, range = [low, high], ends, step = 1, standard, get, set, id, text = `${id}-text`,
+  back = () => set(standard) }) {
   const number = element('input', { type: 'number', id, min: low, max: high, step: 1, inputmode: 'numeric',
-    'aria-label': hidden ? label : null, 'aria-describedby': `${id}-text` });
+    'aria-label': hidden ? label : null, 'aria-describedby': text });
   const track = element('input', { type: 'range', min: range[0], max: range[1], step, 'aria-label': `${label}, slider`,
-    'aria-describedby': `${id}-text`, 'data-for': id });
+    'aria-describedby': text, 'data-for': id });
   const mark = element('span', { class: 'mark', 'aria-hidden': 'true', title: `default ${standard}` });
   const place = (clamp(standard, ...range) - range[0]) / (range[1] - range[0]);
   mark.style.setProperty('--at', place);
@@ -32,11 +35,12 @@ function slider({ label, hidden, low, high, range = [low, high], step = 1, stand
     set(clamp(value, low, high));
   };
   track.addEventListener('input', () => take(track.value));
-  track.addEventListener('dblclick', () => set(standard));
+  track.addEventListener('dblclick', back);
   number.addEventListener('input', () => take(number.value));
   number.addEventListener('change', () => { number.value = get(); });
   const refresh = () => {
     const value = get();
+    if (ends) [track.min, track.max] = range = ends();
     if (document.activeElement !== number) number.value = value;
     track.value = value;
     track.setAttribute('aria-valuetext', String(value));
@@ -121,7 +125,7 @@ function buildControl(control, state, rows, details) {
   const parts = [];
   const add = (label, i, all) => {
     const part = slider({ label: `${w.label} ${label}`, hidden: count > 1, low, high, range: w.range, step: w.step, standard: standard[i ?? 0],
-      id: count === 1 ? id : `${id}-${all ? 'all' : i}`,
+      id: count === 1 ? id : `${id}-${all ? 'all' : i}`, text: `${id}-text`,
       get: () => state.settings.get(key)[i ?? 0],
       set: (v) => {
         const values = [...state.settings.get(key)];
@@ -141,7 +145,8 @@ function buildControl(control, state, rows, details) {
     // A matrix is a table of numbers; sliders would say nothing.
     const grid = element('div', { class: 'matrix', role: 'group', 'aria-labelledby': `${id}-name` });
     for (let i = 0; i < 9; ++i) {
-      const number = element('input', { type: 'number', min: low, max: high, step: 1, 'aria-label': `Row ${Math.floor(i / 3) + 1}, column ${i % 3 + 1}` });
+      const number = element('input', { type: 'number', min: low, max: high, step: 1, 'aria-label': `Row ${Math.floor(i / 3) + 1}, column ${i % 3 + 1}`,
+        'aria-describedby': `${id}-text` });
       number.addEventListener('input', () => {
         const v = Math.round(Number(number.value));
         if (number.value.trim() === '' || !Number.isFinite(v)) return;
@@ -188,17 +193,24 @@ function buildLens(body, engine, state, rows, details) {
       get: () => state.settings.lens?.[n.key] ?? n.standard, set });
     insert(part.row);
     body.append(one);
-    rows.push({ refresh: () => { part.refresh(); one.classList.toggle('asleep', !state.settings.lens); } });
+    rows.push({ refresh: () => {
+      const { lens } = state.settings;
+      part.refresh();
+      one.classList.toggle('asleep', !lens);
+      one.classList.toggle('changed', !!lens && lens[n.key] !== n.standard);
+    } });
   }
   // The optical centre; the middle of the frame unless it is said.
   const own = `c${++ids}`;
   const { box: centre, reset, insert } = frameOf({ label: 'Optical centre', unit: 'samples', text: 'Column and row of the lens’s axis.',
-    standard: 'the middle', id: own, heading: 'span', range: '0 to 2047 each, default the middle of the frame.' });
+    standard: 'the middle', id: own, heading: 'span', range: `0 to ${LARGEST} each, default the middle of the frame.` });
   centre.dataset.key = 'lens.origin';
-  reset.addEventListener('click', () => state.change((s) => { if (s.lens) { const { origin, ...rest } = s.lens; s.lens = rest; } }));
+  const middle = () => state.change((s) => { if (s.lens) { const { origin, ...rest } = s.lens; s.lens = rest; } });
+  reset.addEventListener('click', middle);
   const list = element('div', { class: 'parts', role: 'group', 'aria-labelledby': `${own}-name` });
   const parts = [0, 1].map((i) => slider({ label: `Optical centre ${i ? 'row' : 'column'}`, hidden: true,
-    low: 0, high: 2047, standard: i ? 240 : 320, id: `${own}-${i}`,
+    low: 0, high: LARGEST, standard: 0, back: middle, id: `${own}-${i}`, text: `${own}-text`,
+    ends: () => [0, Math.max(1, ((i ? state.frame?.height : state.frame?.width) ?? 2048) - 1)],
     get: () => state.settings.lens?.origin?.[i] ?? (i ? state.frame.height : state.frame.width) >> 1,
     set: (v) => state.change((s) => {
       const origin = [...(s.lens?.origin ?? [state.frame.width >> 1, state.frame.height >> 1])];
@@ -212,5 +224,9 @@ function buildLens(body, engine, state, rows, details) {
   });
   insert(list);
   body.append(centre);
-  rows.push({ refresh: () => { parts.forEach((p) => p.refresh()); centre.classList.toggle('asleep', !state.settings.lens); } });
+  rows.push({ refresh: () => {
+    parts.forEach((p) => p.refresh());
+    centre.classList.toggle('asleep', !state.settings.lens);
+    centre.classList.toggle('changed', !!state.settings.lens?.origin);
+  } });
 }

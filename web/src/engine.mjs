@@ -97,7 +97,7 @@ export class Engine {
   /** Why a shape is none, or null. */
   shapeProblem(shape) {
     for (const name of ['width', 'height', 'stride', 'skip'])
-      if (!Number.isInteger(shape[name]) || shape[name] < 0) return `${name} is a whole number`;
+      if (!Number.isInteger(shape[name]) || shape[name] < 0) return `${name} takes a whole number, 0 or more`;
     if (shape.width > 16384 || shape.height > 16384 || shape.width * shape.height > LARGEST)
       return 'width and height are at most 16384 here, and a frame has at most 48 million samples';
     const reason = this.page.page_sensor_reason(shape.width, shape.height, shape.stride, shape.pattern, shape.layout, shape.bits);
@@ -107,6 +107,10 @@ export class Engine {
   shapeBytes(shape) {
     const stride = shape.stride || this.rowBytes(shape);
     return shape.height ? stride * (shape.height - 1) + this.rowBytes(shape) : 0;
+  }
+  /** Bytes from one frame of a recording to the next: rows behind which there is room have it behind the last row, too. */
+  framePeriod(shape) {
+    return (shape.stride || this.rowBytes(shape)) * shape.height;
   }
   rowBytes({ width, layout }) {
     return this.page.page_sensor_row_bytes(width, layout);

@@ -1,5 +1,5 @@
 // The tuning page: settings and a frame in, a picture out, as often as something changes.
-import { formats } from '../package/ppl.mjs';
+import { formats, sizes } from '../package/ppl.mjs';
 import { buildControls, element } from './controls.mjs';
 import { Engine, snapshot } from './engine.mjs';
 import { buildGrid, countPixels, drawHistogram } from './scopes.mjs';
@@ -13,6 +13,7 @@ import version from 'embedded:version';
 
 const $ = (id) => document.getElementById(id);
 const HEAD = 4 << 20; // of a file, for guessing its shape
+const SAMPLE = 'Sample photograph';
 const SAMPLE_SHAPE = { width: 640, height: 480, stride: 0, skip: 0, layout: 0, bits: 8, pattern: 0 };
 const SAMPLE_SETTINGS = `{"ppl_settings": 1, "quality": 15, "optical_black_b_gb_gr_r": [12, 12, 12, 12], "rgb_gain": [397, 256, 346],
   "GbGr_correction": true, "lens_correction": {"f1": 48, "f1_rshift_count": 24, "f2": 0, "f2_rshift_count": 44}}`;
@@ -121,7 +122,13 @@ function render() {
   const start = performance.now();
   if (dirty.controls) {
     refreshControls();
-    if ($('quality').value !== String(state.settings.quality)) $('quality').value = state.settings.quality;
+    const { quality } = state.settings, list = $('quality');
+    if (list.value !== String(quality)) {
+      // A settings file may name one that the page does not offer.
+      if (![...list.options].some((o) => o.value === String(quality)))
+        list.append(element('option', { value: quality, text: `${quality}: ${engine.qualityName(quality)}` }));
+      list.value = quality;
+    }
     dirty.controls = false;
   }
   try {
@@ -272,12 +279,12 @@ function nextOfSheet() {
 // ---- Frames ------------------------------------------------------------------------------------------------------------
 
 async function readFrame(index) {
-  const bytes = engine.shapeBytes(source.shape), at = source.shape.skip + index * bytes;
+  const bytes = engine.shapeBytes(source.shape), at = source.shape.skip + index * engine.framePeriod(source.shape);
   return new Uint8Array(await source.file.slice(at, at + bytes).arrayBuffer());
 }
 function countFrames(file, shape) {
-  const bytes = engine.shapeBytes(shape);
-  return bytes ? Math.floor((file.size - shape.skip) / bytes) : 0;
+  const held = Math.max(0, file.size - shape.skip), period = engine.framePeriod(shape);
+  return period ? Math.floor(held / period) + (held % period >= engine.shapeBytes(shape) ? 1 : 0) : 0; // the last row's room may be missing
 }
 /** Takes a shape for the file at hand. Throws, with nothing changed, if it can't be. */
 async function takeShape(next, file, shape, index = 0) {
@@ -316,7 +323,7 @@ async function showFrame(index) {
 function showShape() {
   const { shape, frames, index, name, file } = source;
   for (const key of ['width', 'height', 'stride', 'skip', 'layout', 'bits', 'pattern'])
-    if (document.activeElement !== $(key)) $(key).value = shape[key];
+    if (document.activeElement !== $(key)) $(key).value = key === 'bits' ? [8, shape.bits, shape.bits, 10, 12][shape.layout] : shape[key];
   $('bits').disabled = shape.layout !== 1 && shape.layout !== 2;
   $('file-name').textContent = name;
   $('file-name').title = name;
@@ -330,7 +337,7 @@ function showShape() {
 }
 function showCut() {
   const { shape, frames, file } = source, { width, height } = engine.used;
-  const rest = file.size - shape.skip - frames * engine.shapeBytes(shape);
+  const rest = file.size - shape.skip - frames * engine.framePeriod(shape);
   const text = [shape.width > width || shape.height > height ? `Of this frame ${width} × ${height} make a whole picture in this format and size.` : '',
     rest > 0 && frames > 0 ? `${rest} bytes are left over at the end of the file.` : '',
     engine.frame.width > 2016 || engine.frame.height > 2048 ? 'Worked on in parts; measurements are put together of theirs.' : ''].filter(Boolean).join(' ');
@@ -416,7 +423,7 @@ async function takeSample() {
   stop();
   const file = new Blob([await unpack(samplePacked)]);
   state.take(sampleSettings());
-  await takeShape({ name: 'Sample photograph' }, file, { ...SAMPLE_SHAPE });
+  await takeShape({ name: SAMPLE }, file, { ...SAMPLE_SHAPE });
   notice('');
 }
 
@@ -424,10 +431,41 @@ async function takeSample() {
 
 const writers = { options: asOptions, c: asC, element: asElement, json: asJson };
 let form = 'options';
+
+// A name as a word for a shell. One that could hide something at a prompt is left to the person.
+function shellWord(name) {
+  if (/\p{C}/u.test(name)) return 'frame.raw';
+  if (/^[\w@%+=:,.][\w@%+=:,./-]*$/.test(name)) return name;
+  return `'${name.startsWith('-') ? './' : ''}${name.replaceAll("'", "'\\''")}'`;
+}
+/** The command that makes a file of the picture that is shown, of the frame where it lies. */
+function asCommand() {
+  const { shape, frames, index, name } = source, { width, height } = engine.used;
+  const words = ['ppl convert', name === SAMPLE ? 'frame.raw' : shellWord(name), `-W ${width} -H ${height}`];
+  const row = engine.rowBytes(shape), period = engine.framePeriod(shape);
+  let { skip } = shape;
+  if (shape.pattern) words.push(`--pattern ${patterns[shape.pattern].toLowerCase()}`);
+  if (shape.layout === 1 || shape.layout === 2) {
+    if (![10, 12, 14, 16].includes(shape.bits)) return `# ppl convert takes words of 10, 12, 14 and 16 bits, not of ${shape.bits}. The settings as options:\n# ${asOptions(state.settings)}`;
+    words.push(`--bits ${shape.bits}`);
+    if (shape.layout === 2) words.push('--byte-order big');
+  } else if (shape.layout > 2) {
+    words.push(`--packed --bits ${shape.layout === 3 ? 10 : 12}`);
+  }
+  if (shape.stride || width !== shape.width || height !== shape.height) words.push(`--stride ${shape.stride || row}`);
+  if (height !== shape.height) skip += index * period;
+  else if (frames > 1) words.push(`--frame ${index}`);
+  if (skip) words.push(`--skip ${skip}`);
+  const decimation = sizes[$('size').value];
+  if (decimation) words.push(`--decimation ${decimation}`);
+  // The tool goes by way of I420 where the RGB is paler, and by RGB elsewhere.
+  const rgb = $('format').value.startsWith('RGB'), { quality } = state.settings;
+  if (rgb === (quality === 0 || quality === 10)) words.push(`--via ${rgb ? 'rgb24' : 'i420'}`);
+  words.push('-o picture.png', asOptions(state.settings));
+  return words.join(' ');
+}
 function showExport() {
-  const text = form === 'options'
-    ? `ppl convert frame.raw -W ${engine.frame?.shape.width ?? 640} -H ${engine.frame?.shape.height ?? 480} -o picture.png ${asOptions(state.settings)}`
-    : form === 'element' ? `pplbayer ${asElement(state.settings)}` : writers[form](state.settings);
+  const text = form === 'options' ? asCommand() : form === 'element' ? `pplbayer ${asElement(state.settings)}` : writers[form](state.settings);
   if ($('export-text').textContent !== text) $('export-text').textContent = text;
 }
 function chooseForm(next, focus) {
@@ -471,7 +509,11 @@ function wire() {
   $('zoom-fit').addEventListener('click', () => { view.zoom = 0; });
 
   $('grey').addEventListener('click', () => setMode(mode === 'grey' ? 'look' : 'grey'));
-  document.addEventListener('keydown', (event) => { if (event.key === 'Escape') setMode('look'); });
+  document.addEventListener('keydown', (event) => {
+    if (event.key !== 'Escape') return;
+    if (mode === 'look') notice('');
+    setMode('look');
+  });
   $('auto').addEventListener('click', () => attempt(() => {
     const { gains, unsure } = engine.autoWhite(state.settings, daylight());
     state.change((s) => s.set('rgb_gain', gains));
@@ -549,6 +591,7 @@ function wire() {
       const n = Number($(id).value);
       if (Number.isInteger(n) && n >= 0 && n < source.frames && $(id).value !== '') await showFrame(n);
     }));
+  $('frame').addEventListener('change', () => { $('frame').value = source.index; });
   $('play').addEventListener('click', () => (playing ? stop() : play()));
 
   let depth = 0;
@@ -572,7 +615,13 @@ function wire() {
     });
   }
   $('copy').addEventListener('click', () => attempt(async () => {
-    await navigator.clipboard.writeText($('export-text').textContent);
+    // Browsers keep the clipboard from pages that came without encryption; what is selected they copy all the same.
+    if (navigator.clipboard) {
+      await navigator.clipboard.writeText($('export-text').textContent);
+    } else {
+      getSelection().selectAllChildren($('export-text'));
+      if (!document.execCommand('copy')) throw new Error('This browser does not let the page copy: the text is selected for you to copy.');
+    }
     say('Copied');
   }));
   matchMedia('(prefers-color-scheme: dark)').addEventListener('change', () => { lastScopes = 0; schedule(); });
@@ -583,7 +632,11 @@ async function start() {
   state.settings = new Settings(engine.controls, engine.lensNumbers);
   showGrid = buildGrid($('cells'));
   view = new View({ stage: $('stage'), paper: $('paper'), canvas: $('picture'), divider: $('divider'), cross: $('cross'), loupe: $('loupe') },
-    { look, pick, moved: (sizeOnly) => { if (sizeOnly) $('zoom-text').textContent = `${Math.round(view?.scale * 100 || 100)} %`; else schedule(); } });
+    { look, pick, moved: (what) => {
+      if (what === 'size') $('zoom-text').textContent = `${Math.round(view?.scale * 100 || 100)} %`;
+      else if (what === 'loupe') say([...$('loupe-text').querySelectorAll('dd')].slice(0, 3).map((e) => e.textContent).join('; '));
+      else schedule();
+    } });
   refreshControls = buildControls($('groups'), engine, state);
   wire();
   buildSheet();

@@ -11,7 +11,6 @@
 #define PAGE(name) extern "C" __attribute__((export_name("page_" #name), visibility("default")))
 
 // ---- The table of controls
-// ---------------------------------------------------------------------------------------------
 
 PAGE(control_count) uint32_t page_control_count() {
   return tool::control_count;
@@ -51,7 +50,6 @@ PAGE(lens_number) int32_t page_lens_number(uint32_t i, uint32_t which) {
 }
 
 // ---- What makes a picture
-// ----------------------------------------------------------------------------------------------
 
 PAGE(quality_name) const char* page_quality_name(uint32_t quality) {
   return ppl_quality_name(quality);
@@ -82,7 +80,6 @@ PAGE(reason) const char* page_reason(uint32_t reason) {
 }
 
 // ---- From the sensor's frame to the mosaic
-// -----------------------------------------------------------------------------
 
 static ppl_sensor_frame sensor(uint32_t width, uint32_t height, uint32_t stride, int pattern, int layout,
                                uint32_t bits) {
@@ -130,7 +127,6 @@ PAGE(sample) uint32_t page_sample(int layout, const uint8_t* row, uint32_t x) {
 }
 
 // ---- Frames beyond the library's limits, in parts
-// ----------------------------------------------------------------------
 
 static ppl_part parts[PPL_MOST_PARTS];
 PAGE(plan_parts) uint32_t page_plan_parts(uint32_t width, uint32_t height, int size) {
@@ -152,7 +148,6 @@ void page_part_join(uint32_t i, uint32_t width, uint32_t height, int format, int
 }
 
 // ---- Helpers that find settings
-// ----------------------------------------------------------------------------------------
 
 static ppl_auto_sample sample;
 static uint32_t lens_scratch[768];
@@ -202,7 +197,6 @@ int32_t page_grey(const uint8_t* mosaic, uint32_t width, uint32_t height, uint32
 }
 
 // ---- For the eye
-// -------------------------------------------------------------------------------------------------------
 
 static uint32_t cut(int32_t v) {
   return static_cast<uint32_t>(v < 0 ? 0 : v > 255 ? 255 : v);

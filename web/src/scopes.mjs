@@ -44,6 +44,12 @@ export function countPixels(pixels, width, height) {
   return all;
 }
 
+// Black on light, white on dark: whichever stands out more, by the eye's measure of light.
+const inkOn = (rgb) => {
+  const [r, g, b] = rgb.map((v) => (v / 255 <= 0.04045 ? v / 255 / 12.92 : ((v / 255 + 0.055) / 1.055) ** 2.4));
+  return 0.2126 * r + 0.7152 * g + 0.0722 * b > 0.179 ? '#000' : '#fff';
+};
+
 /** The 8 x 6 cells as a table: each cell in its colour, its means as its title. */
 export function buildGrid(table) {
   const cells = [];
@@ -57,7 +63,7 @@ export function buildGrid(table) {
     if (shown[i] === text) return;
     shown[i] = text;
     cells[i].style.background = `rgb(${r}, ${g}, ${b})`;
-    cells[i].style.color = r + 2 * g + b > 400 ? '#000' : '#fff';
+    cells[i].style.color = inkOn([r, g, b]);
     cells[i].textContent = Math.round((r + 2 * g + b) / 4);
     cells[i].title = text;
     cells[i].setAttribute('aria-label', text);

@@ -60,22 +60,32 @@ export function guessShape(name, length, head) {
   const found = [];
   const named = name.match(/(\d{2,5})\s*[x×_]\s*(\d{2,5})/i);
   const phase = patterns.findIndex((p) => name.toLowerCase().includes(p.toLowerCase()));
+  // Rows with room behind them: the strides at which the file holds a whole number of frames of the size in its name.
+  const padded = (width, height, layout) => {
+    const row = rowBytes(width, layout), strides = new Set();
+    for (let n = 1; n * row * height <= length && n <= 4096; ++n)
+      for (const stride of [length / (n * height), (length - row) / (n * height - 1)]) // the last row with its room, or without
+        if (Number.isInteger(stride) && stride > row && stride <= 1.5 * row) strides.add(stride);
+    return strides;
+  };
   const consider = (width, height, bonus) => {
     if (width < 64 || height < 4 || width > 16384 || height > 16384) return;
     for (let layout = 0; layout < 5; ++layout) {
-      const stride = rowBytes(width, layout), bytes = stride * height;
-      if (bytes > length) continue;
-      const frames = length / bytes;
-      const rows = Math.min(height, Math.floor(head.length / stride));
-      if (rows < 4 || (frames > 1 && !Number.isInteger(frames) && !bonus)) continue;
-      const at = reader(head, layout, stride);
-      const bits = layout === 1 || layout === 2 ? guessBits(at, width, rows) : 8;
-      const rough = roughness(at, width, rows);
-      // Whole numbers of frames, one frame, and names count for a shape; rough rows against it.
-      const score = rough + (Number.isInteger(frames) ? 0 : 0.6) + Math.log2(Math.max(1, frames)) * 0.02 - bonus
-        + (layout === 2 ? 0.05 : layout ? 0.01 : 0);
-      found.push({ score, width, height, stride: 0, skip: 0, layout, bits,
-        pattern: phase >= 0 ? phase : guessPattern(at, Math.min(width, 512), rows) });
+      const row = rowBytes(width, layout), strides = [0, ...(bonus ? padded(width, height, layout) : [])];
+      for (const stride of strides) {
+        const step = stride || row, bytes = step * height;
+        if (bytes - (step - row) > length) continue;
+        const frames = stride ? Math.ceil(length / bytes) : length / bytes;
+        const rows = Math.min(height, Math.floor(head.length / step));
+        if (rows < 4 || (frames > 1 && !Number.isInteger(frames) && !bonus)) continue;
+        const at = reader(head, layout, step);
+        const bits = layout === 1 || layout === 2 ? guessBits(at, width, rows) : 8;
+        // Whole numbers of frames, one frame, and names count for a shape; rough rows against it.
+        const score = roughness(at, width, rows) + (Number.isInteger(frames) ? 0 : 0.6) + Math.log2(Math.max(1, frames)) * 0.02
+          - bonus + (layout === 2 ? 0.05 : layout ? 0.01 : 0) + (stride ? 0.02 : 0);
+        found.push({ score, width, height, stride, skip: 0, layout, bits,
+          pattern: phase >= 0 ? phase : guessPattern(at, Math.min(width, 512), rows) });
+      }
     }
   };
   if (named) consider(+named[1], +named[2], 1);

@@ -29,8 +29,11 @@ export class View {
       const far = event.shiftKey ? 32 : 2;
       const [x, y] = this.#at ?? [this.canvas.width >> 1, this.canvas.height >> 1];
       const to = { ArrowLeft: [x - far, y], ArrowRight: [x + far, y], ArrowUp: [x, y - far], ArrowDown: [x, y + far] }[event.key];
-      if (to) this.#move(...to);
-      else if (event.key === 'Enter' || event.key === ' ') pick(x, y);
+      if (to) {
+        this.#move(...to);
+        this.cross.scrollIntoView({ block: 'nearest', inline: 'nearest' });
+        moved('loupe');
+      } else if (event.key === 'Enter' || event.key === ' ') pick(x, y);
       else if (event.key === '+') this.zoomBy(1);
       else if (event.key === '-') this.zoomBy(-1);
       else if (event.key === '0') this.zoom = 0;
@@ -76,6 +79,10 @@ export class View {
   set zoom(zoom) {
     this.#zoom = zoom;
     this.#layout();
+    if (!this.#at) return;
+    // What the loupe is on stays in sight.
+    const [x, y] = this.#at.map((v) => (v + 0.5) * this.scale);
+    this.stage.scrollTo(x - this.stage.clientWidth / 2, y - this.stage.clientHeight / 2);
   }
   zoomBy(direction) {
     const steps = [0.25, 0.5, 1, 2, 4, 8], now = this.scale;
@@ -98,7 +105,7 @@ export class View {
     this.paper.style.height = `${Math.floor(this.canvas.height * scale)}px`;
     this.canvas.classList.toggle('sharp', scale >= 2);
     this.#placeCross();
-    this.moved(true);
+    this.moved('size');
   }
 
   /** Shows pixels, and others left of the divider if there are any. */
