@@ -15,6 +15,13 @@ set(environment ${CMAKE_COMMAND} -E env PPL_ROOT=${ROOT} PPL_BUILD=${BUILD} PPL_
   PPL_TOOL=${BUILD}/tools/ppl PYTHONPATH=${WORK}/site PYTHONDONTWRITEBYTECODE=1)
 run(${environment} ${PYTHON} -m pip install --quiet --no-build-isolation --no-deps --no-index --target ${WORK}/site
   ${WORK}/source)
+# The types, where mypy is at hand.
+execute_process(COMMAND ${PYTHON} -m mypy --version RESULT_VARIABLE no_mypy OUTPUT_QUIET ERROR_QUIET)
+if(no_mypy)
+  message(STATUS "types not checked: mypy is missing")
+else()
+  run(${environment} ${PYTHON} -m mypy --strict --cache-dir=${WORK}/mypy ${ROOT}/python/src/ppl)
+endif()
 run(${environment} ${PYTHON} -m pytest -q -p no:cacheprovider ${ROOT}/python/tests)
 message(STATUS "${said}")
 run(${environment} ${PYTHON} ${ROOT}/examples/explore.py ${WORK}/explore)

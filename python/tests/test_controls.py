@@ -1,5 +1,7 @@
 """Controls, settings files and statistics."""
 import json
+import pickle
+import pydoc
 import subprocess
 
 import numpy as np
@@ -67,12 +69,29 @@ def test_unknown_names():
             c.saturation = 3
         with pytest.raises(AttributeError):
             c.saturation
+        with pytest.raises(AttributeError, match="a context has no rgb_gains to set; did you mean rgb_gain?"):
+            c.rgb_gains = 3
+        with pytest.raises(AttributeError, match="a context has no gama; did you mean gamma?"):
+            c.gama
     with pytest.raises(ppl.Error, match="there is no control rgb_gains; did you mean rgb_gain?"):
         ppl.Context(rgb_gains=(1, 2, 3))
     # A context that could not be set up is not lost.
     contexts = [ppl.Context() for _ in range(8)]
     for c in contexts:
         c.close()
+
+
+def test_help_names_every_control_and_names_are_those_of_the_package():
+    text = pydoc.plain(pydoc.render_doc(ppl.Context))
+    for control in ppl.CONTROLS.values():
+        assert f"{control.name}: {control.what.split()[0]}" in text, control.name
+    assert max(len(line) for line in ppl.Context.__doc__.splitlines()) <= 120
+    for name in ppl.__all__:
+        public = getattr(ppl, name)
+        if hasattr(public, "__module__"):
+            assert public.__module__ == "ppl", name
+    assert pickle.loads(pickle.dumps(ppl.Format.I420)) is ppl.Format.I420
+    assert pickle.loads(pickle.dumps(ppl.Lens(f1=3))) == ppl.Lens(f1=3)
 
 
 def test_lens_correction_fits_the_frame(noise):

@@ -215,12 +215,12 @@ def test_black_lines_and_the_12_bit_layout(library):
 @pytest.mark.parametrize(
     "frame, sentence",
     [
-        (np.zeros((48, 128), np.uint16), "holds bytes"),
+        (np.zeros((48, 128), np.uint16), r"holds bytes .* words of 10 to 16 bits become bytes by prepare\("),
         (np.zeros((48, 128, 3), np.uint8), "has the shape"),
         (np.zeros((0, 128), np.uint8), "holds nothing"),
         (np.zeros((48, 100), np.uint8), "the width must be a multiple of 16; 96 x 48 would do"),
         (np.zeros((47, 128), np.uint8), "the height must be a multiple of 2"),
-        (np.zeros((48, 4096), np.uint8), "widths go up to 2036"),
+        (np.zeros((48, 4096), np.uint8), "widths go up to 2036 .* convert_large takes larger frames"),
         ("picture.png", "holds bytes"),
         (None, "holds bytes"),
     ],
@@ -229,6 +229,32 @@ def test_frames_that_make_no_picture_say_why(frame, sentence):
     with ppl.Context() as c:
         with pytest.raises(ppl.Error, match=sentence):
             c.convert(frame)
+
+
+@pytest.mark.parametrize(
+    "given, sentence",
+    [
+        ({"format": "RGB24"}, "format is one of Format.I420, .* Format.RGB32, not 'RGB24'"),
+        ({"format": 9}, "not 9"),
+        ({"size": "half"}, "size is one of Size.TWICE, Size.SAME, Size.HALF, not 'half'"),
+        ({"pattern": "rggb"}, "pattern is one of Pattern.BGGR, .* not 'rggb'"),
+        ({"out": np.zeros((48, 128, 3))}, r"out is an array of bytes \(numpy.uint8\)"),
+    ],
+)
+def test_arguments_that_are_none_say_what_there_is(noise, given, sentence):
+    with ppl.Context() as c, pytest.raises(ppl.Error, match=sentence):
+        c.convert(noise, **given)
+    if "pattern" in given:
+        for call in ppl.prepare, lambda picture, pattern: ppl.simulate(np.dstack([picture] * 3), pattern=pattern):
+            with pytest.raises(ppl.Error, match=sentence):
+                call(noise, pattern=given["pattern"])
+
+
+def test_large_frames_of_other_sensors_are_prepared_on_the_way():
+    words = np.random.default_rng(2).integers(0, 1 << 12, (64, 2112), np.uint16)
+    with ppl.Context() as c:
+        made = c.convert_large(words, pattern=ppl.Pattern.RGGB, bits=12)[0]
+        assert (made == c.convert_large(ppl.prepare(words, ppl.Pattern.RGGB, 12))[0]).all()
 
 
 def test_the_reason_stands_in_the_error(noise):

@@ -61,6 +61,16 @@ const shoot = async (name) => {
   await page.screenshot({ path: file });
   execFileSync('convert', [file, '-colors', '255', '-strip', `png8:${file}`]);
 };
+/** Red, green, blue of what the canvas shows. */
+const pixels = async () => Buffer.from(await page.evaluate(() => {
+  pplPage.render();
+  const c = document.getElementById('picture'), d = c.getContext('2d').getImageData(0, 0, c.width, c.height).data;
+  const rgb = new Uint8Array(d.length / 4 * 3);
+  for (let i = 0; i < rgb.length; ++i) rgb[i] = d[Math.floor(i / 3) * 4 + i % 3];
+  let out = '';
+  for (let i = 0; i < rgb.length; i += 32766) out += String.fromCharCode(...rgb.subarray(i, i + 32766));
+  return btoa(out);
+}), 'base64');
 const settle = () => page.evaluate(() => new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done))));
 const settings = () => page.evaluate(() => pplPage.settings);
 const problem = () => page.evaluate(() => pplPage.problem);
@@ -111,11 +121,7 @@ test('the canvas shows what the tool puts into a picture file', async () => {
   for (const [format, via] of [['RGB24', 'rgb24'], ['I420', 'i420']]) {
     await page.selectOption('#format', format);
     await settle();
-    const shown = Buffer.from(await page.evaluate(() => {
-      pplPage.render();
-      const c = document.getElementById('picture'), d = c.getContext('2d').getImageData(0, 0, c.width, c.height).data;
-      return Array.from({ length: d.length / 4 * 3 }, (_, i) => d[Math.floor(i / 3) * 4 + i % 3]);
-    }));
+    const shown = await pixels();
     writeFileSync(join(work, 's.json'), await settings());
     execFileSync(tool, ['convert', sample, '-W', '640', '-H', '480', '--settings', join(work, 's.json'), '--via', via, '-o', join(work, 'p.ppm')],
       { stdio: 'ignore' });
@@ -563,11 +569,7 @@ test('the command line that the page shows makes the page\'s picture', async () 
     }
     await page.waitForFunction((re) => new RegExp(re).test(document.getElementById('export-text').textContent), wanted.source);
     const line = await page.textContent('#export-text');
-    const shown = Buffer.from(await page.evaluate(() => {
-      pplPage.render();
-      const c = document.getElementById('picture'), d = c.getContext('2d').getImageData(0, 0, c.width, c.height).data;
-      return Array.from({ length: d.length / 4 * 3 }, (_, i) => d[Math.floor(i / 3) * 4 + i % 3]);
-    }));
+    const shown = await pixels();
     const folder = mkdtempSync(join(work, 'paste-'));
     writeFileSync(join(folder, name), bytes);
     const done = spawnSync('sh', ['-c', `ppl() { "${tool}" "$@"; }\n${line.replace('picture.png', 'picture.ppm')}`], { cwd: folder, encoding: 'utf8' });

@@ -21,7 +21,7 @@ import numpy.typing as npt
 
 from . import _ppl
 from ._context import Context, LargeStatistics, Statistics, planes, shaped
-from ._enums import Call, Format, Note, Pattern, Quality, Size
+from ._enums import Call, Format, Note, Pattern, Quality, Size, member
 from ._errors import Error, Reason
 from ._sensor import AutoControl, Balance, fit_lens, grey_point, prepare, white_balance
 from ._settings import CONTROLS, Control, Lens, Settings
@@ -32,6 +32,14 @@ __all__ = [
     "Pattern", "Quality", "Reason", "Settings", "Size", "Statistics", "Verdict", "check", "fit_lens", "grey_point", "planes",
     "prepare", "shaped", "simulate", "white_balance",
 ]  # fmt: skip
+
+
+# What help and error messages call them: they are got from here.
+for _public in (
+    AutoControl, Balance, Call, Context, Control, Error, Format, LargeStatistics, Lens, Note, Pattern, Quality, Reason,
+    Settings, Size, Statistics, fit_lens, grey_point, planes, prepare, shaped, white_balance,
+):  # fmt: skip
+    _public.__module__ = "ppl"
 
 
 @dataclass(frozen=True)
@@ -112,6 +120,6 @@ def simulate(
         if not low <= value <= high:
             raise Error(f"{name} takes a whole number from {low} to {high}, not {value}")
     return _ppl.simulate(
-        picture, int(Pattern(pattern)), bits, black, list(gains), kelvin, exposure, shading, list(centre),
+        picture, int(member(Pattern, "pattern", pattern)), bits, black, list(gains), kelvin, exposure, shading, list(centre),
         green_imbalance, noise, shot_noise, hot, dead, seed,
     )  # fmt: skip

@@ -1,6 +1,8 @@
 """Contexts: controls, conversions, statistics."""
 from __future__ import annotations
 
+import difflib
+import textwrap
 from dataclasses import dataclass, fields
 from types import TracebackType
 from typing import Any, Optional, Union
@@ -9,9 +11,9 @@ import numpy as np
 import numpy.typing as npt
 
 from . import _ppl
-from ._enums import Format, Pattern, Quality, Size
+from ._enums import Format, Pattern, Quality, Size, member
 from ._arrays import Bytes, checked_bytes as _bytes
-from ._errors import Error
+from ._errors import Error, Reason
 from ._sensor import prepare
 from ._settings import CONTROLS, Lens, Settings, Value
 
@@ -24,6 +26,9 @@ class Statistics:
 
     `qualified` and the histograms are linear in the light; all other means are taken by halves before and behind the
     tone curve, and are linear where that is the identity (`Context.tone`).
+
+    Arrays of three: whole_frame, all_windows, outside, centre_4_points, centre_4, centre_8, centre_16, exposure,
+    qualified. windows is (6, 8, 3), the histograms are (256,). exposure_cells and qualified_cells are counts.
     """
 
     whole_frame: Means
@@ -180,7 +185,7 @@ class Context:
     def __getattr__(self, name: str) -> Value:
         if name in CONTROLS:
             return self._settings.values.get(name, CONTROLS[name].standard)
-        raise AttributeError(f"a context has no {name}")
+        raise AttributeError(f"a context has no {name}{_meant(name)}")
 
     def __setattr__(self, name: str, value: Any) -> None:
         if name in CONTROLS:
@@ -188,7 +193,7 @@ class Context:
         elif name in ("quality", "lens_correction", "tone"):
             object.__setattr__(self, name, value)
         else:
-            raise AttributeError(f"a context has no {name} to set")
+            raise AttributeError(f"a context has no {name} to set{_meant(name)}")
 
     def __dir__(self) -> list[str]:
         return sorted([*super().__dir__(), *CONTROLS])
@@ -215,36 +220,55 @@ class Context:
         The picture is a new array of the shape that `Format` tells. `out`, an array of as many bytes in any shape, is
         filled instead, as the library stores pictures: RGB bottom row and blue first.
         """
-        if pattern != Pattern.BGGR or bits != 8:
+        format, size = member(Format, "format", format), member(Size, "size", size)
+        if out is not None and (not isinstance(out, np.ndarray) or out.dtype != np.uint8):
+            raise Error("out is an array of bytes (numpy.uint8)")
+        prepared = _prepared(frame, pattern, bits)
+        if prepared is not None:
             if in_place:
                 raise Error("frames of another pattern or of more than 8 bits are not converted in place")
-            frame, in_place = prepare(frame, pattern, bits), True
+            frame, in_place = prepared, True
         raw = _bytes("a Bayer frame", frame, 2)
         self._fit_lens(raw)
-        made = self._context.convert(raw, int(format), int(size), in_place, out)
+        try:
+            made = self._context.convert(raw, int(format), int(size), in_place, out)
+        except Error as refused:
+            if refused.reason != Reason.SIZE_REFUSED:
+                raise
+            raise Error(f"{refused}, and convert_large takes larger frames, in parts", refused.reason) from None
         height, width = (_extent(n, size) for n in raw.shape)
-        return out if out is not None else shaped(made, Format(format), width, height)
+        return out if out is not None else shaped(made, format, width, height)
 
     def convert_scaled(self, frame: Bytes, width: int, height: int, format: Format = Format.I420) -> Bytes:
         """A Bayer frame to a picture of any larger size, bilinear, in I420 or YUYV."""
+        format = member(Format, "format", format)
         raw = _bytes("a Bayer frame", frame, 2)
         self._fit_lens(raw)
         made = self._context.convert_scaled(raw, int(format), int(width), int(height))
-        return shaped(made, Format(format), width, height)
+        return shaped(made, format, width, height)
 
     def convert_large(
-        self, frame: Bytes, format: Format = Format.RGB24, size: Size = Size.SAME
+        self,
+        frame: Bytes,
+        format: Format = Format.RGB24,
+        size: Size = Size.SAME,
+        *,
+        pattern: Pattern = Pattern.BGGR,
+        bits: int = 8,
     ) -> tuple[Bytes, LargeStatistics]:
         """A Bayer frame of more than 2016 x 2048 samples, up to 64 parts of 1984 x 2048, to the picture that one call
         would make of it, and what was measured. Same and half size; widths that are multiples of 32 and even heights,
-        of 64 and 4 for half size. The frame is only read. `statistics` is that of the last part afterwards."""
-        raw = _bytes("a Bayer frame", frame, 2)
+        of 64 and 4 for half size. The frame is only read; `pattern` and `bits` are those of `convert`. `statistics` is
+        that of the last part afterwards."""
+        format, size = member(Format, "format", format), member(Size, "size", size)
+        prepared = _prepared(frame, pattern, bits)
+        raw = _bytes("a Bayer frame", frame if prepared is None else prepared, 2)
         self._fit_lens(raw)
         made, measured = self._context.convert_large(raw, int(format), int(size))
         height, width = (_extent(n, size) for n in raw.shape)
         means = ("whole_frame", "exposure", "qualified")
         said = LargeStatistics(**{k: v / 256.0 if k in means else v for k, v in measured.items()})
-        return shaped(made, Format(format), width, height), said
+        return shaped(made, format, width, height), said
 
     def convert_12_bit(self, frame: Bytes) -> Bytes:
         """A decoder's frame of the 12-bit layout, (height, width * 3 / 2) bytes, to I420. The library mixes the chroma
@@ -258,8 +282,9 @@ class Context:
     def convert_packed(self, frame: Bytes, input: Format = Format.YUYV, format: Format = Format.RGB24) -> Bytes:
         """A decoder's frame, (height, width, 2) bytes of YUYV or UYVY, to I420 or RGB24."""
         packed = _bytes("a packed frame", frame, 3)
+        format = member(Format, "format", format)
         made = self._context.convert_packed(packed, _packing(input), int(format))
-        return shaped(made, Format(format), packed.shape[1], packed.shape[0])
+        return shaped(made, format, packed.shape[1], packed.shape[0])
 
     def deinterlace(
         self,
@@ -279,11 +304,12 @@ class Context:
         before = None if earlier is None else _bytes("a field", earlier, 3)
         if even.shape != odd.shape or (before is not None and before.shape != even.shape):
             raise Error("all fields must have the same shape")
+        format = member(Format, "format", format)
         top, bottom = black_lines
         if not (0 <= top <= 2048 and 0 <= bottom <= 2048):
             raise Error(f"black lines go from 0 to 2048 above and below, not {top} and {bottom}")
         made = self._context.deinterlace(before, even, odd, _packing(input), int(format), top, bottom)
-        return shaped(made, Format(format), even.shape[1], top + 2 * even.shape[0] + bottom)
+        return shaped(made, format, even.shape[1], top + 2 * even.shape[0] + bottom)
 
     def _fit_lens(self, frame: Bytes) -> None:
         lens = self._settings.lens_correction
@@ -309,6 +335,31 @@ class Context:
         return Statistics(
             **{f.name: raw[f.name] if f.name in kept else raw[f.name] / 256.0 for f in fields(Statistics)}
         )
+
+
+def _listed() -> str:
+    """The controls, as `help(Context)` shows them."""
+    lines = []
+    for c in CONTROLS.values():
+        standard = ", ".join(str(v) for v in c.standard) if isinstance(c.standard, tuple) else c.standard
+        each = f"{c.count} numbers, each " if c.kind == "numbers" else ""
+        takes = "true or false" if c.kind == "flag" else f"{each}{c.low} to {c.high}, default {standard}"
+        lines.append(textwrap.fill(f"{c.name}: {c.what} ({takes})", 96, initial_indent="    ", subsequent_indent=" " * 8))
+    return "\n".join(lines)
+
+
+Context.__doc__ = f"{Context.__doc__}\n    The controls:\n\n{_listed()}\n    "
+
+
+def _prepared(frame: npt.NDArray[Any], pattern: Pattern, bits: int) -> Optional[Bytes]:
+    """The frame as the library takes it, or None where it is that already."""
+    pattern = member(Pattern, "pattern", pattern)
+    return None if pattern == Pattern.BGGR and bits == 8 else prepare(frame, pattern, bits)
+
+
+def _meant(name: str) -> str:
+    near = difflib.get_close_matches(name, [*CONTROLS, "quality", "lens_correction", "tone"], 1)
+    return f"; did you mean {near[0]}?" if near else ""
 
 
 def _packing(input: int) -> int:

@@ -2,6 +2,11 @@
 from __future__ import annotations
 
 from enum import IntEnum, IntFlag
+from typing import Any, TypeVar
+
+from ._errors import Error
+
+Member = TypeVar("Member", bound=IntEnum)
 
 
 class Format(IntEnum):
@@ -107,3 +112,12 @@ class Note(IntFlag):
     """Qualities 10 and 11 leave colours behind; contexts of this package clear them."""
     ROW_OFF = 1024
     """Halved RGB24 of an odd number of 16 columns: 8 columns of some rows are a row off."""
+
+
+def member(kind: type[Member], name: str, value: Any) -> Member:
+    """The member of an enumeration that a number stands for; throws `Error`, with all that there are, for any other."""
+    try:
+        return kind(value)
+    except ValueError:
+        choices = ", ".join(f"{kind.__name__}.{m.name}" for m in kind)
+        raise Error(f"{name} is one of {choices}, not {value!r}") from None

@@ -9,7 +9,7 @@ import numpy.typing as npt
 
 from . import _ppl
 from ._arrays import Bytes, checked_bytes
-from ._enums import Pattern
+from ._enums import Pattern, member
 from ._errors import Error
 from ._settings import Lens
 
@@ -38,6 +38,7 @@ def prepare(
     missing at the other end is mirrored.
     """
     array = np.asarray(frame)
+    pattern = member(Pattern, "pattern", pattern)
     if array.ndim != 2:
         raise Error(f"a frame has the shape (height, width), not {array.shape}")
     width = array.shape[1] if packed_width is None else int(packed_width)
@@ -64,12 +65,13 @@ def prepare(
 
 @dataclass(frozen=True)
 class Balance:
-    """Gains that make white what is white."""
+    """Gains that make white what is white, as `rgb_gain` takes them, and how unsure they are: a spread below 1 is sure,
+    beyond 4 the frame says little."""
 
     gains: tuple[int, int, int]
-    """As `rgb_gain` takes them, the smallest 256."""
+    """The smallest is 256."""
     spread: float
-    """How unsure it is: below 1 sure, beyond 4 the frame says little. 0 of a grey point."""
+    """0 of a grey point."""
 
 
 def _black(black: Black) -> tuple[int, int, int, int]:
@@ -92,8 +94,11 @@ def grey_point(frame: Bytes, region: tuple[int, int, int, int], *, black: Black 
     """The gains by a region (x, y, width, height) of a raw frame that is known to be grey, a card for example."""
     raw = checked_bytes("a Bayer frame", frame, 2)
     if len(region) != 4 or not all(0 <= v <= 65535 for v in region):
-        raise Error("a region is x, y, width and height")
-    return Balance(**_ppl.grey_point(raw, tuple(int(v) for v in region), _black(black)))
+        raise Error(f"a region is x, y, width and height, not {region!r}")
+    x, y, width, height = (int(v) for v in region)
+    if x + width > raw.shape[1] or y + height > raw.shape[0]:
+        raise Error(f"the region ends at {x + width}, {y + height}; the frame at {raw.shape[1]}, {raw.shape[0]}")
+    return Balance(**_ppl.grey_point(raw, (x, y, width, height), _black(black)))
 
 
 def fit_lens(frame: Bytes, *, black: Black = 0) -> Lens:
