@@ -2,9 +2,12 @@
 
     check.py links SOURCES
     check.py commands SOURCES PPL
+    check.py times SOURCES
 
 A command is a line of an indented or `sh` block, unless it is listed as none. What stands behind four spaces or `#` is
 its comment. Commands of one document run one after the other, in a folder that holds the files they name.
+
+Times of qualities are measured in one place, the tables of docs/speed.md: where they are told again they are the same.
 """
 
 import pathlib
@@ -127,6 +130,46 @@ def check_links(sources):
     return faults
 
 
+def check_times(sources):
+    """README and which-quality.md name the times of docs/speed.md, with 32-byte registers at 640 x 480."""
+    measured = {}
+    for name, row in re.findall(r"^\| quality (\d+(?:, medium filter,)?) to I420, 640 × 480 \|(.*)\|$",
+                                (sources / "docs/speed.md").read_text(), re.M):
+        measured[name] = float(row.split("|")[2])
+    faults, told = [], 0
+
+    def compare(where, said, wanted):
+        # A digit beyond the last may be a 5, which rounds either way.
+        return [] if abs(said - wanted) <= 0.0051 else [f"{where} says {said} ns, docs/speed.md {wanted:.3f}"]
+
+    for document in ("README.md", "docs/which-quality.md"):
+        text = (sources / document).read_text()
+        table = re.search(r"^\| quality \|.*ns per pixel.*\n\|[-|]+\n((?:\|.*\n)+)", text, re.M)
+        seen = set()
+        for line in table[1].splitlines():
+            cells = [cell.strip() for cell in line.strip("|").split("|")]
+            qualities = re.findall(r"\d+", cells[0])
+            times = next(re.findall(r"\d\.\d+", cell) for cell in cells[1:] if re.fullmatch(r"[\d., ]+", cell))
+            if len(times) != len(qualities):
+                faults.append(f"{document}: {len(times)} times for {len(qualities)} qualities: {line}")
+                continue
+            for quality, said in zip(qualities, times):
+                seen.add(quality)
+                faults += compare(f"{document}, quality {quality},", float(said), measured[quality])
+        told += len(seen)
+        left = {name for name in measured if name.isdigit()} - seen
+        if left:
+            faults.append(f"{document}: no time for {', '.join(sorted(left))}")
+        for said in re.findall(r"The medium filter adds (\d\.\d+) ns", text):
+            more = measured["0, medium filter,"] - measured["0"]
+            faults += compare(f"{document}, the medium filter,", float(said), more)
+            told += 1
+    print(f"{told} times told as docs/speed.md has them")
+    if told < 19:
+        faults.append("hardly a time was found: is the reader of tables right?")
+    return faults
+
+
 def scene(folder, sources, tool):
     """The files that documents speak of."""
     samples = sources / "samples"
@@ -181,6 +224,8 @@ if __name__ == "__main__":
     sources = pathlib.Path(sys.argv[2]).resolve()
     if sys.argv[1] == "links":
         found = check_links(sources)
+    elif sys.argv[1] == "times":
+        found = check_times(sources)
     else:
         found = check_commands(sources, pathlib.Path(sys.argv[3]).resolve())
     print("\n".join(found))
