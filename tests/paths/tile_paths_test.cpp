@@ -356,6 +356,17 @@ TEST_F(Paths, ExposureRangeRejectsWhollyClippedCells) {
     EXPECT_EQ(ppl_n_qAE_2x2_whole_frame(c), 0u);
     frame(fmt::i420, 128, 32, flat(99));
     EXPECT_EQ(ppl_n_qAE_2x2_whole_frame(c), 96u * 3276 >> 8);
+    // All but black, and black alone. Every frame twice: beside the second are no rows of another level.
+    const auto count = [&](int level) {
+      for (int i = 0; i < 2; ++i) frame(fmt::i420, 128, 32, flat(level));
+      return ppl_n_qAE_2x2_whole_frame(c);
+    };
+    ppl_set_qAE_RGB_min_max(c, 1, 255);
+    EXPECT_EQ(count(0), 0u);
+    EXPECT_EQ(count(1), 96u * 3276 >> 8);
+    ppl_set_qAE_RGB_min_max(c, 0, 0);
+    EXPECT_EQ(count(0), 96u * 3276 >> 8);
+    EXPECT_EQ(count(1), 0u);
   });
 }
 
