@@ -44,7 +44,8 @@ const state = {
     schedule();
   },
 };
-let source = null; // { name, file (a Blob), shape, frames, index }
+let source = null; // { name, file (a Blob), shape, frames, index }; what was asked for last
+let taken = null; // the source that the engine's frame is of
 let mode = 'look'; // or 'grey': the next click picks a grey point
 const dirty = { controls: true, before: null };
 let scheduled = false, renders = 0, spent = 0, library = 0, lastScopes = 0, scopesLater = 0;
@@ -70,12 +71,16 @@ function say(message) {
 }
 /** Runs what a person asked for; what goes wrong becomes one sentence, and everything else stays as it was. */
 async function attempt(action) {
+  ++working;
   try {
     await action();
   } catch (problem) {
     notice(problem instanceof Error ? problem.message : String(problem));
+  } finally {
+    --working;
   }
 }
+let working = 0; // how much of it is under way: files are read meanwhile
 
 // ---- The picture -------------------------------------------------------------------------------------------------------
 
@@ -286,7 +291,10 @@ function countFrames(file, shape) {
   const held = Math.max(0, file.size - shape.skip), period = engine.framePeriod(shape);
   return period ? Math.floor(held / period) + (held % period >= engine.shapeBytes(shape) ? 1 : 0) : 0; // the last row's room may be missing
 }
-/** Takes a shape for the file at hand. Throws, with nothing changed, if it can't be. */
+/**
+ * Takes a shape for the file at hand. Throws, with nothing changed, if it can't be; false if another was asked for
+ * meanwhile.
+ */
 async function takeShape(next, file, shape, index = 0) {
   const problem = engine.shapeProblem(shape);
   if (problem) throw new Error(`This shape can't be: ${problem}.`);
@@ -297,22 +305,26 @@ async function takeShape(next, file, shape, index = 0) {
   source = kept;
   try {
     const bytes = await readFrame(kept.index);
-    if (source !== kept) return;
+    if (source !== kept) return false;
     engine.takeFrame(bytes, shape);
   } catch (problem) {
-    source = old;
+    if (source === kept) source = old;
     throw problem;
   }
+  taken = kept;
   ++frameNumber;
   dirty.controls = true;
   showShape();
   schedule();
+  return true;
 }
+let frameAsked = 0;
 async function showFrame(index) {
-  const at = source;
+  const at = source, asked = ++frameAsked;
+  if (at !== taken) return; // another shape is on its way
   const next = ((index % at.frames) + at.frames) % at.frames;
   const bytes = await readFrame(next);
-  if (at !== source) return;
+  if (at !== source || asked !== frameAsked) return;
   source.index = next;
   engine.takeFrame(bytes, source.shape);
   ++frameNumber;
@@ -374,7 +386,7 @@ async function openFile(file) {
   const shape = guessShape(file.name, file.size, head);
   if (!shape) throw new Error(`No frame size that this page knows fits ${file.name} (${file.size} bytes): name it like frame_640x480.raw.`);
   const stood = asJson(state.settings);
-  await takeShape({ name: file.name }, file, shape);
+  if (!await takeShape({ name: file.name }, file, shape)) return;
   $('shape').open = true;
   const notes = [];
   if (stood === asJson(sampleSettings())) {
@@ -648,7 +660,9 @@ async function start() {
       return snapshot(engine.statistics);
     },
     get problem() { return $('notice').firstChild?.textContent ?? ''; },
-    get shape() { return { ...source.shape, frames: source.frames, index: source.index }; },
+    get shape() { return { ...taken.shape, frames: taken.frames, index: taken.index }; },
+    /** How much of what was asked for is still under way. */
+    get busy() { return working; },
     get renders() { return renders; },
     get spent() { return spent; },
     /** Of it, in the library's own calls for the picture. */
