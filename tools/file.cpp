@@ -136,7 +136,9 @@ OutputFile::OutputFile(const std::string& path) : shown_(path) {
     if (file_ < 0) fail("can't write ", path, ": ", reason());
     return;
   }
-  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU}) signal(number, remove_pending);
+  // What the program was started to ignore, as nohup does it, it goes on ignoring.
+  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU})
+    if (signal(number, SIG_IGN) != SIG_IGN) signal(number, remove_pending);
   file_ = open_temporary(target_, temporary_);
   if (file_ < 0) fail("can't write ", path, ": ", reason());
 }

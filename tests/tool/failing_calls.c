@@ -25,8 +25,10 @@ static atomic_int behind; /* a signal is due behind the call */
 static char to_write[1024];
 
 static void come(int number) {
+  struct sigaction action;
   kill(getpid(), number);
-  usleep(1000000); /* the process ends within */
+  if (!sigaction(number, NULL, &action) && action.sa_handler == SIG_IGN) return;
+  sleep(60); /* the process ends within, however busy the machine is */
 }
 
 /* Whether this call fails; errno says why. */

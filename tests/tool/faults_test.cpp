@@ -153,6 +153,19 @@ TEST_P(Faults, ASignalLeavesNothingHalf) {
     }
 }
 
+// As nohup starts it.
+TEST_P(Faults, ASignalThatIsIgnoredChangesNothing) {
+  learn();
+  for (int n = 1; n <= calls_; ++n) {
+    const std::string way = "FAULT=" + std::to_string(SIGHUP) + " FAULT_AT=" + std::to_string(n);
+    put(before_);
+    const Result result = shell("trap '' HUP; LD_PRELOAD='" SHIM "' FAULT_COUNT='" + count_ + "' " + way +
+                                " \"$PPL\" " + GetParam().line);
+    EXPECT_EQ(result.status, 0) << way << result.err;
+    EXPECT_EQ(held(), made_) << way;
+  }
+}
+
 TEST_P(Faults, WritesMayBeShortOrInterrupted) {
   learn();
   std::vector<std::string> ways{"FAULT_SHORT=1"};

@@ -176,14 +176,18 @@ TEST_F(Recording, AFullDiskEndsIt) {
 
 TEST_F(Recording, ProgressOnATerminalAlone) {
   write("a.raw", frames(0, 3));
+  const std::string convert = " | \"$PPL\" convert - --all -W 64 -H 32 -o x.i420";
   write("slow", text("cat a.raw; sleep 0.6; cat a.raw; sleep 0.3; cat a.raw"));
-  const std::string line = "sh slow | \"$PPL\" convert - --all -W 64 -H 32 -o x.i420";
-  const Result quiet = shell(line);
+  const Result quiet = shell("sh slow" + convert);
   EXPECT_EQ(quiet.status, 0);
   EXPECT_EQ(quiet.err, "");
   if (shell("command -v script > /dev/null").status != 0) GTEST_SKIP() << "no script, which makes a terminal";
-  write("line", text("PPL='" TOOL "'; " + line));
-  const Result shown = shell("script -qec 'sh line' /dev/null < /dev/null");
+  // Frames come until progress is told, for minutes if need be.
+  write("slower", text("for i in $(seq 1200); do cat a.raw; sleep 0.1; "
+                       "if tr -d '\\r' < shown | grep -q 'frames, .* a second'; then break; fi; done"));
+  write("line", text("PPL='" TOOL "'; sh slower" + convert));
+  write("shown", {});
+  const Result shown = shell("script -qfec 'sh line' shown < /dev/null");
   EXPECT_EQ(shown.status, 0);
   EXPECT_NE(shown.out.find("frames, "), std::string::npos) << shown.out;
   EXPECT_NE(shown.out.find(" a second"), std::string::npos) << shown.out;

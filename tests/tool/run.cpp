@@ -1,6 +1,7 @@
 #include "run.h"
 
 #include <png.h>
+#include <signal.h>
 #include <stdlib.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -32,9 +33,15 @@ Result Tool::run(const Arguments& arguments) const {
 Result Tool::shell(const std::string& line) const {
   const std::string out = directory_ + ".out", err = directory_ + ".err";
   const std::string whole =
-      "cd '" + directory_ + "' && PPL='" TOOL "' && exec > '" + out + "' 2> '" + err + "' && " + line;
+      "cd '" + directory_ + "' && PPL='" TOOL "' && exec > '" + out + "' 2> '" + err + "' && {\n" + line + "\n}";
   const pid_t child = fork();
   if (child == 0) {
+    // As a terminal starts it, however the tests were started: in the background, without a terminal, by a program that
+    // ignores what would end it.
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+    for (const int number : {SIGINT, SIGQUIT, SIGHUP, SIGTERM, SIGPIPE, SIGXFSZ}) signal(number, SIG_DFL);
     execl("/bin/sh", "sh", "-c", whole.c_str(), nullptr);
     _exit(127);
   }

@@ -229,7 +229,7 @@ TEST_F(Settings, BadFiles) {
     EXPECT_NE(result.err.find(says), std::string::npos) << says << " is not in " << result.err;
     EXPECT_EQ(files(), std::vector<std::string>{"s.json"});
   }
-  const Result endless = shell("timeout 20 \"$PPL\" settings --settings /dev/zero");
+  const Result endless = shell("timeout 200 \"$PPL\" settings --settings /dev/zero");
   EXPECT_EQ(endless.status, 1);
   EXPECT_NE(endless.err.find("/dev/zero"), std::string::npos);
 }
