@@ -307,7 +307,7 @@ TEST_F(Life, EndedAtAnyMoment) {
     gst_object_unref(bus);
     gst_object_unref(element);
     // A thread of GStreamer's own may still be letting go of it.
-    for (int wait = 0; wait < 400 && GST_OBJECT_REFCOUNT_VALUE(pipeline) != 1; ++wait)
+    for (int wait = 0; wait < 12000 && GST_OBJECT_REFCOUNT_VALUE(pipeline) != 1; ++wait)
       std::this_thread::sleep_for(std::chrono::milliseconds(5));
     EXPECT_EQ(GST_OBJECT_REFCOUNT_VALUE(pipeline), 1);
     gst_object_unref(pipeline);
