@@ -26,7 +26,7 @@ environment.update(WINEPREFIX=str(PREFIX), WINEARCH="win64", WINEDEBUG="-all", H
                    WINEDLLOVERRIDES="mscoree=d;mshtml=d;winedbg.exe=d")
 
 
-def run(*command, limit=60):
+def run(*command, limit=300):
     """Status, output and messages. They go to files: pipes would stay open as long as Wine's own services live."""
     with open(WORK / "out", "w+", errors="replace") as out, open(WORK / "err", "w+", errors="replace") as err:
         done = subprocess.run(command, env=environment, cwd=FILES, timeout=limit, stdin=subprocess.DEVNULL, stdout=out,
@@ -61,8 +61,8 @@ def prepare():
     if not (PREFIX / "system.reg").exists():
         shutil.rmtree(PREFIX, ignore_errors=True)
         try:
-            run("wineboot", "--init", limit=240)
-            run("wineserver", "-w", limit=240)
+            run("wineboot", "--init", limit=600)
+            run("wineserver", "-w", limit=600)
         except (OSError, subprocess.TimeoutExpired) as failure:
             print(f"skipped: Wine does not start: {failure}")
             return False
