@@ -16,7 +16,7 @@ PACKAGES_CLANG="clang llvm-14 libclang-rt-14-dev clang-format-14 clang-tidy-14"
 PACKAGES_KERNEL="g++-mingw-w64-x86-64-win32 clang-19 lld-19 llvm-19 wine wine64 osslsigncode openssl"
 
 # What the two sizes of check need besides; what lacks one is left out, with a line that says so.
-PACKAGES_QUICK="$PACKAGES_GSTREAMER $PACKAGES_KERNEL ffmpeg bsdutils"
+PACKAGES_QUICK="$PACKAGES_GSTREAMER $PACKAGES_KERNEL ffmpeg bsdutils man-db groff-base"
 PACKAGES_FULL="$PACKAGES_PYTHON $PACKAGES_CLANG $PACKAGES_FOREIGN $PACKAGES_WASM $PACKAGES_PAGE $PACKAGES_REFERENCE $PACKAGES_DEBS"
 # Commands that may have come by other ways than Debian's packages, and the packages that bring them.
 COMMANDS_FULL="node:nodejs npm:npm"
@@ -30,17 +30,41 @@ missing_packages() {
 }
 
 as_root() {
-  if [ "$(id -u)" -eq 0 ]; then "$@"; else sudo "$@"; fi
+  if [ "$(id -u)" -eq 0 ]; then
+    "$@"
+  elif command -v sudo >/dev/null; then
+    sudo "$@"
+  else
+    echo "== that needs root, and there is no sudo" >&2
+    return 1
+  fi
 }
 
+# Another installation that is under way is waited for, and a mirror that does not answer is asked again.
+apt_get() {
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq -o DPkg::Lock::Timeout=900 -o Acquire::Retries=3 "$@"
+}
+
+# Once; where a list can't be had, what the others name may still do.
 packages_updated=no
+update_lists() {
+  [ $packages_updated = no ] || return 0
+  local try
+  for try in 1 2 3; do
+    if apt_get update; then break; fi
+    sleep $((5 * try))
+  done
+  packages_updated=yes
+}
+
 try_install() {
-  if ! command -v apt-get >/dev/null; then return 1; fi
-  if [ $packages_updated = no ]; then
-    as_root apt-get update -qq || return 1
-    packages_updated=yes
-  fi
-  as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "$@" >/dev/null
+  command -v apt-get >/dev/null || return 1
+  update_lists
+  apt_get install -y --no-install-recommends "$@" >/dev/null && return
+  # Lists may have grown old between two calls, and what they name may be gone.
+  packages_updated=no
+  update_lists
+  apt_get install -y --no-install-recommends "$@" >/dev/null
 }
 
 # Installs what is missing; ends the script with a plain line where that can't be done.

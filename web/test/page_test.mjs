@@ -17,6 +17,10 @@ if (!existsSync(browser)) {
   console.log(`${browser} is missing (Debian: chromium)`);
   process.exit(77);
 }
+if (!existsSync(html)) { // wasm.page_is_built tells why
+  console.log(`${html} is not built`);
+  process.exit(77);
+}
 const { chromium } = createRequire(join(npm, 'package.json'))('playwright-core');
 const work = mkdtempSync(join(tmpdir(), 'ppl-page-'));
 const sample = `${root}/samples/coffee_640x480_bggr8.raw`, raw = readFileSync(sample);
@@ -552,7 +556,7 @@ test('the command line that the page shows makes the page\'s picture', async () 
     ['odd_1002x300_bggr.raw', odd, 0, 'RGB24', 'same', 0, / -W 992 -H 300 --stride 1002 --via rgb24 /],
     ['room_640x480_bggr.raw', room, 10, 'I420', 'same', 2, / --stride 704 --frame 2 -o /],
   ]) {
-    await page.click('#sample');
+    await press('#sample');
     await open(name, bytes);
     await page.waitForFunction((n) => document.getElementById('file-name').textContent === n, name);
     await page.selectOption('#quality', String(quality));
@@ -582,11 +586,11 @@ test('the command line that the page shows makes the page\'s picture', async () 
   await page.waitForFunction(() => /^# .* not of 11\..*\n# -q /.test(document.getElementById('export-text').textContent));
   await page.selectOption('#format', 'RGB24');
   await page.selectOption('#size', 'same');
-  await page.click('#sample');
+  await press('#sample');
 });
 
 test('a control goes back to its default by a double click and by its button; Escape ends what was begun', async () => {
-  await page.click('#sample');
+  await press('#sample');
   await setControl('hue', [77]);
   await page.locator('[data-key="hue"] input[type=range]').dblclick();
   await settle();
@@ -615,7 +619,7 @@ test('a control goes back to its default by a double click and by its button; Es
 });
 
 test('a page without encryption copies all the same; the loupe is told as it moves', async () => {
-  await page.click('#sample');
+  await press('#sample');
   await page.evaluate(() => Object.defineProperty(navigator, 'clipboard', { value: undefined, configurable: true }));
   await page.click('#copy');
   await page.waitForFunction(() => document.getElementById('status').textContent === 'Copied');
