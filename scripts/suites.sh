@@ -44,7 +44,10 @@ because_of_tests() {
   because <<< "$(head -n 12 <<< "$failed")"
   while IFS= read -r name; do
     because < <(awk -v name="${name% (*}" '
-      function tell() { if (here) for (i = at ? at : n > 4 ? n - 3 : 1; i <= n && i < at + 6 || i <= n && !at; ++i) print "  " line[i] }
+      function tell() {
+        first = at ? at : n > 4 ? n - 3 : 1
+        for (i = first; here && i <= n && i < first + 6; ++i) print "  " line[i]
+      }
       /^ *[0-9]+\/[0-9]+ Test +#[0-9]+: / {
         tell()
         here = index($0, ": " name " ") && /\*\*\*/
