@@ -104,12 +104,12 @@ TEST_F(Gst, WrongPipelinesTellWhy) {
       {"video/x-bayer,format=bggr,width=320,height=480 ! pplbayer", "a frame of 320 x 480 has 153600"},
       {"video/x-bayer,format=bggr,width=640,height=480 ! pplbayer quality=8", "use 0 to 4"}};
   for (const auto& [middle, why] : wrong) {
-    const Result result =
-        shell("GST_REGISTRY='" + path("registry") + "' GST_PLUGIN_PATH='" PLUGINS "' '" GST_LAUNCH
-              "' -q filesrc location='" + sample + "' blocksize=307200 ! " + middle +
-              " ! filesink location='" + path("picture") + "' > said 2>&1 & " +
-              "for i in $(seq 1200); do sleep 0.1; grep -q '" + why + "' said && break; " +
-              "kill -0 $! 2> /dev/null || break; done; sleep 1; kill $! 2> /dev/null; wait $!");
+    const Result result = shell(
+        "GST_REGISTRY='" + path("registry") +
+        "' GST_PLUGIN_PATH='" PLUGINS "' '" GST_LAUNCH "' -q filesrc location='" + sample +
+        "' blocksize=307200 ! " + middle + " ! filesink location='" + path("picture") + "' > said 2>&1 & " +
+        "for i in $(seq 1200); do sleep 0.1; grep -q '" + why + "' said && break; " +
+        "kill -0 $! 2> /dev/null || break; done; sleep 1; kill $! 2> /dev/null; wait $!");
     EXPECT_NE(result.status, 0) << middle;
     const Bytes bytes = read("said");
     const std::string said(bytes.begin(), bytes.end());

@@ -32,8 +32,8 @@ Result Tool::run(const Arguments& arguments) const {
 
 Result Tool::shell(const std::string& line) const {
   const std::string out = directory_ + ".out", err = directory_ + ".err";
-  const std::string whole =
-      "cd '" + directory_ + "' && PPL='" TOOL "' && exec > '" + out + "' 2> '" + err + "' && {\n" + line + "\n}";
+  const std::string whole = "cd '" + directory_ + "' && PPL='" TOOL "' && exec > '" + out + "' 2> '" + err +
+                            "' && {\n" + line + "\n}";
   const pid_t child = fork();
   if (child == 0) {
     // As a terminal starts it, however the tests were started: in the background, without a terminal, by a program that
