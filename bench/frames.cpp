@@ -11,27 +11,11 @@ struct quality {
   int number;
   bool medium_filter;
 };
-constexpr quality kQualities[] = {{0, false},  {0, true},   {1, false},  {1, true},  {2, false},
-                                  {2, true},   {3, false},  {4, false},  {9, false}, {10, false},
-                                  {11, false}, {12, false}, {13, false}, {15, false}};
 constexpr size kSizes[] = {{320, 240}, {640, 480}, {1280, 960}, {1920, 1080}, {2016, 1536}};
 constexpr struct {
   int decimation;
   const char* name;
 } kScales[] = {{0, "same"}, {1, "half"}, {-1, "double"}};
-
-bool has_picture(int quality, format f) {
-  if (quality == 13) return f == i420 || f == rgb24;
-  return !(quality == 15 && f == rgb32);
-}
-
-// Qualities 3, 4, 9 and 13 have no picture at all scales.
-bool has_scale(int quality, format f, int decimation) {
-  if (decimation == 0) return true;
-  if (quality == 13) return decimation == 1;
-  if (quality == 4 || quality == 9) return decimation == 1 && f != rgb24;
-  return true;
-}
 
 void add_frame(const frame_task& task, const std::string& name) {
   add(name, [task](benchmark::State& state) {
@@ -45,12 +29,12 @@ std::string name_of(const quality& q, const std::string& rest) {
   return "frame/" + std::to_string(q.number) + (q.medium_filter ? "m/" : "/") + rest;
 }
 
-void add_frames(const quality& q, format f, const level& l) {
+void add_frames(const quality& q, ppl_format f, const level& l) {
   for (const auto& scale : kScales) {
-    if (!has_scale(q.number, f, scale.decimation)) continue;
+    if (!ppl_quality_runs(uint32_t(q.number), f, scale.decimation)) continue;
     for (const size s : kSizes)
       for (const content what : {content::photograph, content::random}) {
-        const std::string rest = std::string(kFormatNames[f]) + "/" + scale.name + "/" +
+        const std::string rest = std::string(ppl_format_name(f)) + "/" + scale.name + "/" +
                                  std::to_string(s.width) + "x" + std::to_string(s.height) +
                                  (what == content::random ? "/random/" : "/photograph/") + l.name;
         add_frame({.quality = q.number,
@@ -76,9 +60,11 @@ void add_without_statistics(const level& l) {
 
 int main(int argc, char** argv) {
   for (const level& l : levels()) {
-    for (const quality& q : kQualities)
-      for (int f = 0; f < kFormats; ++f)
-        if (has_picture(q.number, format(f))) add_frames(q, format(f), l);
+    for (int q = 0; q < PPL_QUALITIES; ++q)
+      for (int f = 0; f < PPL_FORMATS; ++f) {
+        add_frames({q, false}, ppl_format(f), l);
+        if (ppl_quality_table[q].reads_medium_filter) add_frames({q, true}, ppl_format(f), l);
+      }
     add_without_statistics(l);
   }
   return run_all(argc, argv);

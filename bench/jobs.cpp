@@ -6,9 +6,9 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace bench {
+#include "bayer_exports.h"
 
-const char* const kFormatNames[kFormats] = {"i420", "yuyv", "uyvy", "rgb24", "rgb32"};
+namespace bench {
 
 namespace {
 
@@ -37,8 +37,7 @@ size_t lens_bytes(size s) {
 }
 
 size_t output_bytes(const frame_task& t) {
-  const size_t pixels = size_t(t.frame.width) * size_t(t.frame.height) * (t.decimation < 0 ? 4 : 1);
-  return 4 * pixels;
+  return 4 * size_t(t.frame.width) * size_t(t.frame.height) * (t.decimation < 0 ? 4 : 1);
 }
 
 }  // namespace
@@ -117,11 +116,9 @@ void frame_runner::refresh() {
 }
 
 bool frame_runner::call() {
-  constexpr decltype(&ppl_process_blrtoi420) calls[kFormats] = {ppl_process_blrtoi420, ppl_process_blrtoyuyv,
-                                                                ppl_process_blrtouyvy, ppl_process_blrtorgb24,
-                                                                ppl_process_blrtorgb32};
   const uint32_t width = uint32_t(task_.frame.width), height = uint32_t(task_.frame.height);
-  return calls[task_.to](context_, source_.data(), destination_.data(), width, height, width) != 0;
+  return support::kFrameCalls[task_.to](context_, source_.data(), destination_.data(), width, height,
+                                        width) != 0;
 }
 
 double seconds_now() {

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "helpers/ppl_qualities.h"
 #include "level.h"
 #include "ppl.h"
 
@@ -43,10 +44,6 @@ struct level {
 };
 std::vector<level> levels();
 
-enum format { i420, yuyv, uyvy, rgb24, rgb32 };
-constexpr int kFormats = 5;
-extern const char* const kFormatNames[kFormats];
-
 struct size {
   int width, height;
 };
@@ -54,9 +51,9 @@ struct size {
 // One frame call, everything on that is on by default, with lens correction, green balance, black level, white
 // balance and statistics.
 struct frame_task {
-  int quality = 15;
+  int quality = PPL_QUALITY_DEFAULT;
   bool medium_filter = false;
-  format to = i420;
+  ppl_format to = PPL_FORMAT_I420;
   int decimation = 0;  // 1: half size, -1: double size
   size frame = {640, 480};
   content what = content::photograph;

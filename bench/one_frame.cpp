@@ -18,8 +18,8 @@ int main(int argc, char** argv) {
                             .decimation = atoi(argv[4]),
                             .level_number = atoi(argv[1]),
                             .lens = argc == 6};
-  for (int f = 0; f < bench::kFormats; ++f)
-    if (strcmp(argv[3], bench::kFormatNames[f]) == 0) task.to = bench::format(f);
+  for (uint32_t f = 0; f < PPL_FORMATS; ++f)
+    if (strcmp(argv[3], ppl_format_name(f)) == 0) task.to = ppl_format(f);
   if (task.level_number >= ppl_test_levels()) {
     fprintf(stderr, "this processor has %d levels\n", ppl_test_levels());
     return 1;

@@ -72,6 +72,8 @@ if(PPL_SANITIZE)
   endforeach()
 endif()
 set_target_properties(ppl_static PROPERTIES OUTPUT_NAME ppl)
+list(LENGTH PPL_LEVELS levels)
+target_compile_definitions(ppl_test INTERFACE PPL_TEST_LEVELS=${levels}) # those built; support/level.h asks the processor
 
 # The helpers stand beside ppl.h wherever it is used.
 file(GLOB PPL_HELPERS CONFIGURE_DEPENDS ${PPL_ROOT}/helpers/*.h ${PPL_ROOT}/helpers/*.hpp)

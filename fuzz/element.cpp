@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "fuzz/input.h"
+#include "tests/gst/scarce_memory.h"
 #include "tests/support/level.h"
 
 GType ppl_bayer_get_type(void);
@@ -22,32 +23,6 @@ void require(bool holds) {
 }
 
 constexpr const char* kMadeFormats[] = {"I420", "NV12", "YUY2", "UYVY", "BGR", "BGRx", "RGBx"};
-
-// Memory that ends with the last byte of a picture; now and then there is none.
-struct Exact {
-  GstAllocator parent;
-  guint left;
-};
-struct ExactClass {
-  GstAllocatorClass parent;
-};
-G_DEFINE_TYPE(Exact, exact_memory, GST_TYPE_ALLOCATOR)
-
-GstMemory* exact_alloc(GstAllocator* self, gsize size, GstAllocationParams* params) {
-  auto* exact = reinterpret_cast<Exact*>(self);
-  if (exact->left == 0) return nullptr;
-  --exact->left;
-  void* block = nullptr;
-  const size_t alignment = params->align + 1 < sizeof(void*) ? sizeof(void*) : params->align + 1;
-  if (posix_memalign(&block, alignment, size) != 0) abort();
-  return gst_memory_new_wrapped(static_cast<GstMemoryFlags>(0), block, size, 0, size, block, free);
-}
-void exact_memory_init(Exact* self) {
-  self->left = 0;
-}
-void exact_memory_class_init(ExactClass* type) {
-  GST_ALLOCATOR_CLASS(type)->alloc = exact_alloc;
-}
 
 // What follows the element.
 struct Behind {
@@ -103,10 +78,7 @@ class stage {
     front_ = gst_pad_new("front", GST_PAD_SRC);
     back_ = gst_pad_new("back", GST_PAD_SINK);
     behind_.taken = gst_caps_new_any();
-    if (in.ConsumeBool())
-      behind_.memory = GST_ALLOCATOR(gst_object_ref_sink(g_object_new(exact_memory_get_type(), nullptr)));
-    if (behind_.memory)
-      reinterpret_cast<Exact*>(behind_.memory)->left = in.ConsumeIntegralInRange<guint>(0, 200);
+    if (in.ConsumeBool()) behind_.memory = scarce_memory(in.ConsumeIntegralInRange<guint>(0, 200));
     gst_pad_set_element_private(back_, &behind_);
     gst_pad_set_chain_function(back_, take_picture);
     gst_pad_set_event_function(back_, take_event);

@@ -7,28 +7,12 @@
 
 #include "fuzz/input.h"
 #include "ppl.h"
+#include "tests/reference/formats.h"
 
 namespace fuzz {
 
-enum class format { i420, yuyv, uyvy, rgb24, rgb32 };
-
-// Pixels wrap in 32 bits, bytes do not; a frame whose sides are not positive has none.
-inline int64_t frame_bytes(format f, int32_t width, int32_t height) {
-  const auto n = static_cast<int32_t>(static_cast<uint32_t>(width) * static_cast<uint32_t>(height));
-  if (width <= 0 || height <= 0 || n <= 0) return 0;
-  switch (f) {
-    case format::i420:
-      return int64_t{n} + 2 * (n / 4);
-    case format::yuyv:
-    case format::uyvy:
-      return 2 * int64_t{n};
-    case format::rgb24:
-      return 3 * int64_t{n};
-    case format::rgb32:
-      break;
-  }
-  return 4 * int64_t{n};
-}
+using ref::format;
+using ref::frame_bytes;
 
 struct geometry {
   uint32_t width = 0, height = 0, stride = 0;

@@ -8,29 +8,19 @@
 #include "fuzz/controls.h"
 #include "fuzz/frame_size.h"
 #include "fuzz/subject.h"
+#include "tests/support/bayer_exports.h"
 
 namespace {
 
 using namespace fuzz;
 
-using frame_call = uint8_t (*)(ppl_context*, uint8_t*, uint8_t*, uint32_t, uint32_t, uint32_t);
-constexpr frame_call kFrameCalls[] = {ppl_process_blrtoi420, ppl_process_blrtoyuyv, ppl_process_blrtouyvy,
-                                      ppl_process_blrtorgb24, ppl_process_blrtorgb32};
-
-using wrapper = uint8_t (*)(ppl_context*, uint8_t*, uint8_t*, uint32_t, uint32_t);
-#define PPL_FORMS(name) \
-  { name, name##_deci_2_1, name##_intp_1_2, name##_intp_1_2_stride, name##_intp_1_4_stride }
-constexpr wrapper kWrappers[][5] = {PPL_FORMS(BaylorToI420MMX), PPL_FORMS(BaylorToYUYVMMX),
-                                    PPL_FORMS(BaylorToUYVYMMX), PPL_FORMS(BaylorToRGB24MMX),
-                                    PPL_FORMS(BaylorToRGB32MMX)};
-#undef PPL_FORMS
 // By form: the decimation set (2: none), widths a stride, and the last-resort picture's size as a shift of the frame's.
 constexpr int32_t kDecimations[] = {0, 1, -1, -1, 2};
 constexpr uint32_t kStrides[] = {1, 1, 1, 2, 4};
 constexpr int kSizeShifts[] = {0, -2, 2, 2, 2};
 
 void call_frame(subject& s, input& in) {
-  const auto which = in.ConsumeIntegralInRange(0, 4);
+  const auto which = in.ConsumeIntegralInRange(0, PPL_FORMATS - 1);
   const uint32_t width = side(in), height = side(in), pitch = stride(in, width);
   geometry after = s.size;
   const bool taken = after.take(width, height, pitch);
@@ -40,12 +30,12 @@ void call_frame(subject& s, input& in) {
   const exact source(taken ? size_t{pitch} * height : 0, alignment(in), in.ConsumeIntegral<uint8_t>());
   const exact destination(static_cast<size_t>(bytes), alignment(in), 0);
   const int null = in.ConsumeIntegralInRange(0, 31);
-  kFrameCalls[which](s.context, null == 1 ? nullptr : source.at(), null == 2 ? nullptr : destination.at(),
-                     width, height, pitch);
+  support::kFrameCalls[which](s.context, null == 1 ? nullptr : source.at(),
+                              null == 2 ? nullptr : destination.at(), width, height, pitch);
 }
 
 void call_wrapper(subject& s, input& in) {
-  const auto which = in.ConsumeIntegralInRange(0, 4), form = in.ConsumeIntegralInRange(0, 4);
+  const auto which = in.ConsumeIntegralInRange(0, PPL_FORMATS - 1), form = in.ConsumeIntegralInRange(0, 4);
   const uint32_t width = side(in), height = side(in), pitch = kStrides[form] * width;
   const int null =
       in.ConsumeIntegralInRange(0, 31);  // which buffer is a null pointer, which counts as aligned
@@ -69,8 +59,8 @@ void call_wrapper(subject& s, input& in) {
   s.size = after;
   const exact source(static_cast<size_t>(source_bytes), source_offset, in.ConsumeIntegral<uint8_t>());
   const exact destination(static_cast<size_t>(bytes), offset, 0);
-  kWrappers[which][form](s.context, null == 1 ? nullptr : source.at(), null == 2 ? nullptr : destination.at(),
-                         width, height);
+  support::kWrappers[which][form](s.context, null == 1 ? nullptr : source.at(),
+                                  null == 2 ? nullptr : destination.at(), width, height);
 }
 
 }  // namespace
@@ -86,7 +76,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         any_control(s.context, in);
         break;
       case 3:
-        ppl_set_quality(s.context, in.ConsumeIntegralInRange<uint32_t>(0, 15));
+        ppl_set_quality(s.context, in.ConsumeIntegralInRange<uint32_t>(0, PPL_QUALITIES - 1));
         break;
       case 4:
         s.decimate(in);

@@ -6,23 +6,18 @@
 
 #include "fuzz/frame_size.h"
 #include "fuzz/subject.h"
+#include "tests/support/bayer_exports.h"
 
 namespace {
 
 using namespace fuzz;
-
-using scaled_call = uint8_t (*)(ppl_context*, uint8_t*, uint32_t, uint32_t, uint32_t, uint8_t*, uint32_t,
-                                uint32_t, uint8_t*);
-constexpr scaled_call kCalls[] = {BaylorToI420MMX_scaling_stride, BaylorToYUYVMMX_scaling_stride,
-                                  BaylorToUYVYMMX_scaling_stride, BaylorToRGB24MMX_scaling_stride,
-                                  BaylorToRGB32MMX_scaling_stride};
 
 uint32_t out_side(input& in) {
   return in.ConsumeIntegralInRange(0, 7) == 0 ? in.ConsumeIntegralInRange<uint32_t>(0, 70000) : side(in);
 }
 
 void scale(subject& s, input& in) {
-  const auto which = in.ConsumeIntegralInRange(0, 4);
+  const auto which = in.ConsumeIntegralInRange(0, PPL_FORMATS - 1);
   const auto as = static_cast<format>(which);
   const uint32_t width = side(in), height = side(in), pitch = stride(in, width);
   const uint32_t out_width = out_side(in), out_height = out_side(in);
@@ -54,9 +49,9 @@ void scale(subject& s, input& in) {
   const exact source(static_cast<size_t>(source_bytes), source_offset, in.ConsumeIntegral<uint8_t>());
   const exact destination(static_cast<size_t>(bytes), offset, 0);
   const exact scratch(static_cast<size_t>(scratch_bytes), scratch_offset, 1);
-  kCalls[which](s.context, null == 1 ? nullptr : source.at(), width, height, pitch,
-                null == 2 ? nullptr : destination.at(), out_width, out_height,
-                null == 3 ? nullptr : scratch.at());
+  support::kScaledCalls[which](s.context, null == 1 ? nullptr : source.at(), width, height, pitch,
+                               null == 2 ? nullptr : destination.at(), out_width, out_height,
+                               null == 3 ? nullptr : scratch.at());
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "quality_list.h"
+
 namespace element {
 namespace {
 
@@ -175,7 +177,8 @@ GstCaps* same_sizes(const GstCaps* given, const GstCaps* offered) {
 }
 
 std::string no_picture(int quality) {
-  return "quality " + std::to_string(quality) + " makes no picture; use 0 to 4, 9 to 13 or 15";
+  return "quality " + std::to_string(quality) + " makes no picture; use " +
+         tool::quality_list([](const ppl_quality_row& q) { return q.road != PPL_ROAD_COUNTED; });
 }
 
 std::string parse_sink_caps(const GstCaps* caps, int quality, ppl_sensor_frame* frame) {

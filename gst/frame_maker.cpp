@@ -18,15 +18,8 @@ using Call = uint8_t (*)(ppl_context*, uint8_t*, uint8_t*, uint32_t, uint32_t, u
 constexpr Call calls[] = {ppl_process_blrtoi420, ppl_process_blrtoyuyv, ppl_process_blrtouyvy,
                           ppl_process_blrtorgb24, ppl_process_blrtorgb32};  // by ppl_format
 
-bool is_rgb(ppl_format format) {
-  return format == PPL_FORMAT_RGB24 || format == PPL_FORMAT_RGB32;
-}
-
 size_t bytes_of(ppl_format format, size_t pixels) {
-  return format == PPL_FORMAT_I420    ? pixels + pixels / 2
-         : format == PPL_FORMAT_RGB24 ? 3 * pixels
-         : format == PPL_FORMAT_RGB32 ? 4 * pixels
-                                      : 2 * pixels;
+  return format == PPL_FORMAT_I420 ? pixels + pixels / 2 : ppl_format_pixel_bytes(format) * pixels;
 }
 
 // The library's RGB has its bottom row first, GStreamer's its top row. The mirror turns it for all but the raw
@@ -140,12 +133,12 @@ void FrameMaker::apply(const Settings& s) {
   static const size_t matrix = control_at("sensor_matrix"), sat = control_at("sat"), hue = control_at("hue"),
                       contrast = control_at("contrast_c"), v_mirror = control_at("v_mirror");
   frame_behind(s.quality, format_, &behind_);
-  if (quality_ == 10 || quality_ == 11) {
+  if (ppl_quality_leaves_colours(static_cast<uint32_t>(quality_))) {
     forget_flat_colours(context_);
     lens_stale_ = true;
   }
   quality_ = s.quality;
-  if (!is_rgb(behind_)) {
+  if (!ppl_format_is_rgb(behind_)) {
     std::array<int32_t, 13> colours{};
     std::copy_n(values(s, matrix), 9, colours.begin());
     colours[9] = values(s, sat)[0];
@@ -164,7 +157,7 @@ void FrameMaker::apply(const Settings& s) {
   ppl_set_quality(context_, static_cast<uint32_t>(s.quality));
   ppl_set_decimation(context_, 0, 0, 0);
   for (size_t i = 0; i < tool::control_count; ++i) tool::all_controls[i].set(context_, values(s, i));
-  if (is_rgb(behind_))
+  if (ppl_format_is_rgb(behind_))
     ppl_set_v_mirror(context_, !values(s, v_mirror)[0]);
   else
     ppl_copy_sensor_matrix(context_, matrix_.data());
@@ -255,7 +248,7 @@ bool FrameMaker::make_parts(const Settings& s, const uint8_t* raw, uint8_t* to) 
   ppl_part_means exposed, qualified;
   ppl_part_means_clear(&exposed);
   ppl_part_means_clear(&qualified);
-  const bool turned = is_rgb(behind_);
+  const bool turned = ppl_format_is_rgb(behind_);
   for (uint32_t i = 0; i < count; ++i) {
     const ppl_part& p = parts[i];
     const size_t pixels = size_t{p.width} * p.height;
@@ -358,7 +351,7 @@ std::string FrameMaker::make(const Settings& given, bool settings_changed, bool 
       return "the library makes no frame of " + std::to_string(width) + " x " + std::to_string(height);
     if (statistics_on_) gather();
   }
-  if (is_raw(s.quality) && is_rgb(behind_)) turn_rows(to, bytes_of(behind_, width), height);
+  if (is_raw(s.quality) && ppl_format_is_rgb(behind_)) turn_rows(to, bytes_of(behind_, width), height);
   if (widened) {
     widen(to, picture, pixels, format_ == GST_VIDEO_FORMAT_RGBx);
   } else if (format_ == GST_VIDEO_FORMAT_NV12) {

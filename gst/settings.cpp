@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "quality_list.h"
+
 namespace element {
 namespace {
 
@@ -21,13 +23,13 @@ constexpr size_t place(size_t bytes) {
 std::vector<Property> own_properties() {
   return {
       {"quality",
-       "Reconstruction: 15, or 0, 1, 2, 3, 10, 11; 12, 13 grey; 4 the raw mosaic",
+       "Reconstruction: " + tool::quality_names(),
        Kind::number,
        AT(quality),
        1,
        0,
-       15,
-       {15},
+       PPL_QUALITIES - 1,
+       {PPL_QUALITY_DEFAULT},
        false},
       {"round",
        "Bring samples of more than 8 bits to the nearest of 8, instead of dropping bits",

@@ -237,11 +237,9 @@ PPL_HELPER_INLINE PPL_HELPER_UNUSED int ppl_call_takes_bayer(uint32_t call) {
 PPL_HELPER_INLINE PPL_HELPER_UNUSED uint64_t ppl_frame_bytes(uint32_t format, uint32_t width,
                                                              uint32_t height) {
   const uint64_t n = (uint64_t)width * height;
-  return n > 0x7fffffffu              ? 0
-         : format == PPL_FORMAT_I420  ? n + 2 * (n / 4)
-         : format == PPL_FORMAT_RGB24 ? 3 * n
-         : format == PPL_FORMAT_RGB32 ? 4 * n
-                                      : 2 * n;
+  return n > 0x7fffffffu             ? 0
+         : format == PPL_FORMAT_I420 ? n + 2 * (n / 4)
+                                     : ppl_format_pixel_bytes(format) * n;
 }
 
 /** What ppl_new_frame_sizes makes of a pair of sizes with validation on. */
@@ -352,7 +350,7 @@ PPL_HELPER_INLINE PPL_HELPER_UNUSED uint8_t ppl_reason_of_quality(uint32_t quali
 PPL_HELPER_INLINE PPL_HELPER_UNUSED uint32_t ppl_notes_of_frame(const struct ppl_plan* p, int32_t decimation,
                                                                 uint32_t out_width, uint32_t out_height) {
   const uint32_t road = ppl_quality_table[p->quality].road;
-  const int planes_or_packed = p->format <= PPL_FORMAT_UYVY, mirrored = p->h_mirror || p->v_mirror;
+  const int rgb = ppl_format_is_rgb(p->format), mirrored = p->h_mirror || p->v_mirror;
   uint32_t notes = 0;
   if (road == PPL_ROAD_RAW) {
     if (mirrored) notes |= PPL_NOTE_MIRRORS_IGNORED;
@@ -361,7 +359,7 @@ PPL_HELPER_INLINE PPL_HELPER_UNUSED uint32_t ppl_notes_of_frame(const struct ppl
     return notes | PPL_NOTE_ANSWERS_FALSE;
   }
   if (decimation == PPL_SIZE_DOUBLE && road == PPL_ROAD_WALK) {
-    if (p->h_mirror && planes_or_packed) notes |= PPL_NOTE_DARK_COLUMN;
+    if (p->h_mirror && !rgb) notes |= PPL_NOTE_DARK_COLUMN;
     if (p->format == PPL_FORMAT_YUYV || p->format == PPL_FORMAT_UYVY) notes |= PPL_NOTE_GHOSTS_BETWEEN;
   }
   if (decimation == PPL_SIZE_DOUBLE && mirrored) notes |= PPL_NOTE_NOT_A_FLIP;
@@ -369,17 +367,15 @@ PPL_HELPER_INLINE PPL_HELPER_UNUSED uint32_t ppl_notes_of_frame(const struct ppl
     notes |= PPL_NOTE_ODD_COLUMNS;
   if (decimation == PPL_SIZE_HALF && p->format == PPL_FORMAT_RGB24 && p->width % 32 != 0)
     notes |= PPL_NOTE_ROW_OFF;
-  if (!planes_or_packed && (p->quality == PPL_QUALITY_DIRECTED_SHARP || p->quality == PPL_QUALITY_FLAT_SHARP))
-    notes |= PPL_NOTE_PALE;
-  if (p->quality == PPL_QUALITY_FLAT_SHARP || p->quality == PPL_QUALITY_FLAT)
-    notes |= PPL_NOTE_LEAVES_COLOURS;
+  if (rgb && ppl_quality_is_pale_in_rgb(p->quality)) notes |= PPL_NOTE_PALE;
+  if (ppl_quality_leaves_colours(p->quality)) notes |= PPL_NOTE_LEAVES_COLOURS;
   return notes;
 }
 
 /** The verdict on a Bayer frame's call; ppl_check tells the two kinds of calls apart. */
 PPL_HELPER_INLINE PPL_HELPER_UNUSED struct ppl_verdict ppl_check_frame(const struct ppl_plan* p) {
   struct ppl_verdict v = PPL_HELPER_ZERO;
-  const int scaled = p->call == PPL_CALL_SCALED, rgb = p->format >= PPL_FORMAT_RGB24;
+  const int scaled = p->call == PPL_CALL_SCALED, rgb = ppl_format_is_rgb(p->format);
   const int own_decimation = p->call == PPL_CALL_FRAME || p->call == PPL_CALL_STRIDE_4;
   const int32_t decimation = own_decimation             ? p->decimation
                              : p->call == PPL_CALL_HALF ? PPL_SIZE_HALF

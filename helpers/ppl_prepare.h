@@ -445,7 +445,7 @@ static inline void ppl_join_part(const struct ppl_part* p, uint32_t width, uint3
   const size_t frame_w = width >> d, frame_h = height >> d, part_w = p->width >> d, part_h = p->height >> d;
   const size_t w = p->keep_width >> d, h = p->keep_height >> d;
   /* Where the kept rectangle begins, in the part's picture and in the frame's, in the order of memory. */
-  const int upwards = (format == PPL_FORMAT_RGB24 || format == PPL_FORMAT_RGB32) == !v_mirror;
+  const int upwards = ppl_format_is_rgb((uint32_t)format) == !v_mirror;
   size_t x0 = (p->keep_x - p->x) >> d, y0 = (p->keep_y - p->y) >> d, x1 = p->keep_x >> d, y1 = p->keep_y >> d;
   if (h_mirror) x0 = part_w - x0 - w, x1 = frame_w - x1 - w;
   if (upwards) y0 = part_h - y0 - h, y1 = frame_h - y1 - h;
@@ -461,7 +461,7 @@ static inline void ppl_join_part(const struct ppl_part* p, uint32_t width, uint3
       to += frame_w * frame_h / 4;
     }
   } else {
-    const size_t pixel = format == PPL_FORMAT_RGB24 ? 3 : format == PPL_FORMAT_RGB32 ? 4 : 2;
+    const size_t pixel = ppl_format_pixel_bytes((uint32_t)format);
     ppl_copy_rectangle(picture + pixel * (y1 * frame_w + x1), pixel * frame_w,
                        part + pixel * (y0 * part_w + x0), pixel * part_w, pixel * w, h);
   }

@@ -201,4 +201,21 @@ PPL_HELPER_INLINE PPL_HELPER_UNUSED const char* ppl_format_name(uint32_t format)
                                       : "unknown";
 }
 
+/* Does it leave flat colours behind, which later frames of 0 and 1 still show? */
+PPL_HELPER_INLINE PPL_HELPER_UNUSED int ppl_quality_leaves_colours(uint32_t quality) {
+  return quality == 10 || quality == 11;
+}
+/* Is its RGB paler than that of the others? Its YUV is not. */
+PPL_HELPER_INLINE PPL_HELPER_UNUSED int ppl_quality_is_pale_in_rgb(uint32_t quality) {
+  return quality == 0 || quality == 10;
+}
+/* RGB24 and RGB32: blue, green, red, the bottom row first. */
+PPL_HELPER_INLINE PPL_HELPER_UNUSED int ppl_format_is_rgb(uint32_t format) {
+  return format == PPL_FORMAT_RGB24 || format == PPL_FORMAT_RGB32;
+}
+/* Bytes of a pixel; in I420, of a luma sample. */
+PPL_HELPER_INLINE PPL_HELPER_UNUSED uint32_t ppl_format_pixel_bytes(uint32_t format) {
+  return format == PPL_FORMAT_I420 ? 1 : format == PPL_FORMAT_RGB24 ? 3 : format == PPL_FORMAT_RGB32 ? 4 : 2;
+}
+
 #endif

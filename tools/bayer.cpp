@@ -17,7 +17,7 @@ bool raw_quality(uint32_t quality) {
 }  // namespace
 
 bool best_via_i420(uint32_t quality) {
-  return quality == 0 || quality == 10;
+  return ppl_quality_is_pale_in_rgb(quality) != 0;
 }
 
 Format route_to(const Job& job, Format format) {
@@ -25,7 +25,10 @@ Format route_to(const Job& job, Format format) {
   if (!is_picture(format)) return format;
   if (job.scale.width || job.via_i420) return Format::i420;
   if (raw_quality(job.quality) && job.decimation > 0) return Format::rgb32;
-  if (job.quality == 15 && job.decimation < 0) return Format::i420;
+  const auto whole = [&](uint32_t made) {
+    return ppl_quality_is_whole(job.quality, 0, made, job.decimation, 0, 0) != 0;
+  };
+  if (!whole(PPL_FORMAT_RGB24) && whole(PPL_FORMAT_I420)) return Format::i420;
   return Format::rgb24;
 }
 

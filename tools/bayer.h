@@ -3,6 +3,7 @@
 
 #include <ppl.h>
 #include <ppl_prepare.h>
+#include <ppl_qualities.h>
 
 #include <optional>
 #include <span>
@@ -19,7 +20,7 @@ namespace tool {
 // What is to be made of a frame.
 struct Job {
   ppl_sensor_frame sensor = {};  // the frame as it is read
-  uint32_t quality = 15;
+  uint32_t quality = PPL_QUALITY_DEFAULT;
   int32_t decimation = 0;                // -1 doubles, 1 halves
   Size scale = {0, 0};                   // 0 x 0: no second pass
   bool via_i420 = false;                 // pictures: through I420 even where the quality has RGB24

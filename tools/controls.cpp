@@ -5,6 +5,7 @@
 
 #include "failure.h"
 #include "options.h"
+#include "quality_list.h"
 #include "settings.h"
 
 namespace tool {
@@ -166,8 +167,9 @@ void apply_lens(const Settings::Lens& lens, ppl_context* context, uint32_t width
 }
 
 void Controls::note_idle(uint32_t quality) const {
-  if (medium_filter() && quality > 2)
-    note(text("--medium-filter does nothing in quality ", quality, "; it acts in 0, 1 and 2"));
+  if (medium_filter() && !ppl_quality_table[quality].reads_medium_filter)
+    note(text("--medium-filter does nothing in quality ", quality, "; it acts in ",
+              quality_list([](const ppl_quality_row& q) { return q.reads_medium_filter != 0; })));
   for (const size_t i : {place("noise_filter_G_12T_threshold"), place("noise_filter_R_8T_threshold"),
                          place("noise_filter_B_8T_threshold")})
     if (options_[i]->count())

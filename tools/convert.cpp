@@ -14,6 +14,7 @@
 #include "frame_stream.h"
 #include "options.h"
 #include "progress.h"
+#include "quality_list.h"
 #include "recording.h"
 
 namespace tool {
@@ -184,13 +185,9 @@ void add_convert(CLI::App& app) {
                    "result is the same")
       ->check(in_range(1, 8));
   state->quality_option =
-      command
-          ->add_option(
-              "-q,--quality", state->job.quality,
-              "Reconstruction: 15 the default; 0, 1, 2 also with --medium-filter; 10, 11 smooth flat areas; "
-              "3 cell by cell; 12, 13 grey; 4 the raw mosaic")
+      command->add_option("-q,--quality", state->job.quality, "Reconstruction: " + quality_names())
           ->capture_default_str()
-          ->check(in_range(0, 15));
+          ->check(in_range(0, PPL_QUALITIES - 1));
   command->add_option("--decimation", state->job.decimation, "1 half size, 0 full size, -1 double size")
       ->capture_default_str()
       ->check(in_range(-1, 1));

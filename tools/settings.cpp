@@ -1,5 +1,7 @@
 #include "settings.h"
 
+#include <ppl_qualities.h>
+
 #include <algorithm>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -32,7 +34,7 @@ class Reader {
       if (key == "ppl_settings") continue;
       const size_t i = control_index(key);
       if (key == "quality")
-        settings.quality = static_cast<uint32_t>(number(key, value, 0, 15));
+        settings.quality = static_cast<uint32_t>(number(key, value, 0, PPL_QUALITIES - 1));
       else if (key == "lens_correction")
         settings.lens = lens(value);
       else if (i < control_count)
@@ -148,7 +150,7 @@ std::string written(const Settings& settings, const std::string& as) {
 }
 
 Settings filled(Settings settings) {
-  if (!settings.quality) settings.quality = 15;
+  if (!settings.quality) settings.quality = PPL_QUALITY_DEFAULT;
   for (size_t i = 0; i < control_count; ++i)
     if (!settings.values[i]) settings.values[i] = all_controls[i].standard;
   return settings;

@@ -1,4 +1,6 @@
 // ppl settings: controls from options and a settings file, written as others take them.
+#include <ppl_qualities.h>
+
 #include <memory>
 
 #include "commands.h"
@@ -12,7 +14,7 @@ namespace {
 
 struct SettingsCommand {
   Controls controls;
-  uint32_t quality = 15;
+  uint32_t quality = PPL_QUALITY_DEFAULT;
   CLI::Option* quality_option = nullptr;
   std::string as = "json", output = "-";
   bool all = false;
@@ -42,8 +44,8 @@ void add_settings(CLI::App& app) {
   command->add_option("-o,--output", state->output, "File to write; - is standard output")
       ->type_name("FILE")
       ->capture_default_str();
-  state->quality_option =
-      command->add_option("-q,--quality", state->quality, "Reconstruction, 0 to 15")->check(in_range(0, 15));
+  state->quality_option = command->add_option("-q,--quality", state->quality, "Reconstruction")
+                              ->check(in_range(0, PPL_QUALITIES - 1));
   state->controls.add_options(*command);
   command->callback([state] { state->run(); });
 }

@@ -11,6 +11,7 @@
 #include "file.h"
 #include "frame_file.h"
 #include "options.h"
+#include "quality_list.h"
 
 namespace tool {
 namespace {
@@ -20,7 +21,7 @@ using Json = nlohmann::ordered_json;
 struct Stats {
   FrameFile frame;
   Controls controls;
-  uint32_t quality = 15;
+  uint32_t quality = PPL_QUALITY_DEFAULT;
   bool json = false;
   CLI::Option* quality_option = nullptr;
   std::string output = "-";
@@ -133,8 +134,9 @@ void Stats::run() {
   frame.settle(Format::bayer);
   job.sensor = frame.sensor();
   job.quality = quality;
-  if (quality == 4 || quality == 9)
-    misuse("quality ", quality, " gathers no statistics; use 0, 1, 2, 3, 10 to 13 or 15");
+  if (ppl_quality_table[quality].road == PPL_ROAD_RAW)
+    misuse("quality ", quality, " gathers no statistics; use ",
+           quality_list([](const ppl_quality_row& q) { return q.statistics != PPL_STATISTICS_NONE; }));
   require_possible(job, controls, Format::i420, frame.row_step());
   if (in_parts(job))
     misuse("statistics are gathered of frames up to 2016 x 2048, not ", frame.width, " x ", frame.height,
@@ -163,7 +165,7 @@ void add_stats(CLI::App& app) {
   state->quality_option =
       command->add_option("-q,--quality", state->quality, "Reconstruction that gathers them")
           ->capture_default_str()
-          ->check(in_range(0, 15));
+          ->check(in_range(0, PPL_QUALITIES - 1));
   state->controls.add_options(*command);
   command->callback([state] { state->run(); });
 }

@@ -161,9 +161,9 @@ std::vector<job> camera_jobs(bench::size s, int level_number) {
   jobs.push_back(ours("quality 2 to I420 : no filters", {.quality = 2}, plain));
   jobs.push_back(ours("quality 3 to I420 : no filters", {.quality = 3}, plain));
   jobs.push_back(ours("quality 13 to I420 : no filters", {.quality = 13}, plain));
-  jobs.push_back(ours("quality 15 to YUYV : finished, packed", {.quality = 15, .to = format::yuyv},
+  jobs.push_back(ours("quality 15 to YUYV : finished, packed", {.quality = 15, .to = PPL_FORMAT_YUYV},
                       finished([p] { p->to_yuyv(); })));
-  jobs.push_back(ours("quality 15 to RGB24 : finished, to RGB24", {.quality = 15, .to = format::rgb24},
+  jobs.push_back(ours("quality 15 to RGB24 : finished, to RGB24", {.quality = 15, .to = PPL_FORMAT_RGB24},
                       finished([p] { p->to_rgb24(); })));
   jobs.push_back(ours("quality 15, half size : finished, scaled", {.quality = 15, .decimation = 1},
                       finished([p] { p->scale(p->w / 2, p->h / 2); })));

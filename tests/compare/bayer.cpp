@@ -21,6 +21,7 @@
 #include "reference/place.h"
 #include "support/guarded.h"
 #include "support/level.h"
+#include "support/qualities.h"
 #include "support/random.h"
 #include "support/slots.h"
 
@@ -33,9 +34,7 @@ using slots::ending;
 using slots::format;
 using support::random_source;
 
-constexpr int kMaxLevels = 4;
-constexpr uint32_t kQualities[] = {0, 1, 2, 3, 10, 11, 12, 13, 15};
-constexpr const char* kEndings[] = {"", "_deci_2_1", "_intp_1_2", "_intp_1_2_stride", "_intp_1_4_stride"};
+constexpr const auto& kQualities = support::kFinished.number;
 
 // Room for the largest buffer of a case, once per slot.
 struct arena {
@@ -54,7 +53,7 @@ struct slot_memory {
   std::deque<std::vector<uint16_t>> lens_tables;
 };
 slot_memory& memory_of(int slot) {
-  static slot_memory all[kMaxLevels + 1];
+  static slot_memory all[PPL_TEST_LEVELS + 1];
   return all[slot];
 }
 
@@ -75,7 +74,7 @@ class test_case {
  public:
   explicit test_case(uint64_t seed) : random(seed) {
     ppl_clear_pool();
-    levels_ = std::min(ppl_test_levels(), kMaxLevels);
+    levels_ = ppl_test_levels();
     for (int i = 0; i < levels_; ++i) {
       ppl_test_force_level(i);
       library_.push_back({ppl_init()});
@@ -882,7 +881,7 @@ void one_frame(test_case& c, format kind, const frame_size& f, int misaligned_pe
   const std::vector<uint8_t> before = destination.fill_random(c.slot_count(), random.bits());
   const bool skip_picture = open || ref::picture_is_open(after, kind);
   c.each(text("%s frame, quality %d, %d x %d, stride %d, %ssource +%d, %sdestination +%d",
-              slots::format_names[int(kind)], int(c.reference.quality), f.width, f.height, f.stride,
+              slots::kFormatNames[int(kind)], int(c.reference.quality), f.width, f.height, f.stride,
               null.source ? "null " : "", int(source.offset), null.destination ? "null " : "",
               int(destination.offset)),
          [&](auto& slot, int i) {
@@ -924,7 +923,7 @@ void quality_case(test_case& c, uint32_t quality, format kind) {
     }
     if (i + 1 < frames && random.chance(25)) {
       set_quality(c, random.pick(kQualities));
-      one_frame(c, format(random.between(0, 4)), f, 0, false);
+      one_frame(c, format(random.between(0, PPL_FORMATS - 1)), f, 0, false);
     }
     set_quality(c, quality);
     one_frame(c, kind, f, 1, false);
@@ -980,7 +979,7 @@ void sequence_case(test_case& c) {
     frame_size now = f;
     if (random.chance(2)) now.stride = now.width - random.between(1, now.width);
     if (random.chance(2)) now.width = now.stride = random.between(2037, 2100);
-    one_frame(c, format(random.between(0, 4)), now, 4, false);
+    one_frame(c, format(random.between(0, PPL_FORMATS - 1)), now, 4, false);
   }
 }
 
@@ -1009,13 +1008,12 @@ void raw_case(test_case& c, format kind) {
 // Qualities that are only counted, in this format or in all.
 void counted_case(test_case& c) {
   random_source& random = c.random;
-  constexpr uint32_t counted[] = {5, 6, 7, 8, 14};
   const frame_size f = random_size(random);
   for (int i = 0; i < 3 && !c.failed; ++i) {
     random_controls(c, 2);
     set_decimation(c, true);
-    set_quality(c, random.chance(40) ? random.pick(kQualities) : random.pick(counted));
-    one_frame(c, random.chance(50) ? format::rgb32 : format(random.between(0, 4)), f, 5, false);
+    set_quality(c, random.chance(40) ? random.pick(kQualities) : random.pick(support::kCounted.number));
+    one_frame(c, random.chance(50) ? format::rgb32 : format(random.between(0, PPL_FORMATS - 1)), f, 5, false);
   }
 }
 
@@ -1034,7 +1032,7 @@ void black_lines_case(test_case& c) {
     }
     if (random.chance(30)) f = random_size(random);
     set_quality(c, random.chance(90) ? random.pick(kQualities) : 4);
-    one_frame(c, format(random.between(0, 4)), f, 0, false);
+    one_frame(c, format(random.between(0, PPL_FORMATS - 1)), f, 0, false);
   }
 }
 
@@ -1064,7 +1062,7 @@ void absurd_lines_case(test_case& c) {
     }
     CALL3(set_decimation, d, top, bottom);
     set_quality(c, random.chance(70) ? random.pick(kQualities) : 4);
-    one_frame(c, format(random.between(0, 4)), f, 0, false);
+    one_frame(c, format(random.between(0, PPL_FORMATS - 1)), f, 0, false);
   }
 }
 
@@ -1088,7 +1086,7 @@ void leftovers_case(test_case& c) {
     if (random.chance(30)) set_decimation(c, false);
     constexpr uint32_t qualities[] = {10, 11, 0, 1, 0};
     set_quality(c, i == 0 ? qualities[random.between(0, 1)] : random.pick(qualities));
-    one_frame(c, format(random.between(0, 4)), f, 0, false);
+    one_frame(c, format(random.between(0, PPL_FORMATS - 1)), f, 0, false);
   }
 }
 
@@ -1106,7 +1104,7 @@ void safety_case(test_case& c) {
   if (random.chance(10)) f.stride = random.between(0, f.stride);
   const bool exact = f.width % 16 == 0 && f.height % 2 == 0;
   set_quality(c, random.chance(90) ? random.pick(kQualities) : 4);
-  one_frame(c, format(random.between(0, 4)), f, 3, !exact);
+  one_frame(c, format(random.between(0, PPL_FORMATS - 1)), f, 3, !exact);
 }
 
 void wrapper_case(test_case& c, format kind, bool with_nulls = false) {
@@ -1154,9 +1152,9 @@ void wrapper_case(test_case& c, format kind, bool with_nulls = false) {
       null.destination = destination_offset % 16 == 0 && random.chance(50);
     }
     c.each(text("BaylorTo%sMMX%s, quality %d, %d x %d, %ssource +%d, %sdestination +%d",
-                slots::format_names[int(kind)], kEndings[int(name)], int(c.reference.quality), f.width,
-                f.height, null.source ? "null " : "", int(source_offset), null.destination ? "null " : "",
-                int(destination_offset)),
+                slots::kFormatNames[int(kind)], support::kWrapperEndings[int(name)], int(c.reference.quality),
+                f.width, f.height, null.source ? "null " : "", int(source_offset),
+                null.destination ? "null " : "", int(destination_offset)),
            [&](auto& slot, int i) {
              return slot.wrapper(kind, name, handed_over(source, i, null.source),
                                  handed_over(destination, i, null.destination), uint32_t(f.width),
@@ -1222,7 +1220,7 @@ void scaled_case(test_case& c, bool with_nulls = false) {
     }
     c.each(text("BaylorTo%sMMX_scaling_stride, quality %d, %d x %d, stride %d, to %d x %d, offsets %d %d "
                 "%d%s%s%s",
-                slots::format_names[int(kind)], int(c.reference.quality), f.width, f.height, f.stride, ow, oh,
+                slots::kFormatNames[int(kind)], int(c.reference.quality), f.width, f.height, f.stride, ow, oh,
                 int(source_offset), int(destination_offset), int(scratch_offset),
                 null.source ? ", source null" : "", null.destination ? ", destination null" : "",
                 null.scratch ? ", scratch null" : ""),
@@ -1254,7 +1252,7 @@ void null_case(test_case& c) {
   }
   switch (random.between(0, 3)) {
     case 0:
-      wrapper_case(c, format(random.between(0, 4)), true);
+      wrapper_case(c, format(random.between(0, PPL_FORMATS - 1)), true);
       return;
     case 1:
       scaled_case(c, true);
@@ -1272,7 +1270,8 @@ void null_case(test_case& c) {
     }
     constexpr uint32_t others[] = {4, 9, 4, 5};
     set_quality(c, random.chance(60) ? random.pick(kQualities) : random.pick(others));
-    one_frame(c, format(random.between(0, 4)), f, 10, false, {random.chance(50), random.chance(50), false});
+    one_frame(c, format(random.between(0, PPL_FORMATS - 1)), f, 10, false,
+              {random.chance(50), random.chance(50), false});
   }
 }
 
@@ -1320,16 +1319,15 @@ family cases_of(const std::string& name, int cases, const std::function<void(tes
 std::vector<family> families() {
   std::vector<family> all;
   for (uint32_t quality : kQualities)
-    for (int kind = 0; kind < 5; ++kind) {
-      if (format(kind) == format::rgb32 && (quality == 13 || quality == 15)) continue;  // in `counted`
-      if ((kind == 1 || kind == 2) && quality == 13) continue;
-      all.push_back(cases_of("quality_" + std::to_string(quality) + "_" + slots::format_names[kind], 250,
+    for (int kind = 0; kind < PPL_FORMATS; ++kind) {
+      if (ppl_quality_table[quality].runs[kind] == 0) continue;  // in `counted`
+      all.push_back(cases_of("quality_" + std::to_string(quality) + "_" + slots::kFormatNames[kind], 250,
                              [=](test_case& c) { quality_case(c, quality, format(kind)); }));
     }
-  for (int kind = 0; kind < 5; ++kind) {
-    all.push_back(cases_of(std::string("raw_") + slots::format_names[kind], 250,
+  for (int kind = 0; kind < PPL_FORMATS; ++kind) {
+    all.push_back(cases_of(std::string("raw_") + slots::kFormatNames[kind], 250,
                            [=](test_case& c) { raw_case(c, format(kind)); }));
-    all.push_back(cases_of(std::string("wrappers_") + slots::format_names[kind], 150,
+    all.push_back(cases_of(std::string("wrappers_") + slots::kFormatNames[kind], 150,
                            [=](test_case& c) { wrapper_case(c, format(kind)); }));
   }
   all.push_back(cases_of("counted", 200, counted_case));

@@ -94,8 +94,8 @@ outcome run(Slot& slot, const csv::row& row) {
   const auto number = [&](const char* name) { return std::stoi(row.at(name)); };
   const int width = number("width"), height = number("height"), d = number("decimation");
   const format kind =
-      format(std::find(std::begin(slots::format_names), std::end(slots::format_names), row.at("format")) -
-             std::begin(slots::format_names));
+      format(std::find(std::begin(slots::kFormatNames), std::end(slots::kFormatNames), row.at("format")) -
+             std::begin(slots::kFormatNames));
   std::vector<uint16_t> lens_table;
   if (row.at("controls") == "A") set_controls_a(slot, width, height, lens_table);
   slot.set_h_mirror(uint8_t(number("h_mirror")));

@@ -54,7 +54,7 @@ TEST_P(frame_call, a_buffer_off_16_bytes_skips_the_frame_silently) {
 }
 
 TEST_P(frame_call, a_stride_below_the_width_only_counts) {
-  for (uint32_t quality = 0; quality <= 15; ++quality) {
+  for (uint32_t quality = 0; quality < PPL_QUALITIES; ++quality) {
     ppl_set_quality(c, quality);
     for (int f = I420; f <= RGB32; ++f) {
       const bytes before = noise(48 * 32, 3);
@@ -71,7 +71,7 @@ TEST_P(frame_call, a_stride_below_the_width_only_counts) {
 TEST_P(frame_call, counting_qualities_leave_picture_source_and_scale) {
   flat_frame(100);
   const int32_t scale = c->stats_scale;
-  for (uint32_t quality : {5u, 6u, 7u, 8u, 14u}) {
+  for (uint32_t quality : support::kCounted) {
     ppl_set_quality(c, quality);
     for (int f = I420; f <= RGB32; ++f) {
       const uint32_t frames = ppl_n_frame(c);
@@ -87,7 +87,7 @@ TEST_P(frame_call, counting_qualities_leave_picture_source_and_scale) {
 
 // Without a buffer that it would read or write, a frame is only counted, raw ones too.
 TEST_P(frame_call, null_buffers_only_count) {
-  for (uint32_t quality = 0; quality < 16; ++quality)
+  for (uint32_t quality = 0; quality < PPL_QUALITIES; ++quality)
     for (int f = I420; f <= RGB32; ++f)
       for (int d = -1; d <= 1; ++d)
         for (int missing = 1; missing < 4; ++missing) {
@@ -99,7 +99,8 @@ TEST_P(frame_call, null_buffers_only_count) {
           c->mark_position = 7;
           const uint32_t frames = ppl_n_frame(c);
           // Raw RGB24 draws nothing at half size and none of them at double size, but for the mark of I420.
-          const bool raw = quality == 4 || quality == 9, marks = f == I420 && (missing & 2) == 0;
+          const bool raw = ppl_quality_table[quality].road == PPL_ROAD_RAW,
+                     marks = f == I420 && (missing & 2) == 0;
           const bool draws = d == 0 || (d == 1 && f != RGB24) || (f == I420 && (missing & 2) != 0);
           EXPECT_EQ(call(f, c, missing & 1 ? nullptr : source.data(),
                          missing & 2 ? nullptr : destination.data(), 160, 48),
@@ -193,7 +194,7 @@ TEST_P(frame_call, a_counted_frame_rolls_up_zeros) {
 }
 
 TEST_P(frame_call, frames_of_fewer_than_four_pixels_have_no_means) {
-  for (uint32_t quality = 0; quality <= 15; ++quality) {
+  for (uint32_t quality = 0; quality < PPL_QUALITIES; ++quality) {
     ppl_set_quality(c, quality);
     for (const auto& [w, h] : {std::array{1, 1}, std::array{3, 1}, std::array{0, 5}, std::array{5, 0}}) {
       fenced source(size_t(w * h)), destination(frame_bytes(I420, size_t(w * h)));

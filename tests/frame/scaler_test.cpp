@@ -18,7 +18,7 @@ class scaler : public at_level {
  protected:
   void SetUp() override {
     at_level::SetUp();
-    if (c != nullptr) ppl_set_quality(c, 5);
+    if (c != nullptr) ppl_set_quality(c, *support::kCounted.begin());
   }
   // Scales a frame that stands in scratch already. YUYV frames have 4 bytes more behind them. Behind both, as close
   // as an alignment to 16 allows, lies a page that faults.
@@ -27,9 +27,8 @@ class scaler : public at_level {
     const size_t n = frame_bytes(f, size_t(out.w * out.h));
     fenced source(size_t(in.w * in.h)), scratch(frame, to_the_end(frame.size()));
     fenced destination(n, 0xa5, to_the_end(n));
-    const auto call = f == I420 ? BaylorToI420MMX_scaling_stride : BaylorToYUYVMMX_scaling_stride;
-    EXPECT_EQ(call(c, source.data(), uint32_t(in.w), uint32_t(in.h), uint32_t(in.w), destination.data(),
-                   uint32_t(out.w), uint32_t(out.h), scratch.data()),
+    EXPECT_EQ(support::kScaledCalls[f](c, source.data(), uint32_t(in.w), uint32_t(in.h), uint32_t(in.w),
+                                       destination.data(), uint32_t(out.w), uint32_t(out.h), scratch.data()),
               1);
     EXPECT_EQ(scratch.content(), frame);
     return destination.content();

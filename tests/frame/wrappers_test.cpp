@@ -6,14 +6,7 @@ namespace {
 
 using namespace engine;
 
-using wrapper = decltype(&BaylorToI420MMX);
-#define ENGINE_ENDINGS(F)                                                   \
-  {                                                                         \
-    BaylorTo##F##MMX, BaylorTo##F##MMX_deci_2_1, BaylorTo##F##MMX_intp_1_2, \
-        BaylorTo##F##MMX_intp_1_2_stride, BaylorTo##F##MMX_intp_1_4_stride  \
-  }
-constexpr wrapper kWrappers[5][5] = {ENGINE_ENDINGS(I420), ENGINE_ENDINGS(YUYV), ENGINE_ENDINGS(UYVY),
-                                     ENGINE_ENDINGS(RGB24), ENGINE_ENDINGS(RGB32)};
+using support::kWrappers;
 
 class wrappers : public at_level {};
 ENGINE_LEVELS(wrappers);

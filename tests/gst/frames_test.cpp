@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "element.h"
+#include "support/qualities.h"
 
 namespace {
 
@@ -215,8 +216,7 @@ TEST_F(Frames, CapsThatCannotBeAreRefusedWithTheReason) {
 // What is offered will work: every format and a few sizes of the offer make a picture, and the raw qualities do not
 // offer what is made in parts.
 TEST_F(Frames, WhatIsOfferedWorks) {
-  for (int quality = 0; quality < 16; ++quality) {
-    if ((quality >= 5 && quality <= 8) || quality == 14) continue;
+  for (const uint32_t quality : support::kPictured) {
     const std::string control = "quality=" + std::to_string(quality);
     open(control, "{I420,YUY2,UYVY,NV12,BGR,BGRx,RGBx}");
     GstPad* pad = gst_element_get_static_pad(element_, "src");
@@ -233,7 +233,7 @@ TEST_F(Frames, WhatIsOfferedWorks) {
     GstCaps* large = gst_caps_from_string("video/x-bayer,format=rggb12le,width=2592,height=1944");
     GstPad* sink = gst_element_get_static_pad(element_, "sink");
     GstCaps* any = gst_pad_query_caps(sink, nullptr);
-    EXPECT_EQ(gst_caps_can_intersect(any, large), quality != 4 && quality != 9) << quality;
+    EXPECT_EQ(gst_caps_can_intersect(any, large), ppl_quality_table[quality].road != PPL_ROAD_RAW) << quality;
     gst_object_unref(sink);
     for (GstCaps* caps : {taken, large, any}) gst_caps_unref(caps);
   }

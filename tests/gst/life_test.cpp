@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "element.h"
+#include "scarce_memory.h"
 
 namespace {
 
@@ -31,28 +32,6 @@ void* operator new(std::size_t bytes, std::align_val_t alignment, const std::not
 namespace {
 
 using namespace gst_test;
-
-// Memory that is there for so many buffers.
-struct Scarce {
-  GstAllocator parent;
-  gint left;
-};
-struct ScarceClass {
-  GstAllocatorClass parent;
-};
-G_DEFINE_TYPE(Scarce, scarce, GST_TYPE_ALLOCATOR)
-
-GstMemory* scarce_alloc(GstAllocator* self, gsize size, GstAllocationParams* params) {
-  auto* scarce = reinterpret_cast<Scarce*>(self);
-  if (scarce->left-- <= 0) return nullptr;
-  return gst_allocator_alloc(nullptr, size, params);
-}
-void scarce_init(Scarce* self) {
-  self->left = 0;
-}
-void scarce_class_init(ScarceClass* type) {
-  GST_ALLOCATOR_CLASS(type)->alloc = scarce_alloc;
-}
 
 // Memory that nobody gets at.
 struct Closed {
@@ -161,9 +140,7 @@ TEST_F(Life, AQualityThatNeedsAnotherFormat) {
 TEST_F(Life, NoMemoryForThePicture) {
   for (int enough : {0, 1, 2}) {
     open("", "I420");
-    auto* scarce = static_cast<GstAllocator*>(g_object_new(scarce_get_type(), nullptr));
-    gst_object_ref_sink(scarce);
-    reinterpret_cast<Scarce*>(scarce)->left = enough;
+    GstAllocator* scarce = scarce_memory(enough);
     gst_harness_set_propose_allocator(harness_, GST_ALLOCATOR(gst_object_ref(scarce)), nullptr);
     // The element asks again for what it is offered.
     gst_harness_set_src_caps_str(harness_, "video/x-bayer,format=bggr,width=160,height=32,framerate=30/1");

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "support/qualities.h"
 #include "tool/run.h"
 
 namespace {
@@ -102,7 +103,9 @@ TEST_F(Gst, WrongPipelinesTellWhy) {
       {"video/x-bayer,format=bggr,width=640,height=480 ! pplbayer quality=13 ! video/x-raw,format=UYVY",
        "it makes I420, NV12"},
       {"video/x-bayer,format=bggr,width=320,height=480 ! pplbayer", "a frame of 320 x 480 has 153600"},
-      {"video/x-bayer,format=bggr,width=640,height=480 ! pplbayer quality=8", "use 0 to 4"}};
+      {"video/x-bayer,format=bggr,width=640,height=480 ! pplbayer quality=" +
+           std::to_string(*support::kCounted.begin()),
+       "makes no picture; use 0 to "}};
   for (const auto& [middle, why] : wrong) {
     const Result result = shell(
         "GST_REGISTRY='" + path("registry") +

@@ -11,6 +11,7 @@
 
 #include "helpers/scenes.h"
 #include "ppl.h"
+#include "support/qualities.h"
 
 extern "C" int whole_in_c(uint32_t format, uint32_t quality, uint32_t width, uint32_t height);
 
@@ -434,6 +435,46 @@ TEST(check_words, every_reason_has_a_sentence_of_its_own) {
     EXPECT_EQ(s == "no such reason", r == PPL_REASONS) << r;
     EXPECT_GT(s.size(), 10u);
   }
+}
+
+// Sentences that recommend qualities name those of the table.
+TEST(check_words, sentences_name_the_qualities_of_the_table) {
+  const auto doubled = [](uint32_t format, int medium) {
+    std::vector<std::string> numbers;
+    for (uint32_t q = 0; q < PPL_QUALITIES; ++q)
+      if (ppl_quality_is_whole(q, medium, format, PPL_SIZE_DOUBLE, 0, 0))
+        numbers.push_back(std::to_string(q));
+    return numbers;
+  };
+  const auto list = [](const std::vector<std::string>& numbers, const std::string& last) {
+    std::string text;
+    for (size_t i = 0; i < numbers.size(); ++i)
+      text += (i == 0 ? "" : i + 1 < numbers.size() ? ", " : last) + numbers[i];
+    return text;
+  };
+  const auto says = [](ppl_reason reason, const std::string& words) {
+    const std::string sentence = ppl_reason_text(reason);
+    EXPECT_NE(sentence.find(words), std::string::npos) << sentence << ": " << words;
+  };
+  const auto all = doubled(PPL_FORMAT_I420, 0), yuyv = doubled(PPL_FORMAT_YUYV, 1);
+  std::vector<std::string> of_all_formats, by_medium_filter;
+  for (const std::string& q : all) {
+    const auto has = [&](const std::vector<std::string>& v) {
+      return std::count(v.begin(), v.end(), q) != 0;
+    };
+    if (has(doubled(PPL_FORMAT_RGB24, 0))) of_all_formats.push_back(q);
+    if (has(doubled(PPL_FORMAT_YUYV, 0)) && !has(yuyv)) by_medium_filter.push_back(q);
+  }
+  EXPECT_EQ(doubled(PPL_FORMAT_UYVY, 0), all);
+  says(PPL_REASON_GREY_NOT_DOUBLED, "; " + list(all, " and ") + " are");
+  says(PPL_REASON_NOT_CONVERTED_TO_RGB, "use quality " + list(of_all_formats, " or "));
+  says(PPL_REASON_ROWS_BETWEEN, "in I420 and UYVY " + list(all, " and ") + " do not, in YUYV " +
+                                    list(yuyv, ", ") + " and, without medium filter, " +
+                                    list(by_medium_filter, ", "));
+  for (const uint32_t q : support::kFinished)
+    for (uint32_t format = 0; format < PPL_FORMATS; ++format)
+      if (ppl_quality_table[q].runs[format] == 0)
+        says(PPL_REASON_QUALITY_NOT_IN_FORMAT, std::to_string(q) + " ");
 }
 
 TEST(check_words, c_agrees) {

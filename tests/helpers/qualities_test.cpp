@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 
+#include "paths/qualities.h"
 #include "support/frame_fixture.h"
 
 extern "C" int qualities_in_c99(void);  // qualities_c99.c
@@ -14,9 +15,6 @@ extern "C" int qualities_in_c99(void);  // qualities_c99.c
 namespace {
 
 using namespace engine;
-
-static_assert(I420 == int{PPL_FORMAT_I420} && YUYV == int{PPL_FORMAT_YUYV} && UYVY == int{PPL_FORMAT_UYVY} &&
-              RGB24 == int{PPL_FORMAT_RGB24} && RGB32 == int{PPL_FORMAT_RGB32});
 
 constexpr int kWidth = 128, kHeight = 48;
 
@@ -169,20 +167,37 @@ TEST(Qualities, RowsAreCompleteAndInOrder) {
     }
     if (row.road == PPL_ROAD_COUNTED || row.road == PPL_ROAD_RAW) {
       EXPECT_EQ(row.statistics, PPL_STATISTICS_NONE) << q;
+      EXPECT_STREQ(ppl_quality_name(q), row.road == PPL_ROAD_RAW ? "raw" : "counted") << q;
     } else {
       EXPECT_TRUE(names.insert(ppl_quality_name(q)).second) << q;
       EXPECT_TRUE(summaries.insert(ppl_quality_summary(q)).second) << q;
     }
   }
-  EXPECT_STREQ(ppl_quality_name(4), "raw");
-  EXPECT_STREQ(ppl_quality_name(14), "counted");
-  EXPECT_STREQ(ppl_quality_name(16), "unknown");
-  EXPECT_STREQ(ppl_format_name(PPL_FORMAT_RGB32), "rgb32");
-  EXPECT_FALSE(ppl_quality_runs(16, 0, 0) || ppl_quality_runs(0, 5, 0) || ppl_quality_runs(0, 0, 3) ||
-               ppl_quality_runs(0, 0, -2));
+  EXPECT_STREQ(ppl_quality_name(PPL_QUALITIES), "unknown");
+  std::set<std::string> formats;
+  for (uint32_t f = 0; f < PPL_FORMATS; ++f) formats.insert(ppl_format_name(f));
+  EXPECT_EQ(formats.size(), size_t{PPL_FORMATS});
+  EXPECT_EQ(formats.count("unknown"), 0u);
+  EXPECT_STREQ(ppl_format_name(PPL_FORMATS), "unknown");
+  EXPECT_FALSE(ppl_quality_runs(PPL_QUALITIES, 0, 0) || ppl_quality_runs(0, PPL_FORMATS, 0) ||
+               ppl_quality_runs(0, 0, 3) || ppl_quality_runs(0, 0, -2));
   ppl_context* const c = ppl_init();
   EXPECT_EQ(ppl_quality(c), uint32_t{PPL_QUALITY_DEFAULT});
   ppl_free(c);
+}
+
+// What the library's own half of the table and its formats say once more for themselves.
+TEST(Qualities, BothHalvesOfTheTableAgree) {
+  for (const ppl::quality_row& q : ppl::quality_rows) {
+    const bool flat = q.demosaic != nullptr && ppl::is_tested(q.demosaic->flat);
+    EXPECT_EQ(ppl_quality_leaves_colours(q.quality) != 0, flat) << int{q.quality};
+    EXPECT_EQ(ppl_quality_is_pale_in_rgb(q.quality) != 0, q.rgb == ppl::rgb_form::yuv_planes)
+        << int{q.quality};
+  }
+  for (uint32_t f = 0; f < PPL_FORMATS; ++f) {
+    EXPECT_EQ(ppl_format_is_rgb(f) != 0, ppl::is_rgb(ppl::out_format(f))) << f;
+    EXPECT_EQ(ppl_format_pixel_bytes(f), uint32_t(ppl::bytes_per_pixel(ppl::out_format(f)))) << f;
+  }
 }
 
 TEST(Qualities, TheHeaderIsC99) {

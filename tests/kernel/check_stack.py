@@ -18,7 +18,7 @@ import sys
 from code_map import CodeMap
 from pe_image import Image
 
-TABLE = re.compile(r"(?:sse2|sse41)\d+(?:row|tile|path|output|convert|scaler)_tableE$")
+TABLE = re.compile(r"\d[a-z]\w*?\d+(?:row|tile|path|output|convert|scaler)_tableE$")
 # Callers, and the end of the mangled names of what they call through pointers that the code hands around.
 POINTERS = [
     (r"run_walk", r"ERNS_4walkERKNS_5stageEi"),

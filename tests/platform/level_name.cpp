@@ -3,11 +3,10 @@
 #include <stdio.h>
 #include <string.h>
 
-#include <initializer_list>
-
 #include "ppl.h"
 #include "record/context.h"
 #include "record/levels.h"
+#include "support/bayer_exports.h"
 
 namespace {
 alignas(64) uint8_t source[128 * 32], picture[256 * 64 * 4], scratch[256 * 64 * 4];
@@ -16,10 +15,9 @@ alignas(64) uint8_t source[128 * 32], picture[256 * 64 * 4], scratch[256 * 64 * 
 int main(int argc, char** argv) {
   ppl_context* const c = ppl_init();
   if (c == nullptr || argc != 2) return 2;
-  for (uint32_t quality = 0; quality < 16; ++quality) {
+  for (uint32_t quality = 0; quality < PPL_QUALITIES; ++quality) {
     ppl_set_quality(c, quality);
-    for (auto* const frame : {ppl_process_blrtoi420, ppl_process_blrtoyuyv, ppl_process_blrtouyvy,
-                              ppl_process_blrtorgb24, ppl_process_blrtorgb32}) {
+    for (auto* const frame : support::kFrameCalls) {
       for (size_t i = 0; i < sizeof source; ++i) source[i] = static_cast<uint8_t>(i * 7 + i / 128 * 31);
       frame(c, source, picture, 128, 32, 128);
     }

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "ppl.h"
+#include "support/bayer_exports.h"
 #include "support/level.h"
 
 extern "C" void ppl_clear_pool();
@@ -168,15 +169,9 @@ class Stack : public testing::TestWithParam<int> {
 };
 
 TEST_P(Stack, BayerFrames) {
-  using frame_function = uint8_t(ppl_context*, uint8_t*, uint8_t*, uint32_t, uint32_t, uint32_t);
-  constexpr std::pair<const char*, frame_function*> kFormats[] = {{"I420", ppl_process_blrtoi420},
-                                                                  {"YUYV", ppl_process_blrtoyuyv},
-                                                                  {"UYVY", ppl_process_blrtouyvy},
-                                                                  {"RGB24", ppl_process_blrtorgb24},
-                                                                  {"RGB32", ppl_process_blrtorgb32}};
   deepest d;
-  for (const auto& [name, frame] : kFormats)
-    for (uint32_t quality = 0; quality < 16; ++quality)
+  for (int f = 0; f < PPL_FORMATS; ++f)
+    for (uint32_t quality = 0; quality < PPL_QUALITIES; ++quality)
       for (int decimation = -1; decimation <= 2; ++decimation)
         for (uint32_t flags = 0; flags < 8; ++flags)
           for (const uint32_t width : {48u, 128u}) {
@@ -186,17 +181,17 @@ TEST_P(Stack, BayerFrames) {
             ppl_set_v_mirror(context_, flags >> 1 & 1);
             (flags & 4) != 0 ? ppl_enable_medium_filter(context_) : ppl_disable_medium_filter(context_);
             ppl_set_mean_collection(context_, 1);
-            d.note(depth_of(frame, context_, buffers[0], buffers[1], width, 32u, width),
-                   std::string(name) + " of quality " + std::to_string(quality) + ", decimation " +
-                       std::to_string(decimation) + ", width " + std::to_string(width) + ", flags " +
-                       std::to_string(flags));
+            d.note(depth_of(support::kFrameCalls[f], context_, buffers[0], buffers[1], width, 32u, width),
+                   support::kFormatNames[f] + std::string(" of quality ") + std::to_string(quality) +
+                       ", decimation " + std::to_string(decimation) + ", width " + std::to_string(width) +
+                       ", flags " + std::to_string(flags));
           }
   report(d);
 }
 
 TEST_P(Stack, BayerFramesByWrappers) {
   deepest d;
-  for (uint32_t quality = 0; quality < 16; ++quality)
+  for (uint32_t quality = 0; quality < PPL_QUALITIES; ++quality)
     for (const named_call& f : kExports) {
       if (std::string(f.name).rfind("Baylor", 0) != 0) continue;
       ppl_set_quality(context_, quality);
@@ -210,7 +205,7 @@ TEST_P(Stack, EveryFunction) {
   deepest d;
   for (uint32_t round = 0; round < 60; ++round) {
     ppl_reset_all_controls(context_);
-    ppl_set_quality(context_, round % 16);
+    ppl_set_quality(context_, round % PPL_QUALITIES);
     for (const named_call& f : kExports) {
       const bool is_init = std::string(f.name) == "ppl_init";
       d.note(f.depth(argument_source::random(context_, round * 997 + 1)), f.name);
@@ -223,7 +218,7 @@ TEST_P(Stack, EveryFunction) {
   report(d);
 }
 
-INSTANTIATE_TEST_SUITE_P(Level, Stack, testing::Range(0, 4));
+INSTANTIATE_TEST_SUITE_P(Level, Stack, testing::Range(0, PPL_TEST_LEVELS));
 
 // libppl.so as a program loads it: its first calls cost no more than later ones, for nothing is looked up in them.
 TEST(StackOfSharedLibrary, FirstCalls) {

@@ -13,8 +13,10 @@
 
 #include "ppl.h"
 #include "record/context.h"
+#include "support/bayer_exports.h"
 #include "support/convert_exports.h"
 #include "support/level.h"
+#include "support/qualities.h"
 
 namespace {
 
@@ -99,11 +101,6 @@ void run_twice(ppl_context* c, const std::vector<buffer*>& buffers, bool statist
       << name << " changes byte " << difference.first - expected.begin() << " of the record";
 }
 
-using frame_call = uint8_t (*)(ppl_context*, uint8_t*, uint8_t*, uint32_t, uint32_t, uint32_t);
-constexpr frame_call kFrameCalls[] = {ppl_process_blrtoi420, ppl_process_blrtoyuyv, ppl_process_blrtouyvy,
-                                      ppl_process_blrtorgb24, ppl_process_blrtorgb32};
-constexpr uint32_t kQualities[] = {0, 1, 2, 3, 4, 10, 11, 12, 13, 15};
-
 void any_controls(ppl_context* c, dice_box& dice) {
   ppl_set_optical_black_b_gb_gr_r(c, dice.below(30), dice.below(30), dice.below(30), dice.below(30));
   ppl_set_rgb_gain(c, 200 + dice.below(300), 256, 200 + dice.below(300));
@@ -123,14 +120,14 @@ TEST_P(Rooms, AFrameChangesItsPictureItsStatisticsAndNothingElse) {
   if (GetParam() >= ppl_test_levels()) GTEST_SKIP() << "this processor has no such level";
   ppl_test_force_level(GetParam());
   dice_box dice(11);
-  for (const uint32_t quality : kQualities)
-    for (int format = 0; format < 5; ++format)
+  for (const uint32_t quality : support::kPictured)
+    for (int format = 0; format < PPL_FORMATS; ++format)
       for (int32_t decimation = -1; decimation <= 2; ++decimation)
         for (const uint32_t width :
              {32u, 96u, 144u, 16 * (1 + dice.below(12)), dice.below(7) == 0 ? 2032u : 320u}) {
           const uint32_t height = width > 1000 ? 6 : 2 * (1 + dice.below(24)),
                          stride = width + (dice.below(3) == 0) * dice.below(16);
-          if (width > 1000 && (format != static_cast<int>(quality % 5))) continue;
+          if (width > 1000 && (format != static_cast<int>(quality % PPL_FORMATS))) continue;
           ppl_context* const c = ppl_init();
           ASSERT_NE(c, nullptr);
           any_controls(c, dice);
@@ -140,7 +137,7 @@ TEST_P(Rooms, AFrameChangesItsPictureItsStatisticsAndNothingElse) {
           buffer source(size_t{stride} * height), picture(size_t{16} * width * height);
           run_twice(
               c, {&source, &picture}, true,
-              [&] { kFrameCalls[format](c, source.at(), picture.at(), width, height, stride); },
+              [&] { support::kFrameCalls[format](c, source.at(), picture.at(), width, height, stride); },
               "quality " + std::to_string(quality) + " format " + std::to_string(format) + " decimation " +
                   std::to_string(decimation) + " " + std::to_string(width) + " x " + std::to_string(height));
           ppl_reset_all_controls(c);
@@ -182,10 +179,6 @@ TEST_P(Rooms, AConversionChangesItsPictureAndTheCountAlone) {
       }
 }
 
-using scaled_call = uint8_t (*)(ppl_context*, uint8_t*, uint32_t, uint32_t, uint32_t, uint8_t*, uint32_t,
-                                uint32_t, uint8_t*);
-constexpr scaled_call kScaledCalls[] = {BaylorToI420MMX_scaling_stride, BaylorToYUYVMMX_scaling_stride};
-
 TEST_P(Rooms, AScaledFrameDoesNotDependOnTheRings) {
   if (GetParam() >= ppl_test_levels()) GTEST_SKIP() << "this processor has no such level";
   ppl_test_force_level(GetParam());
@@ -198,15 +191,15 @@ TEST_P(Rooms, AScaledFrameDoesNotDependOnTheRings) {
                    out_height = height + dice.below(40);
     ppl_context* const c = ppl_init();
     ASSERT_NE(c, nullptr);
-    ppl_set_quality(c, kQualities[dice.below(std::size(kQualities))]);
+    ppl_set_quality(c, support::kPictured.number[dice.below(std::size(support::kPictured.number))]);
     ppl_new_frame_size(c, width, height, width);
     buffer source(width * height), scratch(2 * width * height + 4),
         picture(2 * size_t{out_width} * out_height);
     run_twice(
         c, {&source, &scratch, &picture}, true,
         [&] {
-          kScaledCalls[k & 1](c, source.at(), width, height, width, picture.at(), out_width, out_height,
-                              scratch.at());
+          support::kScaledCalls[k & 1](c, source.at(), width, height, width, picture.at(), out_width,
+                                       out_height, scratch.at());
         },
         "scaled call " + std::to_string(k));
     ppl_reset_all_controls(c);
@@ -215,7 +208,7 @@ TEST_P(Rooms, AScaledFrameDoesNotDependOnTheRings) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Levels, Rooms, testing::Range(0, 4));
+INSTANTIATE_TEST_SUITE_P(Levels, Rooms, testing::Range(0, PPL_TEST_LEVELS));
 
 // The gaps are there to be felt: a byte behind the rings ends the program.
 #if defined(PPL_RECORD_GAPS) && defined(GTEST_HAS_DEATH_TEST)

@@ -12,27 +12,33 @@
 #include <vector>
 
 #include "ppl.h"
+#include "reference/formats.h"
+#include "support/bayer_exports.h"
 #include "support/fenced.h"
 #include "support/level.h"
+#include "support/qualities.h"
 
 namespace engine {
 
 using support::bytes;
 using support::fenced;
+using support::kFormatNames;
 using support::noise;
 
-enum format { I420, YUYV, UYVY, RGB24, RGB32 };
-constexpr const char* kFormatNames[] = {"I420", "YUYV", "UYVY", "RGB24", "RGB32"};
+enum format {
+  I420 = PPL_FORMAT_I420,
+  YUYV = PPL_FORMAT_YUYV,
+  UYVY = PPL_FORMAT_UYVY,
+  RGB24 = PPL_FORMAT_RGB24,
+  RGB32 = PPL_FORMAT_RGB32
+};
 inline size_t frame_bytes(int f, size_t pixels) {
-  constexpr size_t per_pixel[] = {1, 2, 2, 3, 4};
-  return f == I420 ? pixels + 2 * (pixels / 4) : per_pixel[f] * pixels;
+  return size_t(ref::frame_bytes(ref::format(f), int32_t(pixels), 1));
 }
 inline uint8_t call(int f, ppl_context* c, uint8_t* source, uint8_t* destination, int w, int h,
                     int stride = 0) {
-  constexpr decltype(&ppl_process_blrtoi420) calls[] = {ppl_process_blrtoi420, ppl_process_blrtoyuyv,
-                                                        ppl_process_blrtouyvy, ppl_process_blrtorgb24,
-                                                        ppl_process_blrtorgb32};
-  return calls[f](c, source, destination, uint32_t(w), uint32_t(h), uint32_t(stride > 0 ? stride : w));
+  return support::kFrameCalls[f](c, source, destination, uint32_t(w), uint32_t(h),
+                                 uint32_t(stride > 0 ? stride : w));
 }
 
 // One instance per test, at the vector level that the parameter names.
@@ -77,8 +83,8 @@ class at_level : public testing::TestWithParam<int> {
   uint8_t result = 0;
   bytes source_after;
 };
-#define ENGINE_LEVELS(suite)                                    \
-  INSTANTIATE_TEST_SUITE_P(levels, suite, testing::Range(0, 4), \
+#define ENGINE_LEVELS(suite)                                                  \
+  INSTANTIATE_TEST_SUITE_P(levels, suite, testing::Range(0, PPL_TEST_LEVELS), \
                            [](const auto& i) { return std::string("level") + std::to_string(i.param); })
 
 }  // namespace engine

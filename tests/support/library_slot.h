@@ -4,13 +4,14 @@
 
 #include "ppl.h"
 #include "reference/formats.h"
+#include "support/bayer_exports.h"
 
 namespace slots {
 
 using ref::ending;
 using ref::format;
 
-constexpr const char* format_names[] = {"I420", "YUYV", "UYVY", "RGB24", "RGB32"};
+using support::kFormatNames;
 
 struct library_slot {
   ppl_context* context = nullptr;
@@ -121,31 +122,17 @@ struct library_slot {
 
   uint8_t process_frame(format kind, uint8_t* source, uint8_t* destination, uint32_t width, uint32_t height,
                         uint32_t stride) const {
-    constexpr decltype(&ppl_process_blrtoi420) calls[] = {ppl_process_blrtoi420, ppl_process_blrtoyuyv,
-                                                          ppl_process_blrtouyvy, ppl_process_blrtorgb24,
-                                                          ppl_process_blrtorgb32};
-    return calls[int(kind)](context, source, destination, width, height, stride);
+    return support::kFrameCalls[int(kind)](context, source, destination, width, height, stride);
   }
   uint8_t wrapper(format kind, ending name, uint8_t* source, uint8_t* destination, uint32_t width,
                   uint32_t height) const {
-#define SLOT_ENDINGS(F)                                                     \
-  {                                                                         \
-    BaylorTo##F##MMX, BaylorTo##F##MMX_deci_2_1, BaylorTo##F##MMX_intp_1_2, \
-        BaylorTo##F##MMX_intp_1_2_stride, BaylorTo##F##MMX_intp_1_4_stride  \
-  }
-    constexpr decltype(&BaylorToI420MMX) calls[5][5] = {
-        SLOT_ENDINGS(I420), SLOT_ENDINGS(YUYV), SLOT_ENDINGS(UYVY), SLOT_ENDINGS(RGB24), SLOT_ENDINGS(RGB32)};
-#undef SLOT_ENDINGS
-    return calls[int(kind)][int(name)](context, source, destination, width, height);
+    return support::kWrappers[int(kind)][int(name)](context, source, destination, width, height);
   }
   uint8_t scaling_wrapper(format kind, uint8_t* source, uint32_t width, uint32_t height, uint32_t stride,
                           uint8_t* destination, uint32_t out_width, uint32_t out_height,
                           uint8_t* scratch) const {
-    constexpr decltype(&BaylorToI420MMX_scaling_stride) calls[] = {
-        BaylorToI420MMX_scaling_stride, BaylorToYUYVMMX_scaling_stride, BaylorToUYVYMMX_scaling_stride,
-        BaylorToRGB24MMX_scaling_stride, BaylorToRGB32MMX_scaling_stride};
-    return calls[int(kind)](context, source, width, height, stride, destination, out_width, out_height,
-                            scratch);
+    return support::kScaledCalls[int(kind)](context, source, width, height, stride, destination, out_width,
+                                            out_height, scratch);
   }
 };
 

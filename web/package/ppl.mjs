@@ -24,6 +24,7 @@ const MOST_PAGES = 65536;
 const WALK = { I420: 'DSH', YUYV: 'DSH', UYVY: 'DSH', RGB24: 'DSH', RGB32: 'SH' };
 const NO_GAPS = { I420: 'SH', YUYV: 'SH', UYVY: 'SH', RGB24: 'DSH', RGB32: 'SH' };
 const RAW = { I420: 'SH', YUYV: 'SH', UYVY: 'SH', RGB24: 'S', RGB32: 'SH' };
+const BACK_TO_BACK = [4, 9, 10, 11]; // rows without a byte between them
 const QUALITIES = Object.freeze({
   0: WALK, 1: WALK, 2: WALK, 3: WALK, 4: RAW, 9: RAW, 10: NO_GAPS, 11: NO_GAPS, 12: NO_GAPS,
   13: { I420: 'SH', RGB24: 'SH' },
@@ -373,8 +374,9 @@ export class Context {
     const oneMirror = !this.get('h_mirror') !== !this.get('v_mirror');
     if (!isWhole(quality, format, size, medium, oneMirror)) {
       const others = formats.filter((f) => isWhole(quality, f, size, medium, oneMirror));
+      const able = Object.keys(QUALITIES).filter((q) => isWhole(q, 'I420', size, medium, oneMirror));
       throw new Error(`Quality ${quality} makes no whole ${format} picture at ${size} size; ` +
-        (others.length ? `it makes ${others.join(', ')}.` : 'choose quality 0, 1, 2, 3 or 15 in I420.'));
+        (others.length ? `it makes ${others.join(', ')}.` : `choose quality ${able.join(', ')} in I420.`));
     }
     const [across, down] = size === 'half' ? [64, 4] : [32, 2];
     if (!Number.isInteger(width) || width < across || width > 2036 || width % across)
@@ -382,7 +384,7 @@ export class Context {
     if (!Number.isInteger(height) || height < down || height > 2048 || height % down)
       throw new Error(`The height is a multiple of ${down} up to 2048, not ${height}.`);
     whole('The stride', stride, width, 2048);
-    if (stride !== width && [4, 9, 10, 11].includes(quality))
+    if (stride !== width && BACK_TO_BACK.includes(quality))
       throw new Error(`Quality ${quality} takes rows back to back: a stride of ${width}, not ${stride}.`);
   }
 

@@ -210,7 +210,7 @@ export class Engine {
   convert(settings, format, size, name = 'picture') {
     const { problem, width, height } = this.#fit(settings, format, size);
     if (problem) throw new Error(`${problem[0].toUpperCase()}${problem.slice(1)}.`);
-    const which = settings.quality === 10 || settings.quality === 11 ? 1 : 0;
+    const which = this.page.page_leaves_colours(settings.quality);
     const context = this.contexts[which];
     const [w, h] = size === 'half' ? [width / 2, height / 2] : size === 'double' ? [2 * width, 2 * height] : [width, height];
     const picture = this.buffer(name, frameBytes(format, w, h) + 16);

@@ -263,8 +263,8 @@ function nextOfSheet() {
   const to = button.querySelector('canvas').getContext('2d'), w = 96, h = 72;
   const kept = engine.last;
   try {
-    // The RGB of qualities 0 and 10 is paler than their YUV: the command line tool makes its pictures of the latter, too.
-    const format = settings.quality === 0 || settings.quality === 10 ? 'I420' : 'RGB24';
+    // As the command line tool makes its pictures.
+    const format = engine.page.page_is_pale_in_rgb(settings.quality) ? 'I420' : 'RGB24';
     const picture = engine.convert(settings, format, 'same', 'sheet'), pixels = engine.pixels(picture, 'sheet pixels');
     const [x, y] = view.at ? mosaicPlace(...view.at) : [picture.width >> 1, picture.height >> 1];
     const left = Math.max(0, Math.min(picture.width - w, x - w / 2)), top = Math.max(0, Math.min(picture.height - h, y - h / 2));

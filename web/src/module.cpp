@@ -57,6 +57,12 @@ PAGE(quality_name) const char* page_quality_name(uint32_t quality) {
 PAGE(quality_summary) const char* page_quality_summary(uint32_t quality) {
   return ppl_quality_summary(quality);
 }
+PAGE(leaves_colours) uint32_t page_leaves_colours(uint32_t quality) {
+  return static_cast<uint32_t>(ppl_quality_leaves_colours(quality));
+}
+PAGE(is_pale_in_rgb) uint32_t page_is_pale_in_rgb(uint32_t quality) {
+  return static_cast<uint32_t>(ppl_quality_is_pale_in_rgb(quality));
+}
 
 static ppl_plan plan_of(uint32_t quality, uint32_t medium, uint32_t format, int32_t size, uint32_t h_mirror,
                         uint32_t v_mirror, uint32_t width, uint32_t height) {
@@ -226,7 +232,7 @@ void page_pixels(uint32_t format, const uint8_t* frame, uint32_t width, uint32_t
         to[2 * x] = yuv_pixel(luma[2 * x], u[x] - 128, v[x] - 128);
         to[2 * x + 1] = yuv_pixel(luma[2 * x + 1], u[x] - 128, v[x] - 128);
       }
-    } else if (format == PPL_FORMAT_YUYV || format == PPL_FORMAT_UYVY) {
+    } else if (!ppl_format_is_rgb(format)) {
       const uint32_t luma = format == PPL_FORMAT_UYVY, chroma = 1 - luma;
       const uint8_t* pairs = frame + 2 * static_cast<size_t>(y) * width;
       for (uint32_t x = 0; x < width / 2; ++x) {

@@ -44,7 +44,7 @@ int main(int argc, char** argv) {
         slot->process_frame(static_cast<ref::format>(format), from, to, W, H, W);
         uint64_t digest = 14695981039346656037u;
         for (size_t i = 0; i < bytes[format]; ++i) digest = (digest ^ to[i]) * 1099511628211u;
-        std::printf("%d,%s,%s,%016llx\n", quality, slots::format_names[format], sizes[decimation + 1],
+        std::printf("%d,%s,%s,%016llx\n", quality, slots::kFormatNames[format], sizes[decimation + 1],
                     static_cast<unsigned long long>(digest));
       }
 }

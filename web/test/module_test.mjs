@@ -12,7 +12,6 @@ const module = new WebAssembly.Module(bytes);
 
 test('exports are the functions of exports.txt and the memory', () => {
   const wanted = readFileSync(`${root}/cmake/exports.txt`, 'utf8').split('\n').filter(Boolean);
-  assert.equal(wanted.length, 268);
   const found = WebAssembly.Module.exports(module);
   assert.deepEqual(found.filter((e) => e.kind === 'function').map((e) => e.name).sort(), [...wanted].sort());
   assert.deepEqual(found.filter((e) => e.kind !== 'function'), [{ name: 'memory', kind: 'memory' }]);

@@ -132,22 +132,6 @@ test('sizes, strides and formats: a sentence for what makes no picture', async (
   assert.equal(c.statistics.frames, 0);
 });
 
-// The table of qualities in ppl.mjs against the header that the library's own table comes from.
-test('what is whole is what ppl_qualities.h says', () => {
-  const header = readFileSync(`${root}/helpers/ppl_qualities.h`, 'utf8').replace(/\\\n/g, ' ');
-  const define = (name) => header.match(new RegExp(`#define ${name}\\s+\\{([^}]*)\\}`))[1];
-  const letters = { PPL_SET_S: 'S', PPL_SET_SH: 'SH', PPL_SET_DSH: 'DSH', PPL_SET_DSHQ: 'DSHQ', 0: '' };
-  const list = (name) => define(name).split(',').map((one) => letters[one.trim()]);
-  const expected = { 0: 'PPL_SET_WALK', 1: 'PPL_SET_WALK', 2: 'PPL_SET_WALK', 3: 'PPL_SET_WALK', 4: 'PPL_SET_RAW', 9: 'PPL_SET_RAW',
-    10: 'PPL_SET_WALK_NO_GAPS', 11: 'PPL_SET_WALK_NO_GAPS', 12: 'PPL_SET_WALK_NO_GAPS', 15: 'PPL_SET_15_WHOLE' };
-  const formats = ['I420', 'YUYV', 'UYVY', 'RGB24', 'RGB32'], letter = { double: 'D', same: 'S', half: 'H' };
-  for (const [quality, name] of Object.entries(expected))
-    for (const [i, format] of formats.entries())
-      for (const size of Object.keys(letter))
-        assert.equal(isWhole(+quality, format, size), list(name)[i].includes(letter[size]), `${quality} ${format} ${size}`);
-  assert.equal(isWhole(2, 'YUYV', 'double', true), false);
-});
-
 test('half, double, scaled; stride; every quality that has a picture', async () => {
   const ppl = await load(), c = ppl.context();
   const half = c.bayer({ source: raw, width: W, height: H, size: 'half', format: 'YUYV' });

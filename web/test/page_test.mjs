@@ -10,6 +10,7 @@ import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import { after, before, test } from 'node:test';
 import { pathToFileURL } from 'node:url';
+import { qualities } from '../src/words.mjs';
 
 const { PPL_PAGE: html, PPL_ROOT: root, PPL_TOOL: tool, PPL_NPM: npm, PPL_SCREENSHOTS: pictures } = process.env;
 const browser = process.env.PPL_CHROMIUM ?? '/usr/bin/chromium';
@@ -243,7 +244,7 @@ test('lens correction: coefficients and centre', async () => {
 test('every quality, format and size that the page offers', async () => {
   await press('#sample');
   let made = 0, refused = 0;
-  for (const quality of [15, 0, 1, 2, 3, 10, 11, 12, 13, 4])
+  for (const quality of qualities)
     for (const [format, size] of [['RGB24', 'same'], ['I420', 'same'], ['YUYV', 'half'], ['UYVY', 'same'], ['RGB32', 'same'], ['I420', 'double']]) {
       await page.selectOption('#quality', String(quality));
       await page.selectOption('#format', format);

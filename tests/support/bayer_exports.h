@@ -1,0 +1,30 @@
+// The exported Bayer calls by format, in the order of ppl_format, so that whoever walks the formats has them once.
+#pragma once
+
+#include "helpers/ppl_qualities.h"
+#include "ppl.h"
+
+namespace support {
+
+inline constexpr const char* kFormatNames[PPL_FORMATS] = {"I420", "YUYV", "UYVY", "RGB24", "RGB32"};
+inline constexpr decltype(&ppl_process_blrtoi420) kFrameCalls[PPL_FORMATS] = {
+    ppl_process_blrtoi420, ppl_process_blrtoyuyv, ppl_process_blrtouyvy, ppl_process_blrtorgb24,
+    ppl_process_blrtorgb32};
+
+// The wrappers of a format, by what follows its name.
+inline constexpr const char* kWrapperEndings[] = {"", "_deci_2_1", "_intp_1_2", "_intp_1_2_stride",
+                                                  "_intp_1_4_stride"};
+#define PPL_WRAPPERS(F)                                                     \
+  {                                                                         \
+    BaylorTo##F##MMX, BaylorTo##F##MMX_deci_2_1, BaylorTo##F##MMX_intp_1_2, \
+        BaylorTo##F##MMX_intp_1_2_stride, BaylorTo##F##MMX_intp_1_4_stride  \
+  }
+inline constexpr decltype(&BaylorToI420MMX) kWrappers[PPL_FORMATS][5] = {
+    PPL_WRAPPERS(I420), PPL_WRAPPERS(YUYV), PPL_WRAPPERS(UYVY), PPL_WRAPPERS(RGB24), PPL_WRAPPERS(RGB32)};
+#undef PPL_WRAPPERS
+
+inline constexpr decltype(&BaylorToI420MMX_scaling_stride) kScaledCalls[PPL_FORMATS] = {
+    BaylorToI420MMX_scaling_stride, BaylorToYUYVMMX_scaling_stride, BaylorToUYVYMMX_scaling_stride,
+    BaylorToRGB24MMX_scaling_stride, BaylorToRGB32MMX_scaling_stride};
+
+}  // namespace support
