@@ -24,10 +24,11 @@ foreach(level IN LISTS PPL_LEVELS)
     list(APPEND PPL_OBJECTS $<TARGET_OBJECTS:ppl_${level}>)
   endif()
 endforeach()
+list(LENGTH PPL_LEVELS levels_built)
 ppl_objects(ppl_platform ${PPL_ROOT}/platform/linux.cpp)
 ppl_objects(ppl_platform_test ${PPL_ROOT}/platform/linux_test.cpp)
 foreach(target ppl_platform ppl_platform_test)
-  target_compile_definitions(${target} PRIVATE ${PPL_HAS_LEVELS})
+  target_compile_definitions(${target} PRIVATE ${PPL_HAS_LEVELS} PPL_LEVELS_BUILT=${levels_built})
 endforeach()
 
 # The version script names exactly the exported functions.
@@ -72,8 +73,7 @@ if(PPL_SANITIZE)
   endforeach()
 endif()
 set_target_properties(ppl_static PROPERTIES OUTPUT_NAME ppl)
-list(LENGTH PPL_LEVELS levels)
-target_compile_definitions(ppl_test INTERFACE PPL_TEST_LEVELS=${levels}) # those built; support/level.h asks the processor
+target_compile_definitions(ppl_test INTERFACE PPL_TEST_LEVELS=${levels_built}) # those built; support/level.h asks the processor
 
 # The helpers stand beside ppl.h wherever it is used.
 file(GLOB PPL_HELPERS CONFIGURE_DEPENDS ${PPL_ROOT}/helpers/*.h ${PPL_ROOT}/helpers/*.hpp)

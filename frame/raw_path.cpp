@@ -64,9 +64,10 @@ void draw_samples(const frame_job& job) {
     draw(job, width * (rgb ? int64_t{c->out_height} - 1 - r : r), job.source + r * step, width, halved);
 }
 
-void fill(const frame_job& job, int64_t at, int64_t n, uint8_t value) {
-  const frame_run run = job.out.inside(at, n);
-  if (run.bytes > 0) job.context->kernels->rows->fill(job.out.base + run.first, run.bytes, value, value);
+void clear_chroma(const frame_job& job) {
+  const ppl_context* c = job.context;
+  const frame_run run = job.out.inside(c->out_pixels, c->out_pixels / 2);
+  if (run.bytes > 0) c->kernels->rows->fill(job.out.base + run.first, run.bytes, 128, 128);
 }
 
 // A white block in the V plane that walks through a grid of 5 columns and 6 rows, one place per frame.
@@ -84,7 +85,10 @@ void draw_moving_mark(const frame_job& job) {
     const int64_t end = at + bh * pitch;
     // A height that has wrapped can place millions of rows before the frame: those are skipped at once.
     if (at + bw <= 0) at += (-at - bw) / pitch * pitch;
-    for (; at < end && at < job.out.bytes; at += pitch) fill(job, at, bw, 255);
+    for (; at < end && at < job.out.bytes; at += pitch) {
+      const frame_run run = job.out.inside(at, bw);
+      if (run.bytes > 0) __builtin_memset(job.out.base + run.first, 255, static_cast<size_t>(run.bytes));
+    }
   }
   c->mark_position = c->mark_position >= 29 ? 0 : c->mark_position + 1;
 }
@@ -99,10 +103,9 @@ buffer_use raw_path_use(const frame_job& job) {
 }
 
 void run_raw_path(const frame_job& job) {
-  const ppl_context* c = job.context;
   if (draws(job)) draw_samples(job);
   if (job.format != out_format::i420) return;
-  if (draws(job)) fill(job, c->out_pixels, c->out_pixels / 2, 128);
+  if (draws(job)) clear_chroma(job);
   draw_moving_mark(job);
 }
 

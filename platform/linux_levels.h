@@ -36,6 +36,7 @@ inline constexpr built_level kLevels[] = {
 #endif
 };
 constexpr int kBuiltLevels = sizeof kLevels / sizeof kLevels[0];
+static_assert(kBuiltLevels == PPL_LEVELS_BUILT, "a level of cmake/sources.cmake is missing here");
 
 // How many levels, from the narrowest on, the processor and the operating system run; the narrowest always counts.
 inline int supported_levels() {

@@ -1,0 +1,10 @@
+# The families that are tests are those that the program has.
+execute_process(COMMAND ${PROGRAM} --list OUTPUT_VARIABLE had OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+string(REPLACE "\n" ";" had "${had}")
+set(missing ${had})
+list(REMOVE_ITEM missing ${FAMILIES})
+set(unknown ${FAMILIES})
+list(REMOVE_ITEM unknown ${had})
+if(missing OR unknown)
+  message(FATAL_ERROR "tests/compare/CMakeLists.txt lacks: ${missing}; names what ${PROGRAM} has not: ${unknown}")
+endif()
