@@ -127,57 +127,7 @@ TEST_F(Convert, PictureFormatsAgree) {
 
 // Every option reaches the setter of its name: the file holds what the same calls give here.
 TEST_F(Convert, OptionsAreTheSetters) {
-  ok(Arguments{"convert", sample, "-o", "a.i420", "-q", "0", "--medium-filter"} + sample_size +
-     Arguments{"--black-sites",
-               "9,11,10,8",
-               "--gains",
-               "397,256,346",
-               "--deltas",
-               "3,-2,5",
-               "--gbgr",
-               "--gbgr-threshold",
-               "14",
-               "--gamma",
-               "-5",
-               "--contrast",
-               "20",
-               "--saturation",
-               "300",
-               "--hue",
-               "20",
-               "--sensor-matrix",
-               "400,-20,-110,-100,500,-120,-10,-200,480",
-               "--medium-diff",
-               "40",
-               "--medium-hot",
-               "200",
-               "--medium-dead",
-               "24",
-               "--medium-hot-percent",
-               "90",
-               "--medium-dead-percent",
-               "50",
-               "--edge-threshold",
-               "30",
-               "--edge-threshold2",
-               "700",
-               "--edge-factor",
-               "64",
-               "--cfa-t0",
-               "18",
-               "--cfa-t1",
-               "20",
-               "--h-mirror",
-               "--lens-f1",
-               "48",
-               "--lens-shift1",
-               "23",
-               "--lens-f2",
-               "17",
-               "--lens-shift2",
-               "43",
-               "--lens-origin",
-               "300,250"});
+  ok(Arguments{"convert", sample, "-o", "a.i420", "-q", "0"} + sample_size + every);
   ppl_context* c = ppl_init();
   ppl_set_quality(c, 0);
   ppl_enable_medium_filter(c);
@@ -202,6 +152,7 @@ TEST_F(Convert, OptionsAreTheSetters) {
   ppl_set_CFA_T0_threshold(c, 18);
   ppl_set_CFA_T1_threshold(c, 20);
   ppl_set_h_mirror(c, 1);
+  ppl_set_v_mirror(c, 1);
   const size_t table_size = 251 * 640 * 2;
   const Buffer table = buffer(table_size);
   ASSERT_TRUE(ppl_set_lens_correction(c, 640, 480, 300, 250, reinterpret_cast<uint16_t*>(table.get()),
