@@ -8,6 +8,10 @@ file(COPY ${ROOT}/python/src ${ROOT}/python/pyproject.toml ${ROOT}/python/setup.
 execute_process(COMMAND ${CMAKE_COMMAND} -E env PPL_ROOT=${ROOT} PPL_BUILD=${BUILD} ${PYTHON} -m pip install --quiet
   --no-build-isolation --no-deps --no-index --no-compile --root-user-action=ignore --target ${site} ${source}
   COMMAND_ERROR_IS_FATAL ANY)
+file(GLOB modules ${site}/ppl/*.so)
+if(STRIP)
+  execute_process(COMMAND ${STRIP} --strip-unneeded ${modules} COMMAND_ERROR_IS_FATAL ANY)
+endif()
 file(GLOB files ${site}/ppl/*)
 file(INSTALL ${files} DESTINATION ${CMAKE_INSTALL_PREFIX}/lib/python3/dist-packages/pplcamera)
 file(WRITE ${usr}/lib/python3/dist-packages/pplcamera.pth "../../pplcamera/python3\n")

@@ -5,8 +5,8 @@
 # package owns the module ppl. Hence pplcamera in every name that could meet one of those.
 set(CPACK_GENERATOR DEB)
 # Debian wants a name and an address. The authors have no address of their own; whoever publishes packages puts in his.
-# The domain invalid is nobody's, and stays so.
-set(CPACK_PACKAGE_CONTACT "The ppl authors <ppl@invalid>" CACHE STRING "Maintainer in the packages, with an address")
+# The domain example.org is kept for examples and is nobody's.
+set(CPACK_PACKAGE_CONTACT "The ppl authors <ppl@example.org>" CACHE STRING "Maintainer in the packages, with an address")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_OUTPUT_FILE_PREFIX ${CMAKE_BINARY_DIR}/debs)
 set(CPACK_STRIP_FILES ON)
@@ -19,7 +19,8 @@ set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # every package has its own
 set(CPACK_COMPONENTS_ALL)
 
-# One package: its component, name, section, summary, text and what it depends on beside shared libraries.
+# One package: its component, name, section, summary, text in lines of at most 79 columns, and what it depends on beside
+# shared libraries.
 macro(ppl_package component package section summary text)
   string(TOUPPER ${component} ppl_upper)
   list(APPEND CPACK_COMPONENTS_ALL ${component})
@@ -30,11 +31,19 @@ macro(ppl_package component package section summary text)
 endmacro()
 
 ppl_package(library libpplcamera1 libs "raw camera frames to pictures, shared library"
-  "Turns raw Bayer frames and frames of video decoders into finished I420, YUYV, UYVY and RGB pictures.")
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_GENERATE_SHLIBS ON)
+  "Turns raw Bayer frames and frames of video decoders into finished I420, YUYV,
+UYVY and RGB pictures: reconstructed, corrected, filtered, and with the
+statistics that exposure and white balance need.")
+# What packages of programs that use the library depend on, and the cache of the dynamic linker.
+file(WRITE ${CMAKE_BINARY_DIR}/debian/shlibs
+  "libpplcamera ${PROJECT_VERSION_MAJOR} libpplcamera${PROJECT_VERSION_MAJOR} (>= ${PROJECT_VERSION})\n")
+file(WRITE ${CMAKE_BINARY_DIR}/debian/triggers "activate-noawait ldconfig\n")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${CMAKE_BINARY_DIR}/debian/shlibs ${CMAKE_BINARY_DIR}/debian/triggers)
 
 ppl_package(development libpplcamera-dev libdevel "raw camera frames to pictures, for programs that are built"
-  "Headers, the static library, the CMake package ppl, the pkg-config file ppl, documents and examples."
+  "Headers, the static library, the CMake package ppl, the pkg-config file ppl,
+documents and examples of the library that turns raw Bayer frames into
+finished pictures."
   "libpplcamera1 (= ${PROJECT_VERSION})")
 # The documents with what they lead to, at the places that their links say; the headers stand there as links.
 set(ppl_documents ${CMAKE_INSTALL_DATADIR}/doc/libpplcamera-dev)
@@ -52,13 +61,17 @@ install(CODE "foreach(name include helpers)
 
 if(TARGET ppl_tool)
   ppl_package(tool pplcamera video "raw camera frames to pictures, command line tool"
-    "The command ppl: raw frames to picture files, comparisons, gains, lens shading, settings, statistics."
+    "The command ppl turns raw frames and recordings of any Bayer sensor into
+picture files and video, compares reconstructions, finds white balance and
+lens shading, and writes settings and statistics."
     "libpplcamera1 (= ${PROJECT_VERSION}), fonts-dejavu-core")
 endif()
 
 if(TARGET gstppl)
   ppl_package(element gstreamer1.0-pplcamera libs "raw camera frames to pictures, GStreamer element"
-    "The element pplbayer, from video/x-bayer to video/x-raw, with its controls as properties.")
+    "The element pplbayer turns video/x-bayer into video/x-raw: any phase, 8 to 16
+bits, all controls as properties that may change while it runs, automatic
+white balance and exposure.")
   set(CPACK_DEBIAN_ELEMENT_PACKAGE_RECOMMENDS gstreamer1.0-tools)
 endif()
 
@@ -75,9 +88,11 @@ if(PPL_BUILD_PYTHON)
     list(GET PPL_PYTHONS 0 ppl_this)
     list(GET PPL_PYTHONS 1 ppl_next)
     ppl_package(python python3-pplcamera python "raw camera frames to pictures, Python package"
-      "The module pplcamera, which is also ppl where Debian's package python3-ppl, another library, is absent."
+      "The module pplcamera turns raw frames in NumPy arrays into pictures, with
+every control and the statistics. It is also called ppl, where Debian's
+package python3-ppl, another library, is absent."
       "python3 (>= ${ppl_this}), python3 (<< ${ppl_next}), python3-numpy")
-    install(CODE "set(ROOT \"${PPL_ROOT}\")\nset(BUILD \"${CMAKE_BINARY_DIR}\")\nset(PYTHON \"${PPL_PYTHON}\")"
+    install(CODE "set(ROOT \"${PPL_ROOT}\")\nset(BUILD \"${CMAKE_BINARY_DIR}\")\nset(PYTHON \"${PPL_PYTHON}\")\nset(STRIP \"${CMAKE_STRIP}\")"
       COMPONENT python EXCLUDE_FROM_ALL)
     install(SCRIPT cmake/package_python.cmake COMPONENT python EXCLUDE_FROM_ALL)
   else()
@@ -88,7 +103,9 @@ endif()
 
 if(EXISTS ${PPL_ROOT}/build/wasm/web/tune.html)
   ppl_package(page pplcamera-tune video "raw camera frames to pictures, tuning page"
-    "One file for a browser, /usr/share/pplcamera/tune.html: a frame of one's own, every control, the picture at once.")
+    "One file for a browser, /usr/share/pplcamera/tune.html: a raw frame of one's
+own, every control, the picture at once, and the settings as options, C and
+properties. Nothing is fetched, and no frame leaves the machine.")
   set(CPACK_DEBIAN_PAGE_PACKAGE_ARCHITECTURE all)
   set(CPACK_DEBIAN_PAGE_PACKAGE_SHLIBDEPS OFF)
   set(CPACK_DEBIAN_PAGE_PACKAGE_RECOMMENDS "chromium | www-browser")
@@ -122,6 +139,29 @@ License: CC0-1.0
     install(FILES ${CMAKE_BINARY_DIR}/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${ppl_upper}_PACKAGE_NAME}
       COMPONENT ${component} EXCLUDE_FROM_ALL)
   endforeach()
+endif()
+
+# And its changelog, and manual pages, as Debian wants them: packed, without a date of packing.
+find_program(PPL_GZIP gzip)
+if(PPL_GZIP)
+  string(TIMESTAMP ppl_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
+  file(WRITE ${CMAKE_BINARY_DIR}/debian/changelog "pplcamera (${PROJECT_VERSION}) UNRELEASED; urgency=medium
+
+  * CHANGELOG.md, in libpplcamera-dev, tells what is in this version.
+
+ -- ${CPACK_PACKAGE_CONTACT}  ${ppl_date}
+")
+  execute_process(COMMAND ${PPL_GZIP} -9nkf ${CMAKE_BINARY_DIR}/debian/changelog COMMAND_ERROR_IS_FATAL ANY)
+  foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+    string(TOUPPER ${component} ppl_upper)
+    install(FILES ${CMAKE_BINARY_DIR}/debian/changelog.gz
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${ppl_upper}_PACKAGE_NAME} COMPONENT ${component} EXCLUDE_FROM_ALL)
+  endforeach()
+  # Behind the installation of the pages themselves.
+  install(CODE "file(GLOB pages \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_MANDIR}/man1/*.1)
+    if(pages)
+      execute_process(COMMAND ${PPL_GZIP} -9nf \${pages} COMMAND_ERROR_IS_FATAL ANY)
+    endif()" COMPONENT tool EXCLUDE_FROM_ALL)
 endif()
 
 include(CPack)

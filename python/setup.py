@@ -44,7 +44,7 @@ setup(
             extra_objects=[str(library)],
             depends=[str(library)],
             extra_compile_args=["-std=c++20", "-fvisibility=hidden", "-Wall", "-Wextra"],
-            extra_link_args=["-Wl,--exclude-libs,ALL"],
+            extra_link_args=["-Wl,--exclude-libs,ALL", "-Wl,-z,relro,-z,now"],
         )
     ],
 )

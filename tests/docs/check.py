@@ -47,6 +47,7 @@ NOT_RUN = {
     "cc": "tests/install compiles such a program",
     "gcc": "tests/install compiles such a program",
     "g++": "tests/install compiles such a program",
+    "v4l2-ctl": "needs a camera",
     "./v4l2_picture": "needs a camera; example_v4l2_picture runs it with one that a test makes up",
     "examples/": "needs a camera",
     "compare_bayer": "is a test of its own",

@@ -39,7 +39,7 @@ for _public in (
     AutoControl, Balance, Call, Context, Control, Error, Format, LargeStatistics, Lens, Note, Pattern, Quality, Reason,
     Settings, Size, Statistics, fit_lens, grey_point, planes, prepare, shaped, white_balance,
 ):  # fmt: skip
-    _public.__module__ = "ppl"
+    _public.__module__ = __name__
 
 
 @dataclass(frozen=True)
