@@ -689,11 +689,11 @@ class context {
       throw error("the library answered otherwise than its header says: do the two belong together?");
   }
 
-  // Qualities 10 and 11 leave flat colours behind, which 0 and 1 would lay over their pictures: a frame without flat
-  // places clears them. They may stem from the context's owner before this one.
+  // Some qualities leave flat colours behind, which others would lay over their pictures: a frame without flat places
+  // clears them. They may stem from the context's owner before this one.
   void forget_flat_colours() {
     const std::uint32_t wanted = ppl_quality(context_);
-    if (!stained_ || wanted > PPL_QUALITY_DIRECTED) return;
+    if (!stained_ || ppl_quality_shows_colours(wanted) == 0) return;
     constexpr std::uint32_t width = 32, height = 4;
     buffer bars(width * height), out(width * height * 4 * 3 / 2);
     for (std::size_t i = 0; i < bars.size(); ++i) bars[i] = i % 4 < 2 ? 0 : 255;

@@ -201,9 +201,13 @@ PPL_HELPER_INLINE PPL_HELPER_UNUSED const char* ppl_format_name(uint32_t format)
                                       : "unknown";
 }
 
-/* Does it leave flat colours behind, which later frames of 0 and 1 still show? */
+/* Does it leave flat colours behind, which later frames may still show? */
 PPL_HELPER_INLINE PPL_HELPER_UNUSED int ppl_quality_leaves_colours(uint32_t quality) {
   return quality == 10 || quality == 11;
+}
+/* Does it show the flat colours that an earlier frame of such a quality left, without a test of its own? */
+PPL_HELPER_INLINE PPL_HELPER_UNUSED int ppl_quality_shows_colours(uint32_t quality) {
+  return quality == 0 || quality == 1;
 }
 /* Is its RGB paler than that of the others? Its YUV is not. */
 PPL_HELPER_INLINE PPL_HELPER_UNUSED int ppl_quality_is_pale_in_rgb(uint32_t quality) {

@@ -471,6 +471,15 @@ TEST(check_words, sentences_name_the_qualities_of_the_table) {
   says(PPL_REASON_ROWS_BETWEEN, "in I420 and UYVY " + list(all, " and ") + " do not, in YUYV " +
                                     list(yuyv, ", ") + " and, without medium filter, " +
                                     list(by_medium_filter, ", "));
+  std::string counted;  // as "5 to 8 and 14"
+  for (uint32_t q = 0, end; q < PPL_QUALITIES; q = end) {
+    end = q + 1;
+    if (ppl_quality_table[q].road != PPL_ROAD_COUNTED) continue;
+    while (end < PPL_QUALITIES && ppl_quality_table[end].road == PPL_ROAD_COUNTED) ++end;
+    counted += (counted.empty() ? "" : " and ") + std::to_string(q);
+    if (end - q > 1) counted += " to " + std::to_string(end - 1);
+  }
+  says(PPL_REASON_QUALITY_ONLY_COUNTS, "qualities " + counted + " only count");
   for (const uint32_t q : support::kFinished)
     for (uint32_t format = 0; format < PPL_FORMATS; ++format)
       if (ppl_quality_table[q].runs[format] == 0)

@@ -190,7 +190,9 @@ TEST(Qualities, RowsAreCompleteAndInOrder) {
 TEST(Qualities, BothHalvesOfTheTableAgree) {
   for (const ppl::quality_row& q : ppl::quality_rows) {
     const bool flat = q.demosaic != nullptr && ppl::is_tested(q.demosaic->flat);
+    const bool left_over = q.demosaic != nullptr && q.demosaic->flat == ppl::flat_colours::left_over;
     EXPECT_EQ(ppl_quality_leaves_colours(q.quality) != 0, flat) << int{q.quality};
+    EXPECT_EQ(ppl_quality_shows_colours(q.quality) != 0, left_over) << int{q.quality};
     EXPECT_EQ(ppl_quality_is_pale_in_rgb(q.quality) != 0, q.rgb == ppl::rgb_form::yuv_planes)
         << int{q.quality};
   }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "helpers/ppl_qualities.h"
 #include "run.h"
 
 namespace {
@@ -32,6 +33,11 @@ TEST_F(Compare, SheetHoldsEveryQuality) {
                                       {"0", "--medium-filter"},
                                       {"11"},
                                       {"10"}};
+  // All that make a picture, those of the medium filter both ways.
+  size_t qualities = 0;
+  for (const ppl_quality_row& q : ppl_quality_table)
+    if (q.road == PPL_ROAD_CELLS || q.road == PPL_ROAD_WALK) qualities += q.reads_medium_filter != 0 ? 2 : 1;
+  EXPECT_EQ(panels.size(), qualities);
   for (uint32_t i = 0; i <= panels.size(); ++i) {
     Rgb one = read_picture(truth);
     if (i < panels.size()) {

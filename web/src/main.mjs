@@ -471,8 +471,8 @@ function asCommand() {
   const decimation = sizes[$('size').value];
   if (decimation) words.push(`--decimation ${decimation}`);
   // The tool goes by way of I420 where the RGB is paler, and by RGB elsewhere.
-  const rgb = $('format').value.startsWith('RGB'), { quality } = state.settings;
-  if (rgb === (quality === 0 || quality === 10)) words.push(`--via ${rgb ? 'rgb24' : 'i420'}`);
+  const rgb = $('format').value.startsWith('RGB'), pale = engine.page.page_is_pale_in_rgb(state.settings.quality) !== 0;
+  if (rgb === pale) words.push(`--via ${rgb ? 'rgb24' : 'i420'}`);
   words.push('-o picture.png', asOptions(state.settings));
   return words.join(' ');
 }
