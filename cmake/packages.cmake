@@ -57,7 +57,9 @@ foreach(document python/README.md web/package/README.md)
 endforeach()
 install(CODE "foreach(name include helpers)
     file(CREATE_LINK ../../../include \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${ppl_documents}/\${name} SYMBOLIC)
-  endforeach()" COMPONENT development EXCLUDE_FROM_ALL)
+  endforeach()
+  file(CREATE_LINK copyright \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${ppl_documents}/LICENSE SYMBOLIC)"
+  COMPONENT development EXCLUDE_FROM_ALL)
 
 if(TARGET ppl_tool)
   ppl_package(tool pplcamera video "raw camera frames to pictures, command line tool"
