@@ -458,7 +458,10 @@ function asCommand() {
   let { skip } = shape;
   if (shape.pattern) words.push(`--pattern ${patterns[shape.pattern].toLowerCase()}`);
   if (shape.layout === 1 || shape.layout === 2) {
-    if (![10, 12, 14, 16].includes(shape.bits)) return `# ppl convert takes words of 10, 12, 14 and 16 bits, not of ${shape.bits}. The settings as options:\n# ${asOptions(state.settings)}`;
+    if (![10, 12, 14, 16].includes(shape.bits)) {
+      return `# ppl convert takes words of 10, 12, 14 and 16 bits, not of ${shape.bits}. The settings as options:\n` +
+        `# ${asOptions(state.settings)}`;
+    }
     words.push(`--bits ${shape.bits}`);
     if (shape.layout === 2) words.push('--byte-order big');
   } else if (shape.layout > 2) {

@@ -216,7 +216,8 @@ for (const [key, values] of Object.entries(RANGES))
     const is = await page.evaluate(() => (pplPage.render(), pplPage.statistics));
     assert.deepEqual(JSON.parse(await settings())[key], values);
     writeFileSync(join(work, 's.json'), await settings());
-    const known = JSON.parse(execFileSync(tool, ['stats', sample, '-W', '640', '-H', '480', '--settings', join(work, 's.json'), '--json'], { encoding: 'utf8' }));
+    const known = JSON.parse(execFileSync(tool,
+      ['stats', sample, '-W', '640', '-H', '480', '--settings', join(work, 's.json'), '--json'], { encoding: 'utf8' }));
     assert.deepEqual(is.means.map((v) => v * 256), known.whole_frame);
     // The first group of a frame holds what the frame before left there: counts and qualified means may differ a little.
     const near = (a, b, what) => assert.ok(Math.abs(a - b) <= Math.max(40, 0.01 * b), `${what}: ${a}, natively ${b}`);
@@ -288,7 +289,8 @@ test('settings: saved, loaded, and written as the tool writes them', async () =>
   assert.equal(await settings(), '{\n  "ppl_settings": 1,\n  "quality": 15\n}\n');
   await load(readFileSync(file, 'utf8'));
   same(await frame(), was, 'loaded again');
-  for (const [tab, text] of [['tab-c', /ppl_set_hue\(context, 12\);/], ['tab-json', /"hue": 12/], ['tab-element', /hue=12/], ['tab-options', /^ppl convert .*--hue 12/]]) {
+  for (const [tab, text] of [['tab-c', /ppl_set_hue\(context, 12\);/], ['tab-json', /"hue": 12/],
+    ['tab-element', /hue=12/], ['tab-options', /^ppl convert .*--hue 12/]]) {
     await page.click(`#${tab}`);
     assert.match(await page.textContent('#export-text'), text);
   }
@@ -342,7 +344,8 @@ test('files that are no frames: one sentence, the frame at hand stays', async ()
   assert.equal(await page.locator('#notice b').count(), 0);
   // A shape that can't be is refused, and the shape at hand stays.
   await page.locator('#shape').evaluate((d) => { d.open = true; });
-  for (const [id, value, message] of [['height', 481, /has 307840 bytes; the file has 307200/], ['width', 3, /at least 64 columns/], ['stride', 12, /the stride is at least/]]) {
+  for (const [id, value, message] of [['height', 481, /has 307840 bytes; the file has 307200/],
+    ['width', 3, /at least 64 columns/], ['stride', 12, /the stride is at least/]]) {
     await type(page.locator(`#${id}`), value);
     await page.waitForFunction((re) => new RegExp(re).test(pplPage.problem), message.source);
     same(await frame(), was, `after ${id} ${value}`);
@@ -542,7 +545,10 @@ test('keyboard: sliders, divider, loupe, tabs', async () => {
 test('the command line that the page shows makes the page\'s picture', async () => {
   const ten = (x) => { // words of 10 bits, RGGB: the sample from its first row and column but one on
     const out = Buffer.alloc(2 * W * H);
-    for (let y = 0; y < H; ++y) for (let i = 0; i < W; ++i) out.writeUInt16LE(raw[Math.min(y + 1, H - 1) * W + Math.min(i + 1, W - 1)] * 4 + x, 2 * (y * W + i));
+    for (let y = 0; y < H; ++y) for (let i = 0; i < W; ++i) {
+      const from = Math.min(y + 1, H - 1) * W + Math.min(i + 1, W - 1);
+      out.writeUInt16LE(raw[from] * 4 + x, 2 * (y * W + i));
+    }
     return out;
   };
   const packed = Buffer.alloc(raw.length / 2 * 3);
@@ -553,7 +559,8 @@ test('the command line that the page shows makes the page\'s picture', async () 
   for (let n = 0; n < 3; ++n) for (let y = 0; y < H; ++y) for (let x = 0; x < W; ++x) room[(n * H + y) * 704 + x] = Math.min(255, raw[y * W + x] + 20 * n);
   for (const [name, bytes, quality, format, size, index, wanted] of [
     ['ten_640x480_rggb.raw', ten(3), 15, 'RGB24', 'same', 0, / --pattern rggb --bits 10 -o /],
-    ['it\'s $(touch here) packed_640x480_bggr.raw', packed, 1, 'I420', 'half', 0, /^ppl convert 'it'\\''s \$\(touch here\) .* --packed --bits 12 --decimation 1 --via i420 /],
+    ['it\'s $(touch here) packed_640x480_bggr.raw', packed, 1, 'I420', 'half', 0,
+      /^ppl convert 'it'\\''s \$\(touch here\) .* --packed --bits 12 --decimation 1 --via i420 /],
     ['odd_1002x300_bggr.raw', odd, 0, 'RGB24', 'same', 0, / -W 992 -H 300 --stride 1002 --via rgb24 /],
     ['room_640x480_bggr.raw', room, 10, 'I420', 'same', 2, / --stride 704 --frame 2 -o /],
   ]) {
