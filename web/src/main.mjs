@@ -171,6 +171,7 @@ let lastReadings = 0, readingsLater = 0;
 function readings() {
   const now = performance.now();
   clearTimeout(readingsLater);
+  readingsLater = 0;
   if (now - lastReadings < 95) {
     readingsLater = setTimeout(readings, 100);
     return;
@@ -666,6 +667,8 @@ async function start() {
     get shape() { return { ...taken.shape, frames: taken.frames, index: taken.index }; },
     /** How much of what was asked for is still under way. */
     get busy() { return working; },
+    /** Whether the words on the page, which follow a little later, are of the picture shown. */
+    get told() { return !scheduled && readingsLater === 0; },
     get renders() { return renders; },
     get spent() { return spent; },
     /** Of it, in the library's own calls for the picture. */

@@ -83,6 +83,11 @@ const settle = async () => {
   await page.waitForFunction(() => window.pplPage?.busy === 0);
   await page.evaluate(() => new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done))));
 };
+// And the words that go with it, which follow up to a tenth of a second later.
+const told = async () => {
+  await settle();
+  await page.waitForFunction(() => pplPage.told);
+};
 const press = async (button) => {
   await page.click(button);
   await settle();
@@ -292,6 +297,7 @@ test('settings: saved, loaded, and written as the tool writes them', async () =>
   for (const [tab, text] of [['tab-c', /ppl_set_hue\(context, 12\);/], ['tab-json', /"hue": 12/],
     ['tab-element', /hue=12/], ['tab-options', /^ppl convert .*--hue 12/]]) {
     await page.click(`#${tab}`);
+    await told();
     assert.match(await page.textContent('#export-text'), text);
   }
 });
@@ -575,8 +581,9 @@ test('the command line that the page shows makes the page\'s picture', async () 
       await type(page.locator('#frame'), index);
       await page.waitForFunction((n) => pplPage.shape.index === n, index);
     }
-    await page.waitForFunction((re) => new RegExp(re).test(document.getElementById('export-text').textContent), wanted.source);
+    await told();
     const line = await page.textContent('#export-text');
+    assert.match(line, wanted);
     const shown = await pixels();
     const folder = mkdtempSync(join(work, 'paste-'));
     writeFileSync(join(folder, name), bytes);
@@ -587,11 +594,13 @@ test('the command line that the page shows makes the page\'s picture', async () 
   }
   // A name that could hide something at a prompt is not shown there; words that the tool does not take are no command.
   await open('a\u001b[2Jb_640x480.raw', raw);
-  await page.waitForFunction(() => document.getElementById('export-text').textContent.startsWith('ppl convert frame.raw -W 640 '));
+  await told();
+  assert.match(await page.textContent('#export-text'), /^ppl convert frame\.raw -W 640 /);
   await open('ten_640x480_rggb.raw', ten(3));
   await page.waitForFunction(() => pplPage.shape.bits === 10);
   await page.selectOption('#bits', '11');
-  await page.waitForFunction(() => /^# .* not of 11\..*\n# -q /.test(document.getElementById('export-text').textContent));
+  await told();
+  assert.match(await page.textContent('#export-text'), /^# .* not of 11\..*\n# -q /);
   await page.selectOption('#format', 'RGB24');
   await page.selectOption('#size', 'same');
   await press('#sample');
@@ -629,6 +638,7 @@ test('a control goes back to its default by a double click and by its button; Es
 test('a page without encryption copies all the same; the loupe is told as it moves', async () => {
   await press('#sample');
   await page.evaluate(() => Object.defineProperty(navigator, 'clipboard', { value: undefined, configurable: true }));
+  await told();
   await page.click('#copy');
   await page.waitForFunction(() => document.getElementById('status').textContent === 'Copied');
   assert.equal((await page.evaluate(() => getSelection().toString())).trim(), (await page.textContent('#export-text')).trim());
@@ -765,6 +775,7 @@ test('what is measured of a frame in parts is of the whole frame', async () => {
   assert.ok(dark > 0 && Math.abs(dark / bright - 1) < 0.1, `${dark} dark, ${bright} bright`);
   for (let row = 0; row < 6; ++row)
     assert.ok(s.cells[8 * row + 1][1] < s.cells[8 * row + 6][1], `row ${row}: ${s.cells.slice(8 * row, 8 * row + 8)}`);
+  await told();
   assert.match(await page.textContent('#cut'), /in parts; measurements are put together of theirs/);
 });
 
